@@ -1,0 +1,19 @@
+# Interface target with the warnings that every target of this repository is held to.
+add_library(korvan_warnings INTERFACE)
+target_compile_options(
+  korvan_warnings
+  INTERFACE -Wall
+            -Wextra
+            -Wpedantic
+            -Wshadow
+            -Wconversion
+            -Wsign-conversion
+            -Wold-style-cast
+            -Wnon-virtual-dtor
+            -Woverloaded-virtual
+            -Wnull-dereference
+            -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # GCC 12 reports false positives of these two inside the standard library's own strings and vectors at -O2.
+  target_compile_options(korvan_warnings INTERFACE -Wno-null-dereference -Wno-restrict)
+endif()

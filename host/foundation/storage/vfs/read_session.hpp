@@ -1,0 +1,55 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "export.hpp"
+#include "foundation/storage/vfs/exception.hpp"
+
+namespace foundation::storage::vfs {
+
+/// What was read, so far. Read by another thread at any time, to show progress.
+struct Activity {
+  std::atomic<std::uint64_t> folders{0};   ///< folders listed
+  std::atomic<std::uint64_t> entries{0};   ///< entries that those listings held
+  std::atomic<std::uint64_t> requests{0};  ///< requests to remote stores, repeated ones included
+  std::atomic<std::uint64_t> bytes{0};     ///< bytes that remote stores answered
+};
+
+/// One consistent look at storage: opened by the host around one builtin call, on the thread that makes the call. While it is open each
+/// folder is read at most once on that thread, and listings, kinds and existence below it are answered from that reading. Past its
+/// memory bound it forgets and reads again. Closed, everything is forgotten. Without a session every question goes to the disk or store.
+/// Sessions nest: the innermost is the one in force.
+class KORVAN_HOST_EXPORT ReadSession {
+ public:
+  static constexpr std::size_t defaultMemoryBound = std::size_t{256} << 20;
+
+  explicit ReadSession(std::size_t memoryBound = defaultMemoryBound);
+  ~ReadSession();
+  ReadSession(ReadSession const&) = delete;
+  ReadSession& operator=(ReadSession const&) = delete;
+
+  Activity const& activity() const noexcept;
+
+  /// The listings that failed, each folder once, in the order in which they did. A folder that isn't there and one refused because it
+  /// closes a link cycle are no failures.
+  std::vector<Exception> const& failedListings() const noexcept;
+
+  /// The calling thread's innermost session, or null.
+  static ReadSession* current() noexcept;
+
+  class Store;
+  Store& store() noexcept { return *store_; }
+
+ private:
+  std::unique_ptr<Store> store_;
+  ReadSession* outer_;
+};
+
+/// Counts one request of a remote provider and the bytes of its answer in the calling thread's session, where there is one.
+KORVAN_HOST_EXPORT void countRequest(std::uint64_t bytes) noexcept;
+
+}  // namespace foundation::storage::vfs

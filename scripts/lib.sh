@@ -1,0 +1,33 @@
+# Shared by the commands beside this file; to be sourced by bash. Everything here reports to standard error.
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+build_packages=(cmake ninja-build g++ pkg-config libpcre2-dev libboost-dev libcli11-dev libcurl4-openssl-dev libpugixml-dev
+  libgtest-dev libgmock-dev libbenchmark-dev python3)
+
+test_packages=(python3-swift)
+
+# require_packages NAME...: installs the Debian packages that are missing; says nothing when none is.
+require_packages() {
+  local missing=() name
+  for name in "$@"; do
+    [[ $(dpkg-query -W -f='${db:Status-Status}' "$name" 2>/dev/null) == installed ]] || missing+=("$name")
+  done
+  ((${#missing[@]})) || return 0
+  echo "installing: ${missing[*]}" >&2
+  local as_root=()
+  ((EUID == 0)) || as_root=(sudo)
+  "${as_root[@]}" apt-get update -qq >&2
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
+}
+
+# build PRESET [TARGET...]: configures once, then builds; prints only what is done, to standard error.
+build() {
+  local preset=$1
+  shift
+  local folder=$root/build/$preset
+  if [[ ! -f $folder/build.ninja ]]; then
+    (cd "$root" && cmake --preset "$preset") >&2
+  fi
+  cmake --build "$folder" ${1:+--target "$@"} -- --quiet >&2
+}
