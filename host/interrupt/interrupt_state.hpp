@@ -2,17 +2,19 @@
 
 #include "export.hpp"
 
-/// The host's ctrl-c. A signal handler or another thread sets one process-wide pending flag; running work polls it and ends
-/// itself. Nothing here blocks or makes a system call.
+/// The host's ctrl-c. A signal handler or another thread sets one process-wide pending flag; running work polls it and
+/// ends itself. Nothing here blocks or makes a system call.
 
-/// Whether the user has asked to interrupt and nobody has ended the work yet. Safe on every thread and in a signal handler.
+/// Whether the user has asked to interrupt and nobody has ended the work yet. Safe on every thread and in a signal
+/// handler.
 KORVAN_HOST_EXPORT bool utIsInterruptPending() noexcept;
 
 /// Sets or clears the pending flag. Safe on every thread and in a signal handler. The host calls it; work only polls.
 KORVAN_HOST_EXPORT void utSetInterruptPending(bool pending) noexcept;
 
-/// Sets the calling thread's interrupt mode for the life of the guard, and restores what it found. The mode says whether
-/// `utInterruptState::ThrowIfInterruptPending` ends work at once (`on`) or leaves that to the work's own polls (`off`).
+/// Sets the calling thread's interrupt mode for the life of the guard, and restores what it found. The mode says
+/// whether `utInterruptState::ThrowIfInterruptPending` ends work at once (`on`) or leaves that to the work's own polls
+/// (`off`).
 class KORVAN_HOST_EXPORT utInterruptMode {
  public:
   enum Mode { off, on };
@@ -31,7 +33,7 @@ class KORVAN_HOST_EXPORT utInterruptMode {
 
 class KORVAN_HOST_EXPORT utInterruptState {
  public:
-  /// Throws `Quindarel::System::InterruptException` with its ctrl-c flag true when an interrupt is pending and the calling
-  /// thread's mode is `on`. The flag stays pending: whoever reports the interrupt clears it.
+  /// Throws `Quindarel::System::InterruptException` with its ctrl-c flag true when an interrupt is pending and the
+  /// calling thread's mode is `on`. The flag stays pending: whoever reports the interrupt clears it.
   static void ThrowIfInterruptPending();
 };

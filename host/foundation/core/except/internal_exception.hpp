@@ -1,0 +1,35 @@
+#pragma once
+
+#include <exception>
+
+#include "foundation/core/except/exception.hpp"
+#include "foundation/core/except/root_exception.hpp"
+
+namespace foundation::core::except {
+
+/// An exception between the host's own components, without a message for the user.
+class KORVAN_HOST_EXPORT IInternalException : public IException {
+ public:
+  ~IInternalException() noexcept override;
+
+ protected:
+  IInternalException() noexcept;
+  IInternalException(IInternalException const&) noexcept;
+  IInternalException& operator=(IInternalException const&) noexcept;
+};
+
+/// The base of such exceptions as they are thrown; what derives from it says how it is copied and what it tells.
+template <>
+class KORVAN_HOST_EXPORT Exception<IInternalException, std::exception, void> : public IInternalException,
+                                                                               public std::exception {
+ public:
+  ~Exception() noexcept override;
+  char const* what() const noexcept override;
+
+ protected:
+  Exception() noexcept;
+  Exception(Exception const&) noexcept;
+  Exception& operator=(Exception const&) noexcept;
+};
+
+}  // namespace foundation::core::except
