@@ -1,24 +1,32 @@
 #pragma once
 
 #include "export.hpp"
+#include "fl/filesystem/exception.hpp"
 #include "foundation/storage/vfs/folder.hpp"
 
 namespace Quindarel::current_working_folder {
 
+/// The process's current folder can't be told: it was deleted, or a folder above it can't be read. Its path is ".".
+class KORVAN_HOST_EXPORT UnknownFolderException : public fl::filesystem::FsysExceptionBase {
+ public:
+  /// `error` is an `errno` value.
+  explicit UnknownFolderException(int error);
+  ~UnknownFolderException() override;
+};
+
 /// Tells the interpreter's current folder.
 class KORVAN_HOST_EXPORT ICurrentWorkingFolder {
  public:
-  virtual ~ICurrentWorkingFolder();
-
-  /// The folder, taken afresh. The process's own costs one system call (`getcwd`), and throws
-  /// `fl::filesystem::FsysExceptionBase` with the path "." when it can't be told (it was deleted, or a folder above it
-  /// can't be searched).
+  /// The folder, taken afresh. The process's own costs one system call (`getcwd`) and throws `UnknownFolderException`.
   virtual foundation::storage::vfs::Folder get() const = 0;
+
+ protected:
+  ~ICurrentWorkingFolder() = default;
 };
 
 }  // namespace Quindarel::current_working_folder
 
-/// The part of the interpreter that calls builtins, as far as they see it.
+/// The part of the interpreter that calls builtins, as far as they see it. Safe on every thread.
 class KORVAN_HOST_EXPORT Kdispatcher {
  public:
   /// The one of this process; never null, never fails.

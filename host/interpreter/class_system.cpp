@@ -1,0 +1,5 @@
+#include "interpreter/class_system.hpp"
+
+bool omGetKcosUsingUSM() noexcept {
+  return false;
+}
