@@ -7,6 +7,9 @@ build_packages=(cmake ninja-build g++ pkg-config libpcre2-dev libboost-dev libcl
 
 test_packages=(python3-swift)
 
+# The tools that kglob is compared with, and what counts its system calls.
+bench_packages=(fd-find ripgrep zsh rclone s3cmd strace)
+
 # require_packages NAME...: installs the Debian packages that are missing; says nothing when none is.
 require_packages() {
   local missing=() name

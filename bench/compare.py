@@ -1,0 +1,185 @@
+"""Compares kglob with other tools that find files: whole processes, in turn, on one tree, with the folders in the system's cache.
+
+First each search is made once by every tool, and the sets of paths are held against each other. Then the tools take turns, round by round, so
+that a change in the machine's speed meets all of them; ratios are taken within a round, and the median over the rounds is told. Prints
+Markdown. Ends with 1 when a tool's set differs from find's.
+"""
+
+import argparse
+import hashlib
+import os
+import shutil
+import statistics
+import subprocess
+import sys
+import tempfile
+from dataclasses import dataclass
+from pathlib import Path
+
+import searches as catalogue
+from searches import FIND, GETDENTS, KGLOB, RIVALS, Search
+
+HERE = Path(__file__).resolve().parent
+
+# Folders and visible entries.
+TREES = {"medium": (10_000, 100_000), "large": (100_000, 1_000_000)}
+ROUNDS = {"medium": 15, "large": 5}
+
+
+@dataclass
+class Runs:
+    """What one tool took, round by round."""
+
+    seconds: list[float]
+    peak_kib: list[int]
+
+    def median(self) -> float:
+        return statistics.median(self.seconds)
+
+    def ratio(self, other: "Runs") -> float:
+        return statistics.median(mine / theirs for mine, theirs in zip(self.seconds, other.seconds))
+
+
+class Measure:
+    """Runs commands, one at a time, with their output in one file in memory."""
+
+    def __init__(self, programs: Path):
+        memory = "/dev/shm"
+        self._folder = tempfile.TemporaryDirectory(prefix="kglob-bench-", dir=memory if os.path.isdir(memory) else None)
+        self._output = Path(self._folder.name, "output")
+        self._program = str(programs / "measure")
+
+    def run(self, command: list[str], folder: Path) -> tuple[float, int]:
+        """The wall time in seconds and the peak memory in KiB."""
+        done = subprocess.run([self._program, str(self._output), *command], cwd=folder, stdout=subprocess.PIPE, check=True)
+        nanoseconds, peak_kib, status = map(int, done.stdout.split())
+        if status != 0:
+            sys.exit(f"bench: status {status} from {command}")
+        return nanoseconds / 1e9, peak_kib
+
+    def lines(self, command: list[str], folder: Path) -> list[bytes]:
+        """The paths that the command prints, without a leading "./" or a "/" at the end."""
+        self.run(command, folder)
+        return [line.removeprefix(b"./").removesuffix(b"/") for line in self._output.read_bytes().splitlines()]
+
+
+def tree_at(cache: Path, name: str, programs: Path) -> Path:
+    """The tree of that name, made at its first use. A change of the generator makes another one."""
+    version = hashlib.sha256((HERE / "tree.cpp").read_bytes()).hexdigest()[:8]
+    tree = cache / f"{name}-{version}"
+    if not tree.is_dir():
+        print(f"making {tree}", file=sys.stderr)
+        cache.mkdir(parents=True, exist_ok=True)
+        folders, entries = TREES[name]
+        subprocess.run([programs / "make_tree", str(folders), str(entries), tree], check=True)
+    return tree
+
+
+def usable(search: Search) -> dict[str, list[str]]:
+    return {tool: command for tool, command in search.commands.items() if shutil.which(command[0])}
+
+
+def agree(search: Search, commands: dict[str, list[str]], measure: Measure) -> tuple[bool, int, int]:
+    """Whether all tools find the same set of paths; its size, and how many lines kglob prints for it."""
+    expected = set(measure.lines(commands[FIND], search.folder))
+    same, printed = True, 0
+    for tool, command in commands.items():
+        if tool == FIND or tool in search.countersOnly:
+            continue
+        lines = measure.lines(command, search.folder)
+        found = set(lines)
+        if tool == KGLOB:
+            printed = len(lines)
+        if found != expected:
+            same = False
+            example = min(found ^ expected).decode(errors="replace")
+            print(f"bench: {tool} differs from find on {search.pattern!r}: {len(found - expected)} more,"
+                  f" {len(expected - found)} fewer, such as {example!r}", file=sys.stderr)
+    return same, len(expected), printed
+
+
+def take_turns(search: Search, commands: dict[str, list[str]], measure: Measure, rounds: int) -> dict[str, Runs]:
+    runs = {tool: Runs([], []) for tool in commands}
+    for _ in range(rounds):
+        for tool, command in commands.items():
+            seconds, peak_kib = measure.run(command, search.folder)
+            runs[tool].seconds.append(seconds)
+            runs[tool].peak_kib.append(peak_kib)
+    return runs
+
+
+def table(header: list[str], rows: list[list[str]]) -> str:
+    rule = ["---"] + ["---:"] * (len(header) - 1)
+    return "\n".join("| " + " | ".join(row) + " |" for row in [header, rule, *rows]) + "\n"
+
+
+def figures(runs: Runs, all_runs: dict[str, Runs]) -> list[str]:
+    """Wall time, the ratios to find, to the fastest rival and to the bare loop, and peak memory."""
+    fastest = min((all_runs[tool] for tool in RIVALS if tool in all_runs), key=Runs.median)
+    ratios = [all_runs.get(FIND), fastest, all_runs.get(GETDENTS)]
+    return [
+        f"{runs.median() * 1000:.1f}",
+        *(f"{runs.ratio(other):.2f}" if other else "" for other in ratios),
+        f"{max(runs.peak_kib) / 1024:.1f}",
+    ]
+
+
+FIGURES = ["ms", "÷ find", "÷ fastest of find, fd -j1, std::filesystem", "÷ getdents64 loop", "peak MiB"]
+
+
+def system_calls(search: Search, entries: int) -> list[str] | None:
+    if not shutil.which("strace"):
+        return None
+    with tempfile.NamedTemporaryFile() as counts:
+        subprocess.run(["strace", "-f", "-c", "-U", "calls,name", "-o", counts.name, *search.commands[KGLOB]],
+                       cwd=search.folder, stdout=subprocess.DEVNULL, check=True)
+        total = next(int(line.split()[0]) for line in Path(counts.name).read_text().splitlines() if line.endswith("total"))
+    return [f"`{search.pattern}`", str(entries), str(total), f"{total / entries:.2f}"]
+
+
+def compare(name: str, arguments: argparse.Namespace, measure: Measure) -> bool:
+    tree = tree_at(arguments.folder, name, arguments.programs)
+    folders, entries = TREES[name]
+    rounds = arguments.rounds or ROUNDS[name]
+    print(f"## Tree `{name}`: {entries:,} visible entries in {folders:,} folders\n\n"
+          f"Medians of {rounds} rounds, {os.cpu_count()} processors.\n")
+    all_agree, summary, calls = True, [], []
+    for search in catalogue.searches(tree, arguments.programs):
+        if arguments.patterns and search.pattern not in arguments.patterns:
+            continue
+        commands = usable(search)
+        same, size, printed = agree(search, commands, measure)
+        all_agree &= same
+        runs = take_turns(search, commands, measure, rounds)
+        repeated = f", printed {printed:,} times by kglob" if printed != size else ""
+        print(f"### `{search.pattern}`: {size:,} paths{repeated}\n")
+        print(table(["tool", *FIGURES], [[tool, *figures(taken, runs)] for tool, taken in runs.items()]))
+        sys.stdout.flush()
+        summary.append([f"`{search.pattern}`", *figures(runs[KGLOB], runs)])
+        if search.pattern in ("**", "**/*.csv"):
+            calls.append(system_calls(search, entries))
+    print("### kglob\n")
+    print(table(["pattern", *FIGURES], summary))
+    if any(calls):
+        print(table(["pattern", "entries", "system calls", "for each entry"], [row for row in calls if row]))
+    return all_agree
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
+    parser.add_argument("--programs", type=Path, required=True, help="folder of kglob and of the benchmark programs")
+    parser.add_argument("--tree", choices=[*TREES, "both"], default="medium")
+    parser.add_argument("--rounds", type=int, help="default: 15 on the medium tree, 5 on the large one")
+    parser.add_argument("--patterns", nargs="+", metavar="PATTERN", help="only these of the patterns compared")
+    parser.add_argument("--folder", type=Path, default=Path(tempfile.gettempdir(), "kglob-bench"),
+                        help="where the trees are kept from one call to the next")
+    arguments = parser.parse_args()
+    arguments.programs = arguments.programs.resolve()
+    arguments.folder = arguments.folder.resolve()
+    measure = Measure(arguments.programs)
+    names = list(TREES) if arguments.tree == "both" else [arguments.tree]
+    return 0 if all([compare(name, arguments, measure) for name in names]) else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
