@@ -1,0 +1,35 @@
+// Whole searches in one process, without a program's start and without output, each in a read session of its own or
+// without any.
+#include <optional>
+
+#include <benchmark/benchmark.h>
+
+#include "foundation/storage/vfs/read_session.hpp"
+#include "glob/glob.hpp"
+#include "temporary_tree.hpp"
+
+namespace {
+
+using foundation::storage::vfs::ReadSession;
+
+void walk(benchmark::State& state, char16_t const* pattern, bool inSession) {
+  constexpr korvan::bench::TreeShape shape{1000, 10000};
+  static korvan::bench::TemporaryTree const tree(shape);  // removed when the program ends
+  std::u16string const root = tree.rootText();
+  for (auto _ : state) {
+    std::optional<ReadSession> session;
+    if (inSession) session.emplace();
+    benchmark::DoNotOptimize(korvan::io::internal::glob(pattern, root, false));
+  }
+  // So that the figure to compare is the time for each entry of the tree, whatever the pattern finds.
+  state.SetItemsProcessed(static_cast<std::int64_t>(shape.entries) * state.iterations());
+}
+
+BENCHMARK_CAPTURE(walk, everything, u"**", true)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(walk, everythingWithoutSession, u"**", false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(walk, byExtension, u"**/*.csv", true)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(walk, byExtensionWithoutSession, u"**/*.csv", false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(walk, folders, u"**/", true)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(walk, twoDescents, u"**/d*/**/*.hpp", true)->Unit(benchmark::kMillisecond);
+
+}  // namespace
