@@ -1,0 +1,34 @@
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+#include "foundation/storage/vfs/read_session.hpp"
+
+namespace kglob {
+
+/// While it lives, a search that takes longer than a second shows on standard error what the session has read so far,
+/// and the line is taken away at the end. Only where standard error is a terminal that can do so (TERM is set and not
+/// "dumb") and the process stands in its foreground; elsewhere it costs one system call and shows nothing.
+class Progress {
+ public:
+  explicit Progress(foundation::storage::vfs::Activity const& activity);
+  ~Progress();
+  Progress(Progress const&) = delete;
+  Progress& operator=(Progress const&) = delete;
+
+  /// Whether standard error can show it.
+  static bool possible() noexcept;
+
+ private:
+  void run();
+
+  foundation::storage::vfs::Activity const& activity_;
+  std::mutex mutex_;
+  std::condition_variable ended_;
+  bool end_ = false;
+  std::thread thread_;
+};
+
+}  // namespace kglob

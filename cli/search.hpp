@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "cli/search_library.hpp"
+#include "interpreter/array_ptr.hpp"
+
+namespace kglob {
+
+/// Where and how the patterns are searched.
+struct Scope {
+  std::u16string rootFolder;  ///< empty: the current folder
+  bool dotFiles = false;
+};
+
+/// Calls the builtin with the pattern and the options that differ from its defaults, as an interpreter would, and gives
+/// its answer: a string array of one column. What the builtin throws passes through.
+matrix::detail::ArrayPtr search(SearchLibrary const& library, std::u16string const& pattern, Scope const& scope);
+
+}  // namespace kglob
