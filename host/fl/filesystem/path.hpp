@@ -16,8 +16,8 @@ struct path_traits {
 };
 }  // namespace detail
 
-/// A local path: a text and a flag that says whether the path library may interpret the text. A plain value; no operation of the class
-/// looks at a disk.
+/// A local path: a text and a flag that says whether the path library may interpret the text. A plain value; no
+/// operation of the class looks at a disk.
 template <class Narrow, class Char, class Traits>
 class basic_path {
  public:
@@ -27,7 +27,8 @@ class basic_path {
   basic_path() noexcept = default;
 
   /// The path of a text in native form, with the flag true. The empty text gives the empty path.
-  explicit basic_path(string_type const& text) : text_(text.empty() ? string_type() : detail::make_native_form(text, true)) {}
+  explicit basic_path(string_type const& text)
+      : text_(text.empty() ? string_type() : detail::make_native_form(text, true)) {}
 
   /// A text that is in native form already, and a flag; nothing is converted.
   basic_path(string_type nativeText, bool flag) noexcept : text_(std::move(nativeText)), flag_(flag) {}

@@ -4,8 +4,9 @@
 
 #include "export.hpp"
 
-/// The text side of local paths (POSIX pathnames): no function here looks at a disk. The native and the generic separator are both "/";
-/// a backslash is an ordinary character of a name. No function collapses doubled separators, "." or "..".
+/// The text side of local paths (POSIX pathnames): no function here looks at a disk. The native and the generic
+/// separator are both "/"; a backslash is an ordinary character of a name. No function collapses doubled separators,
+/// "." or "..".
 namespace fl::filesystem {
 
 namespace upath_constant {
@@ -18,9 +19,11 @@ inline constexpr char16_t GENERIC_PATHNAME_SEPARATOR[] = u"/";
 /// A text split at its last element.
 template <class Char>
 struct pathname_element_context {
-  std::basic_string<Char> parent;     ///< the text without its last element: "a" of "a/b" and of "a/", "/" of "/a", else empty
-  std::basic_string<Char> name;       ///< the last element: "b" of "a/b", empty of "a/" and "/"
-  std::basic_string<Char> stem;       ///< the name up to its last ".", all of it where that is its first character or there is none
+  std::basic_string<Char>
+      parent;  ///< the text without its last element: "a" of "a/b" and of "a/", "/" of "/a", else empty
+  std::basic_string<Char> name;  ///< the last element: "b" of "a/b", empty of "a/" and "/"
+  std::basic_string<Char>
+      stem;  ///< the name up to its last ".", all of it where that is its first character or there is none
   std::basic_string<Char> extension;  ///< the name from that "." on, or empty
 };
 
@@ -35,8 +38,8 @@ KORVAN_HOST_EXPORT std::u16string make_generic_form(std::u16string const& text);
 /// The text with the path library's expansions applied: here the text itself, as "~" and "$HOME" are lawful names.
 KORVAN_HOST_EXPORT std::u16string make_expanded_path(std::u16string const& text, bool interpret);
 
-/// Adds `element` to `text` with exactly one "/" between: none is added after a text that ends in one, and those that `element` begins with
-/// are dropped. An empty text becomes the element itself.
+/// Adds `element` to `text` with exactly one "/" between: none is added after a text that ends in one, and those that
+/// `element` begins with are dropped. An empty text becomes the element itself.
 KORVAN_HOST_EXPORT void concatenate_pathname(std::u16string& text, std::u16string const& element, bool interpret);
 
 /// The root name: always empty here.

@@ -12,23 +12,25 @@ namespace foundation::storage::vfs {
 /// A pure question about text: whether a provider serves the scheme is asked when an `AbsoluteIRI` is made.
 KORVAN_HOST_EXPORT bool hasIRIPrefix(std::u16string const& text) noexcept;
 
-/// The name of a place in storage, after RFC 3987 without query and fragment: scheme "://" authority path. A plain value.
+/// The name of a place in storage, after RFC 3987 without query and fragment: scheme "://" authority path. A plain
+/// value.
 ///
-/// The text is kept in one written form: the scheme in lower case; space, controls, `"<>\^{|}`, the backtick, "%", "#", "?"
-/// and what is no character percent-encoded with upper case hex; every other character, "*" included, as itself. Two IRIs are
-/// equal when these texts are. Names that come out are decoded, names that go in are encoded, so callers see the names that
-/// entries really have. No operation makes a request.
+/// The text is kept in one written form: the scheme in lower case; space, controls, `"<>\^{|}`, the backtick, "%", "#",
+/// "?" and what is no character percent-encoded with upper case hex; every other character, "*" included, as itself.
+/// Two IRIs are equal when these texts are. Names that come out are decoded, names that go in are encoded, so callers
+/// see the names that entries really have. No operation makes a request.
 class KORVAN_HOST_EXPORT AbsoluteIRI {
  public:
   /// The IRI that `text` writes. A raw character that an IRI must encode is encoded.
-  /// Throws `InvalidIRIException` where a meaning would be lost or none is there: no prefix, "%" without two hex digits, a query,
-  /// a fragment, or an authority that the scheme's provider can't have. Throws `UnsupportedIRISchemeException` when no provider
-  /// serves the scheme.
+  /// Throws `InvalidIRIException` where a meaning would be lost or none is there: no prefix, "%" without two hex
+  /// digits, a query, a fragment, or an authority that the scheme's provider can't have. Throws
+  /// `UnsupportedIRISchemeException` when no provider serves the scheme.
   explicit AbsoluteIRI(std::u16string const& text);
 
-  /// What the decoded text names below `base`, as an entry below a folder: each element is encoded and exactly one "/" put
-  /// between. A text that begins with "/" starts at the base's root, one with an IRI prefix replaces the base, the empty text
-  /// gives the base. "." and ".." are kept as written. Throws as the constructor from a text when the text has an IRI prefix.
+  /// What the decoded text names below `base`, as an entry below a folder: each element is encoded and exactly one "/"
+  /// put between. A text that begins with "/" starts at the base's root, one with an IRI prefix replaces the base, the
+  /// empty text gives the base. "." and ".." are kept as written. Throws as the constructor from a text when the text
+  /// has an IRI prefix.
   AbsoluteIRI(AbsoluteIRI const& base, std::u16string const& text);
 
   /// The written form.
@@ -36,6 +38,9 @@ class KORVAN_HOST_EXPORT AbsoluteIRI {
 
   /// The scheme, in lower case, without "://".
   std::u16string getScheme() const;
+
+  /// The same, as long as the IRI lives.
+  std::u16string_view scheme() const noexcept { return std::u16string_view(text_).substr(0, schemeLength_); }
 
   /// What stands between "://" and the path, as written; may be empty.
   std::u16string_view authority() const noexcept;
@@ -46,8 +51,8 @@ class KORVAN_HOST_EXPORT AbsoluteIRI {
   /// Whether the path has an element to take away.
   bool hasParent() const noexcept;
 
-  /// The IRI without its last element: of ".../a/b" the IRI ".../a", of ".../a/" also ".../a", of ".../a" right below the root
-  /// the root with its "/". Without a parent: the IRI itself.
+  /// The IRI without its last element: of ".../a/b" the IRI ".../a", of ".../a/" also ".../a", of ".../a" right below
+  /// the root the root with its "/". Without a parent: the IRI itself.
   AbsoluteIRI getParent() const;
 
   /// The last element, decoded; empty for a root and for an IRI that ends in "/".

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,51 +20,55 @@ enum class EntryKind : std::uint8_t {
   unknown,  ///< the folder doesn't tell; the entry may be a link as well
 };
 
-/// The entries of one folder: names as bytes, eight bytes an entry beyond the name. Filled by a provider, then sorted, then only read
-/// (but for kinds that are found out later). No system calls.
+/// The entries of one folder: names as bytes, eight bytes an entry beyond the name. Filled by a provider, then sorted,
+/// then only read (but for kinds that are found out later). Makes no system call. Not for several threads at once.
 class KORVAN_HOST_EXPORT EntryTable {
  public:
   static constexpr std::size_t npos = static_cast<std::size_t>(-1);
 
-  /// Adds an entry. The names "", "." and ".." are passed over. Polls for an interrupt every few thousand entries and then throws
-  /// `Quindarel::System::InterruptException`. Throws `std::length_error` when a name has more than 2^28 bytes or all of them 2^32.
+  /// Adds an entry. The names "", "." and ".." are passed over. Polls for an interrupt every few thousand entries and
+  /// then throws `Quindarel::System::InterruptException`. Throws `std::length_error` past 2^28 bytes in one name or
+  /// 2^32 in all.
   void add(std::string_view name, EntryKind kind);
 
-  /// Sorts by the bytes of the names (code point order, where they are UTF-8). Of entries with one name only one is kept: a folder
-  /// rather than a link, unknown or a file. Polls for an interrupt as `add` does.
+  /// Sorts by the bytes of the names (code point order, where they are UTF-8). Of entries with one name one is kept, a
+  /// folder if any of them is. Polls for an interrupt as `add` does.
   void sort();
 
   std::size_t size() const noexcept { return records_.size(); }
-  std::string_view name(std::size_t index) const noexcept;
-  EntryKind kind(std::size_t index) const noexcept;
+  std::string_view name(std::size_t index) const noexcept {
+    Record const& record = records_[index];
+    return {names_.data() + record.offset, record.flags >> flagBits};
+  }
 
-  /// Notes what a look at a link or an unknown entry found. A link stays known as one: see `reachedByLink`.
-  void resolve(std::size_t index, PathKind kind) noexcept;
+  /// What stands there, where the folder told it or a look at the entry has found it.
+  std::optional<PathKind> kind(std::size_t index) const noexcept;
 
-  /// What a look at the entry found, or the folder told; `known` is false while neither did.
-  struct Resolution {
-    bool known;
-    PathKind kind;
-  };
-  Resolution resolution(std::size_t index) const noexcept;
+  /// Notes what a look at the entry found.
+  void setKind(std::size_t index, PathKind kind) noexcept;
 
   /// Whether the entry is, or may be, a link.
-  bool reachedByLink(std::size_t index) const noexcept;
+  bool maybeLink(std::size_t index) const noexcept { return (records_[index].flags & linkFlag) != 0; }
 
-  /// The index of the entry with that name, or `npos`. `hint` is looked at first. The table must be sorted.
+  /// The index of the entry with that name, or `npos`. The place `hint` is looked at first. The table must be sorted.
   std::size_t find(std::string_view name, std::size_t hint = 0) const noexcept;
 
   /// The memory held, in bytes.
-  std::size_t memory() const noexcept;
+  std::size_t memory() const noexcept { return names_.capacity() + records_.capacity() * sizeof(Record); }
 
-  /// Gives back the memory that growing left over.
+  /// Gives back what growing left over.
   void shrink();
 
  private:
+  static constexpr unsigned flagBits = 4;
+  static constexpr std::uint32_t kindMask = 3;  // a PathKind plus one, or 0 while it isn't known
+  static constexpr std::uint32_t linkFlag = 4;
+
   struct Record {
     std::uint32_t offset;
-    std::uint32_t lengthAndFlags;
+    std::uint32_t flags;  // the name's length, above flagBits of flags
   };
+
   std::string names_;
   std::vector<Record> records_;
 };

@@ -15,8 +15,8 @@ enum class ErrorCode : int {
   other = 3,             ///< anything else: the medium failed, the answer made no sense, time ran out
 };
 
-/// The root of every storage error: a code, the location concerned, and what the system or the store said. Every error that
-/// the storage layer throws is one of these or derives from it.
+/// The root of every storage error: a code, the location concerned, and what the system or the store said. Every error
+/// that the storage layer throws is one of these or derives from it.
 class KORVAN_HOST_EXPORT Exception : public std::exception {
  public:
   Exception(ErrorCode code, AbsoluteIRI location, std::string reason);
@@ -31,6 +31,10 @@ class KORVAN_HOST_EXPORT Exception : public std::exception {
   /// The location and the reason, as UTF-8; lives as long as the exception.
   char const* what() const noexcept override { return what_.c_str(); }
 
+ protected:
+  /// An error about a text that names no location: the location is an IRI with the empty text, the code is `other`.
+  Exception(std::u16string const& subject, std::string reason);
+
  private:
   ErrorCode code_;
   AbsoluteIRI location_;
@@ -38,8 +42,8 @@ class KORVAN_HOST_EXPORT Exception : public std::exception {
   std::string what_;
 };
 
-/// A text that begins as an IRI but can't be read as one. Its code is `other`; its location is an IRI with the empty text, as
-/// there is none.
+/// A text that begins as an IRI but can't be read as one. Its code is `other`; its location is an IRI with the empty
+/// text, as there is none.
 class KORVAN_HOST_EXPORT InvalidIRIException : public Exception {
  public:
   /// `reason` says what is wrong with the text, in a few words of UTF-8.
@@ -66,8 +70,8 @@ class KORVAN_HOST_EXPORT UnsupportedIRISchemeException : public Exception {
   std::u16string scheme_;
 };
 
-/// The code that an `errno` value stands for: ENOENT, ENOTDIR and ELOOP are "nothing there", EACCES and EPERM "permission denied",
-/// everything else "other". The one place that decides it.
+/// The code that an `errno` value stands for: ENOENT, ENOTDIR and ELOOP are "nothing there", EACCES and EPERM
+/// "permission denied", everything else "other". The one place that decides it.
 KORVAN_HOST_EXPORT ErrorCode errorCodeOfErrno(int error) noexcept;
 
 /// The storage exception for a system call that failed with `error` at `location`, with the system's own words.

@@ -11,9 +11,8 @@
 
 namespace foundation::storage::vfs {
 
-class EntryTable;
-class NameFilter;
-class Folder;
+template <class T>
+class FolderListing;
 
 /// One entry of a listing, by name.
 class KORVAN_HOST_EXPORT ListEntry {
@@ -27,12 +26,53 @@ class KORVAN_HOST_EXPORT ListEntry {
   std::u16string name_;
 };
 
-/// What a listing gives: entries in the byte order of their names (code point order). A value that shares what was read; it stays valid
-/// when the folder, the session or the disk changes. `T` is `ListEntry` or `Folder`.
+/// A handle on a folder, local or remote. Making one makes no request, but for one that is opened from another: see
+/// there. A value; copies share the memory of how they were reached, which never changes, so they may be used by
+/// several threads.
+class KORVAN_HOST_EXPORT Folder {
+ public:
+  /// The folder at the IRI, whether or not one stands there. Throws `UnsupportedIRISchemeException` when no provider
+  /// serves the scheme.
+  Folder(AbsoluteIRI const& location, StorageSystemReference system);
+
+  /// The sub-folder of that name. It remembers the folders that led to it. Throws `Exception` (code `other`) when it is
+  /// one of them, reached again through a link, so that no descent goes round a cycle. Asks for identities, one request
+  /// each, only where a link was passed or where no session knows that none was.
+  Folder(Folder const& parent, std::u16string const& name);
+
+  /// Where the folder is, as it was reached.
+  AbsoluteIRI const& getLocation() const noexcept;
+
+  /// The folder's name, decoded; empty for a root.
+  std::u16string getName() const;
+
+  /// Every entry whose name matches the filter: "*" is any run of characters, every other character stands for itself.
+  /// Reads the folder (one request a page), or answers from the thread's session. Throws `Exception` when the folder
+  /// can't be read whole.
+  FolderListing<ListEntry> listAll(std::u16string filter) const;
+
+  /// As `listAll`, sub-folders only: folders and links to folders. One more request for each matching link. A link that
+  /// can't be followed is no folder.
+  FolderListing<Folder> listFolders(std::u16string filter) const;
+
+ private:
+  template <class>
+  friend class FolderListing;
+  struct Node;
+  explicit Folder(std::shared_ptr<Node const> node) noexcept;
+
+  std::shared_ptr<Node const> node_;
+};
+
+/// What a listing gives: entries in the byte order of their names (code point order). A value that shares what was
+/// read: it stays valid and the same when the folder, the session or the disk changes. Going through it makes no
+/// request. `T` is `ListEntry` or `Folder`.
 template <class T>
 class KORVAN_HOST_EXPORT FolderListing {
+  struct State;
+
  public:
-  /// A forward iterator in one pass at a time: the element is held by the iterator and valid until it is moved on.
+  /// Moves forward. The iterator holds its element, so a reference is valid until that iterator moves or ends.
   class KORVAN_HOST_EXPORT Iterator {
    public:
     using iterator_category = std::input_iterator_tag;
@@ -41,41 +81,30 @@ class KORVAN_HOST_EXPORT FolderListing {
     using pointer = T const*;
     using reference = T const&;
 
-    T const& operator*() const noexcept;
-    T const* operator->() const noexcept { return &**this; }
+    T const& operator*() const noexcept { return element_; }
+    T const* operator->() const noexcept { return &element_; }
     Iterator& operator++();
     bool operator==(Iterator const& other) const noexcept { return index_ == other.index_; }
     bool operator!=(Iterator const& other) const noexcept { return index_ != other.index_; }
+
+   private:
+    friend class FolderListing;
+    Iterator(std::shared_ptr<State const> state, std::size_t index);
+    void settle();  // goes to the first match at or after the index and makes the element
+
+    std::shared_ptr<State const> state_;
+    std::size_t index_;
+    T element_;
   };
 
-  /// May look at links, one request each, when `T` is `Folder`; such a failure is thrown as `Exception`.
   Iterator begin() const;
   Iterator end() const;
-};
 
-/// A handle on a folder, local or remote. Making one makes no request, but for one that is opened from another: see there. A value;
-/// copies share the memory of how they were reached.
-class KORVAN_HOST_EXPORT Folder {
- public:
-  /// The folder at the IRI, whether or not one stands there.
-  Folder(AbsoluteIRI const& location, StorageSystemReference system);
+ private:
+  friend class Folder;
+  explicit FolderListing(std::shared_ptr<State const> state) noexcept;
 
-  /// The sub-folder of that name. It remembers the folders that led to it. Throws `Exception` when it is one of them, reached again
-  /// through a link: a descent would never end. Asks for identities only where a link was passed: at most one request for each folder
-  /// of the chain that was not asked before.
-  Folder(Folder const& parent, std::u16string const& name);
-
-  AbsoluteIRI const& getLocation() const noexcept;
-
-  /// The folder's name, decoded; empty for a root.
-  std::u16string getName() const;
-
-  /// Every entry whose name matches the filter: "*" is any run of characters, every other character stands for itself. Reads the folder
-  /// (one request a page), or answers from the thread's session. Throws `Exception` when it can't be read whole.
-  FolderListing<ListEntry> listAll(std::u16string filter) const;
-
-  /// As `listAll`, sub-folders only: folders and links to folders.
-  FolderListing<Folder> listFolders(std::u16string filter) const;
+  std::shared_ptr<State const> state_;
 };
 
 }  // namespace foundation::storage::vfs

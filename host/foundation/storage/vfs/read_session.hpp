@@ -19,10 +19,10 @@ struct Activity {
   std::atomic<std::uint64_t> bytes{0};     ///< bytes that remote stores answered
 };
 
-/// One consistent look at storage: opened by the host around one builtin call, on the thread that makes the call. While it is open each
-/// folder is read at most once on that thread, and listings, kinds and existence below it are answered from that reading. Past its
-/// memory bound it forgets and reads again. Closed, everything is forgotten. Without a session every question goes to the disk or store.
-/// Sessions nest: the innermost is the one in force.
+/// One consistent look at storage: opened by the host around one builtin call, on the thread that makes the call. While
+/// it is open each folder is read at most once on that thread, and listings, kinds and existence below it are answered
+/// from that reading. Past its memory bound it forgets and reads again. Closed, everything is forgotten. Without a
+/// session every question goes to the disk or store. Sessions nest: the innermost is the one in force.
 class KORVAN_HOST_EXPORT ReadSession {
  public:
   static constexpr std::size_t defaultMemoryBound = std::size_t{256} << 20;
@@ -34,8 +34,8 @@ class KORVAN_HOST_EXPORT ReadSession {
 
   Activity const& activity() const noexcept;
 
-  /// The listings that failed, each folder once, in the order in which they did. A folder that isn't there and one refused because it
-  /// closes a link cycle are no failures.
+  /// The listings that failed, each folder once, in the order in which they did. A folder that isn't there and one
+  /// refused because it closes a link cycle are no failures.
   std::vector<Exception> const& failedListings() const noexcept;
 
   /// The calling thread's innermost session, or null.
@@ -49,7 +49,8 @@ class KORVAN_HOST_EXPORT ReadSession {
   ReadSession* outer_;
 };
 
-/// Counts one request of a remote provider and the bytes of its answer in the calling thread's session, where there is one.
+/// Counts one request of a remote provider and the bytes of its answer in the calling thread's session, where there is
+/// one.
 KORVAN_HOST_EXPORT void countRequest(std::uint64_t bytes) noexcept;
 
 }  // namespace foundation::storage::vfs

@@ -9,9 +9,9 @@
 
 namespace foundation::storage::vfs {
 
-/// The process's storage system: which provider serves which scheme. "file" is built in. Another scheme is served by a provider that was
-/// registered, or by a module "korvan-storage-SCHEME.so" in the host library's own folder, loaded when the scheme is first used and never
-/// unloaded. Safe on every thread.
+/// The process's storage system: which provider serves which scheme. "file" is built in. Another scheme is served by a
+/// provider that was registered, or by a module "korvan-storage-SCHEME.so" in the host library's own folder, loaded
+/// when the scheme is first used and never unloaded. Safe on every thread.
 class KORVAN_HOST_EXPORT StorageSystem {
  public:
   /// The one of this process.
@@ -21,11 +21,13 @@ class KORVAN_HOST_EXPORT StorageSystem {
   /// `UnsupportedIRISchemeException` when there is none or its module can't be loaded.
   std::shared_ptr<Provider> provider(std::u16string_view scheme);
 
-  /// Serves the scheme (in lower case) by `provider` from now on; a null pointer takes the scheme's registration away.
+  /// Serves the scheme (in lower case, not "file") by `provider` from now on; a null pointer takes the scheme's
+  /// registration away.
   void registerProvider(std::u16string const& scheme, std::shared_ptr<Provider> provider);
 };
 
-/// What a module exports, with C linkage, under the name "korvanStorageProvider": makes the provider of its scheme, owned by the caller.
+/// What a module exports, with C linkage, under the name "korvanStorageProvider": makes the provider of its scheme,
+/// owned by the caller.
 using MakeProvider = Provider* (*)();
 
 /// A handle on the storage system, passed by value; as cheap as a pointer.

@@ -1,0 +1,122 @@
+#include "foundation/core/text/bytes.hpp"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace foundation::core::text {
+namespace {
+
+constexpr char16_t escapedByteBase = 0xDC00;  // the byte 0xNN that is no part of valid UTF-8 is U+DC00 + 0xNN
+
+bool isContinuation(unsigned char byte) {
+  return (byte & 0xC0U) == 0x80U;
+}
+
+// The length of the valid UTF-8 sequence at the start of `bytes` (RFC 3629: no overlong form, no surrogate, at most
+// U+10FFFF), and its code point; 0 when there is none.
+std::size_t decodeSequence(std::string_view bytes, char32_t& codePoint) {
+  auto const at = [&](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
+  unsigned char const lead = at(0);
+  std::size_t const length = lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
+  if (length == 0 || bytes.size() < length) return 0;
+  codePoint = lead & (0x7FU >> length);
+  for (std::size_t i = 1; i < length; ++i) {
+    if (!isContinuation(at(i))) return 0;
+    codePoint = (codePoint << 6) | (at(i) & 0x3FU);
+  }
+  if (length == 3 && (codePoint < 0x800 || (codePoint >= 0xD800 && codePoint <= 0xDFFF))) return 0;
+  if (length == 4 && (codePoint < 0x10000 || codePoint > 0x10FFFF)) return 0;
+  return length;
+}
+
+void appendCodePoint(std::string& bytes, char32_t codePoint) {
+  auto const put = [&](char32_t value) { bytes.push_back(static_cast<char>(static_cast<unsigned char>(value))); };
+  auto const continuation = [](char32_t value) { return 0x80 | (value & 0x3F); };
+  if (codePoint < 0x80) {
+    put(codePoint);
+  } else if (codePoint < 0x800) {
+    put(0xC0 | (codePoint >> 6));
+    put(continuation(codePoint));
+  } else if (codePoint < 0x10000) {
+    put(0xE0 | (codePoint >> 12));
+    put(continuation(codePoint >> 6));
+    put(continuation(codePoint));
+  } else {
+    put(0xF0 | (codePoint >> 18));
+    put(continuation(codePoint >> 12));
+    put(continuation(codePoint >> 6));
+    put(continuation(codePoint));
+  }
+}
+
+// Appends the bytes of the text; `unpaired` is called for a surrogate that stands for no bytes and says whether to go
+// on.
+template <class Unpaired>
+bool encode(std::string& bytes, std::u16string_view text, Unpaired unpaired) {
+  std::size_t ascii = 0;
+  while (ascii < text.size() && text[ascii] < 0x80) ++ascii;
+  std::size_t const start = bytes.size();
+  bytes.resize(start + ascii);
+  for (std::size_t i = 0; i < ascii; ++i) bytes[start + i] = static_cast<char>(text[i]);
+  for (std::size_t i = ascii; i < text.size(); ++i) {
+    char16_t const unit = text[i];
+    if (unit < 0xD800 || unit > 0xDFFF) {
+      appendCodePoint(bytes, unit);
+    } else if (unit < 0xDC00 && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
+      appendCodePoint(bytes, 0x10000 + ((static_cast<char32_t>(unit) - 0xD800) << 10) + (text[i + 1] - 0xDC00U));
+      ++i;
+    } else if (unit >= escapedByteBase + 0x80 && unit <= escapedByteBase + 0xFF) {
+      bytes.push_back(static_cast<char>(static_cast<unsigned char>(unit - escapedByteBase)));
+    } else if (!unpaired(bytes)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+void appendFromBytes(std::u16string& text, std::string_view bytes) {
+  std::size_t ascii = 0;
+  while (ascii < bytes.size() && static_cast<unsigned char>(bytes[ascii]) < 0x80) ++ascii;
+  std::size_t const start = text.size();
+  text.resize(start + ascii);
+  for (std::size_t i = 0; i < ascii; ++i) text[start + i] = static_cast<unsigned char>(bytes[i]);
+  for (bytes.remove_prefix(ascii); !bytes.empty();) {
+    auto const lead = static_cast<unsigned char>(bytes.front());
+    char32_t codePoint = lead;
+    std::size_t length = lead < 0x80 ? 1 : decodeSequence(bytes, codePoint);
+    if (length == 0) {
+      codePoint = escapedByteBase + lead;
+      length = 1;
+    }
+    if (codePoint < 0x10000) {
+      text.push_back(static_cast<char16_t>(codePoint));
+    } else {
+      text.push_back(static_cast<char16_t>(0xD800 + ((codePoint - 0x10000) >> 10)));
+      text.push_back(static_cast<char16_t>(0xDC00 + ((codePoint - 0x10000) & 0x3FF)));
+    }
+    bytes.remove_prefix(length);
+  }
+}
+
+std::u16string fromBytes(std::string_view bytes) {
+  std::u16string text;
+  appendFromBytes(text, bytes);
+  return text;
+}
+
+bool appendBytes(std::string& bytes, std::u16string_view text) {
+  return encode(bytes, text, [](std::string&) { return false; });
+}
+
+std::string toBytesLossy(std::u16string_view text) {
+  std::string bytes;
+  encode(bytes, text, [](std::string& out) {
+    out += "\xEF\xBF\xBD";
+    return true;
+  });
+  return bytes;
+}
+
+}  // namespace foundation::core::text

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "foundation/storage/vfs/provider.hpp"
+
+namespace foundation::storage::vfs {
+
+/// Serves the scheme "file" (RFC 8089): the disks of this machine, by POSIX calls. A request is a system call. A path
+/// too long for the system names nothing, as does one with U+0000 in it.
+class FileProvider final : public Provider {
+ public:
+  Authority authority() const noexcept override { return Authority::empty; }
+
+  /// One `stat`; a second call where that finds nothing, to tell a broken link from nothing.
+  PathKind kind(AbsoluteIRI const& location) override;
+
+  /// Reads the whole folder, whatever the prefix: `open`, one `getdents64` for each 64 KiB and one for the end,
+  /// `close`.
+  void list(AbsoluteIRI const& folder, std::string_view namePrefix, EntryTable& entries) override;
+
+  /// One `stat`.
+  std::optional<FolderIdentity> identity(AbsoluteIRI const& folder) override;
+};
+
+}  // namespace foundation::storage::vfs

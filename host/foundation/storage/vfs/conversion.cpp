@@ -1,0 +1,50 @@
+#include "foundation/storage/vfs/conversion.hpp"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include "fl/filesystem/operations.hpp"
+#include "foundation/storage/vfs/exception.hpp"
+#include "foundation/storage/vfs/iri_text.hpp"
+#include "foundation/storage/vfs/storage_system.hpp"
+
+namespace foundation::storage::vfs {
+
+AbsoluteIRI toAbsoluteIRI(std::u16string const& scheme, fl::filesystem::upath const& path) {
+  if (!fl::filesystem::detail::is_absolute(path.native())) return toAbsoluteIRI(scheme, absolute(path, {}));
+  bool const hasAuthority = StorageSystem::instance().provider(scheme)->authority() == Provider::Authority::required;
+  std::u16string_view rest = path.native();
+  std::u16string written;
+  written.reserve(scheme.size() + rest.size() + 3);
+  written.append(scheme).append(u"://");
+  bool encoded = true;
+  if (hasAuthority) {
+    std::size_t const start = std::min(rest.find_first_not_of(u'/'), rest.size());
+    std::size_t const end = std::min(rest.find(u'/', start), rest.size());
+    if (start == end) throw InvalidIRIException(path.native(), "it has no first element to be a bucket");
+    encoded = iri_text::appendEncoded(written, rest.substr(start, end - start));
+    rest.remove_prefix(end);
+  }
+  std::size_t const pathStart = written.size();
+  encoded = encoded && iri_text::appendEncoded(written, rest);
+  if (!encoded) throw InvalidIRIException(path.native(), "it holds half of a surrogate pair");
+  return AbsoluteIRI::fromWrittenForm(std::move(written), static_cast<std::uint32_t>(scheme.size()),
+                                      static_cast<std::uint32_t>(pathStart));
+}
+
+fl::filesystem::upath fromAbsoluteIRI(AbsoluteIRI const& location) {
+  std::u16string path;
+  if (!location.authority().empty()) path = u"/" + iri_text::decoded(location.authority());
+  path += iri_text::decoded(location.encodedPath());
+  if (path.empty()) path = u"/";
+  return {std::move(path), true};
+}
+
+std::string decodedPath(AbsoluteIRI const& location) {
+  std::string path;
+  iri_text::appendDecodedBytes(path, location.encodedPath());
+  return path;
+}
+
+}  // namespace foundation::storage::vfs

@@ -1,0 +1,158 @@
+#include "foundation/storage/vfs/iri_text.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+#include "foundation/core/text/bytes.hpp"
+
+namespace foundation::storage::vfs::iri_text {
+namespace {
+
+bool isLetter(char16_t unit) {
+  return (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z');
+}
+bool isDigit(char16_t unit) {
+  return unit >= u'0' && unit <= u'9';
+}
+
+// The value of a hex digit, or -1.
+int hexValue(char16_t unit) {
+  if (isDigit(unit)) return unit - u'0';
+  if (unit >= u'A' && unit <= u'F') return unit - u'A' + 10;
+  if (unit >= u'a' && unit <= u'f') return unit - u'a' + 10;
+  return -1;
+}
+
+// The value of the two hex digits at the start of the text, or -1.
+int escapedByte(std::u16string_view digits) {
+  if (digits.size() < 2) return -1;
+  int const high = hexValue(digits[0]);
+  int const low = hexValue(digits[1]);
+  return high < 0 || low < 0 ? -1 : high * 16 + low;
+}
+
+// The ASCII characters that stand for themselves in a written path.
+constexpr std::array<bool, 128> makePlain() {
+  std::array<bool, 128> plain{};
+  for (std::size_t unit = 0x21; unit < 0x7F; ++unit) plain[unit] = true;
+  for (char const encoded : std::string_view("\"<>\\^{|}`%#?")) plain[static_cast<unsigned char>(encoded)] = false;
+  return plain;
+}
+constexpr std::array<bool, 128> plainAscii = makePlain();
+
+// Whether a unit stands for itself whatever follows it: no surrogate and no control (C1 included).
+bool isPlain(char16_t unit) {
+  if (unit < 0x80) return plainAscii[unit];
+  return unit >= 0xA0 && (unit < 0xD800 || unit > 0xDFFF);
+}
+
+bool isPair(std::u16string_view text, std::size_t at) {
+  return text[at] >= 0xD800 && text[at] < 0xDC00 && at + 1 < text.size() && text[at + 1] >= 0xDC00 &&
+         text[at + 1] <= 0xDFFF;
+}
+
+void appendEscaped(std::u16string& written, std::string_view bytes) {
+  constexpr std::u16string_view digits = u"0123456789ABCDEF";
+  for (char const byte : bytes) {
+    auto const value = static_cast<unsigned char>(byte);
+    written.push_back(u'%');
+    written.push_back(digits[value >> 4]);
+    written.push_back(digits[value & 0xF]);
+  }
+}
+
+// Encodes the unit or pair at `at`; the number of units taken, or 0 for what stands for no bytes.
+std::size_t appendOne(std::u16string& written, std::u16string_view text, std::size_t at) {
+  if (isPair(text, at)) {
+    written.append(text, at, 2);
+    return 2;
+  }
+  std::string bytes;
+  if (!core::text::appendBytes(bytes, text.substr(at, 1))) return 0;
+  appendEscaped(written, bytes);
+  return 1;
+}
+
+}  // namespace
+
+std::size_t schemeLength(std::u16string_view text) noexcept {
+  if (text.empty() || !isLetter(text.front())) return 0;
+  std::size_t length = 1;
+  while (length < text.size() && (isLetter(text[length]) || isDigit(text[length]) || text[length] == u'+' ||
+                                  text[length] == u'-' || text[length] == u'.')) {
+    ++length;
+  }
+  return text.substr(length, 3) == u"://" ? length : 0;
+}
+
+bool appendEncoded(std::u16string& written, std::u16string_view text) {
+  for (std::size_t at = 0; at < text.size();) {
+    std::size_t const plainEnd = static_cast<std::size_t>(
+        std::find_if_not(text.begin() + static_cast<std::ptrdiff_t>(at), text.end(), isPlain) - text.begin());
+    written.append(text, at, plainEnd - at);
+    at = plainEnd;
+    if (at == text.size()) break;
+    std::size_t const taken = appendOne(written, text, at);
+    if (taken == 0) return false;
+    at += taken;
+  }
+  return true;
+}
+
+char const* appendNormalized(std::u16string& written, std::u16string_view text) {
+  for (std::size_t at = 0; at < text.size();) {
+    char16_t const unit = text[at];
+    if (unit == u'?') return "an IRI of a file or folder has no query; write \"?\" in a name as %3F";
+    if (unit == u'#') return "an IRI of a file or folder has no fragment; write \"#\" in a name as %23";
+    if (unit == u'%') {
+      int const value = escapedByte(text.substr(at + 1));
+      if (value < 0) return "\"%\" must be followed by two hex digits; write \"%\" in a name as %25";
+      if (value == '/') return "a name can't hold \"/\", so %2F can't stand in an IRI";
+      char const byte = static_cast<char>(value);
+      appendEscaped(written, {&byte, 1});
+      at += 3;
+    } else if (isPlain(unit)) {
+      written.push_back(unit);
+      ++at;
+    } else {
+      std::size_t const taken = appendOne(written, text, at);
+      if (taken == 0) return "it holds half of a surrogate pair";
+      at += taken;
+    }
+  }
+  return nullptr;
+}
+
+void appendDecodedBytes(std::string& bytes, std::u16string_view written) {
+  while (!written.empty()) {
+    std::size_t const escape = std::min(written.find(u'%'), written.size());
+    core::text::appendBytes(bytes, written.substr(0, escape));
+    written.remove_prefix(escape);
+    if (written.empty()) break;
+    bytes.push_back(static_cast<char>(escapedByte(written.substr(1))));
+    written.remove_prefix(3);
+  }
+}
+
+std::u16string decoded(std::u16string_view written) {
+  if (written.find(u'%') == std::u16string_view::npos) return std::u16string(written);
+  std::string bytes;
+  appendDecodedBytes(bytes, written);
+  return core::text::fromBytes(bytes);
+}
+
+std::size_t lastElement(std::u16string_view path) noexcept {
+  std::size_t const separator = path.rfind(u'/');
+  return separator == std::u16string_view::npos ? 0 : separator + 1;
+}
+
+std::u16string lowerCase(std::u16string_view text) {
+  std::u16string lower(text);
+  for (char16_t& unit : lower) {
+    if (unit >= u'A' && unit <= u'Z') unit = static_cast<char16_t>(unit - u'A' + u'a');
+  }
+  return lower;
+}
+
+}  // namespace foundation::storage::vfs::iri_text

@@ -1,0 +1,21 @@
+#include "foundation/storage/vfs/provider.hpp"
+
+#include "foundation/storage/vfs/exception.hpp"
+
+namespace foundation::storage::vfs {
+
+Provider::~Provider() = default;
+
+std::optional<FolderIdentity> Provider::identity(AbsoluteIRI const& /*folder*/) {
+  return std::nullopt;
+}
+
+bool Provider::servesSubtrees() const noexcept {
+  return false;
+}
+
+SubtreePage Provider::subtree(AbsoluteIRI const& folder, std::string_view /*prefix*/, std::string_view /*after*/) {
+  throw Exception(ErrorCode::other, folder, "this kind of storage has no flat listings");
+}
+
+}  // namespace foundation::storage::vfs

@@ -1,0 +1,128 @@
+#include "foundation/storage/vfs/session_store.hpp"
+
+#include <utility>
+
+#include "foundation/storage/vfs/iri_text.hpp"
+
+namespace foundation::storage::vfs {
+namespace {
+
+std::u16string_view keyOf(AbsoluteIRI const& location) {
+  std::u16string_view key = location.toString();
+  if (!location.encodedPath().empty() && key.back() == u'/') key.remove_suffix(1);
+  return key;
+}
+
+std::size_t memoryOf(FolderReading const& reading) {
+  constexpr std::size_t perReading =
+      sizeof(FolderReading) + 64;  // with the map's node and the counts of the shared pointer
+  return perReading + reading.entries.memory() + reading.location.toString().capacity() * sizeof(char16_t);
+}
+
+}  // namespace
+
+std::shared_ptr<FolderReading> ReadSession::Store::find(std::u16string_view key, std::string_view prefix) const {
+  auto const [first, last] = readings_.equal_range(key);
+  for (auto it = first; it != last; ++it) {
+    if (prefix.starts_with(it->second->prefix)) return it->second;
+  }
+  return nullptr;
+}
+
+std::shared_ptr<FolderReading> ReadSession::Store::reading(Provider& provider, AbsoluteIRI const& location,
+                                                           std::string_view prefix) {
+  std::u16string_view const key = keyOf(location);
+  if (!provider.servesSubtrees()) prefix = {};  // the provider reads whole folders anyway, so remember them as such
+  if (auto found = find(key, prefix)) return found;
+  if (auto const failure = failures_.find(std::u16string(key)); failure != failures_.end()) {
+    throw Exception(failure->second);
+  }
+  try {
+    if (provider.servesSubtrees()) {
+      scan(provider, location, prefix);
+      if (auto found = find(key, prefix)) return found;
+    }
+    auto fresh = readFolder(provider, location, prefix);
+    remember(fresh);
+    return fresh;
+  } catch (Exception const& failure) {
+    failures_.emplace(key, failure);
+    if (failure.getErrorCode() != static_cast<int>(ErrorCode::nothingThere)) failedListings.push_back(failure);
+    throw;
+  }
+}
+
+PathKind ReadSession::Store::kind(Provider& provider, AbsoluteIRI const& location) {
+  Entry entry = findEntry(location);
+  if (entry.reading == nullptr) {
+    std::u16string key(keyOf(location));
+    if (find(key, {}) != nullptr) return PathKind::isFolder;
+    if (auto const known = kinds_.find(location.toString()); known != kinds_.end()) return known->second;
+    AbsoluteIRI const above = location.getParent();
+    if (scan_ && scan_->lastPageHelped && location.hasParent() && scan_->reaches(above, {})) {
+      scan(provider, above, {});
+      entry = findEntry(location);
+    }
+  }
+  if (entry.reading == nullptr) {
+    PathKind const kind = provider.kind(location);
+    makeRoom(location.toString().size() * sizeof(char16_t));
+    kinds_.emplace(location.toString(), kind);
+    return kind;
+  }
+  if (entry.index == EntryTable::npos) return PathKind::notFound;
+  PathKind const kind = kindOfEntry(*entry.reading, entry.index, provider);
+  bool const asksForFolder = location.toString().back() == u'/';
+  return asksForFolder && kind != PathKind::isFolder ? PathKind::notFound : kind;
+}
+
+bool ReadSession::Store::maybeLink(AbsoluteIRI const& location) {
+  Entry const entry = findEntry(location);
+  return entry.reading == nullptr || entry.index == EntryTable::npos || entry.reading->entries.maybeLink(entry.index);
+}
+
+ReadSession::Store::Entry ReadSession::Store::findEntry(AbsoluteIRI const& location) {
+  constexpr Entry unknown{nullptr, EntryTable::npos};
+  std::u16string_view const key = keyOf(location);
+  std::size_t const nameStart = iri_text::lastElement(key);
+  if (nameStart + location.encodedPath().size() <= location.toString().size())
+    return unknown;  // no element in the path
+  name_.clear();
+  iri_text::appendDecodedBytes(name_, key.substr(nameStart));
+  if (name_.empty() || name_ == "." || name_ == "..") return unknown;
+
+  std::u16string_view const folderKey = key.substr(0, nameStart - 1);
+  if (lastAsked_ == nullptr || keyOf(lastAsked_->location) != folderKey || !name_.starts_with(lastAsked_->prefix)) {
+    lastAsked_ = find(folderKey, name_).get();
+    if (lastAsked_ == nullptr) return unknown;
+  }
+  std::size_t const index = lastAsked_->entries.find(name_, lastAsked_->nextAsked);
+  if (index != EntryTable::npos) lastAsked_->nextAsked = index + 1;
+  return {lastAsked_, index};
+}
+
+void ReadSession::Store::scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix) {
+  if (!scan_ || !scan_->reaches(location, prefix)) scan_.emplace(location, std::string(prefix));
+  scan_->advance(provider, location, [this](std::shared_ptr<FolderReading> reading) { remember(std::move(reading)); });
+}
+
+void ReadSession::Store::remember(std::shared_ptr<FolderReading> reading) {
+  reading->entries.shrink();
+  activity.folders.fetch_add(1, std::memory_order_relaxed);
+  activity.entries.fetch_add(reading->entries.size(), std::memory_order_relaxed);
+  makeRoom(memoryOf(*reading));
+  std::u16string_view const key = keyOf(reading->location);
+  readings_.emplace(key, std::move(reading));
+}
+
+void ReadSession::Store::makeRoom(std::size_t bytes) {
+  if (memory_ + bytes > memoryBound_) {
+    readings_.clear();
+    kinds_.clear();
+    memory_ = 0;
+    lastAsked_ = nullptr;
+  }
+  memory_ += bytes;
+}
+
+}  // namespace foundation::storage::vfs

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "foundation/storage/vfs/exception.hpp"
+#include "foundation/storage/vfs/folder_reading.hpp"
+#include "foundation/storage/vfs/read_session.hpp"
+#include "foundation/storage/vfs/subtree_scan.hpp"
+
+namespace foundation::storage::vfs {
+
+/// What a read session remembers: one reading for each folder, the failure of each that could not be read, and the
+/// answers about locations whose folder wasn't read. Used by the session's thread alone, but for `activity`.
+class ReadSession::Store {
+ public:
+  explicit Store(std::size_t memoryBound) noexcept : memoryBound_(memoryBound) {}
+
+  /// The reading of the folder, which holds at least the entries whose names begin with `prefix`. Throws what reading
+  /// it threw, also when that was earlier in the session.
+  std::shared_ptr<FolderReading> reading(Provider& provider, AbsoluteIRI const& location, std::string_view prefix);
+
+  /// What stands at the location.
+  PathKind kind(Provider& provider, AbsoluteIRI const& location);
+
+  /// Whether the entry at the location is, or may be, a link: true unless a reading says that it isn't.
+  bool maybeLink(AbsoluteIRI const& location);
+
+  Activity activity;
+  std::vector<Exception> failedListings;
+
+ private:
+  std::shared_ptr<FolderReading> find(std::u16string_view key, std::string_view prefix) const;
+
+  // The entry at the location in a reading of the folder above it: null where that isn't read or the location ends in
+  // no name; the index is `EntryTable::npos` where the folder has no such entry.
+  struct Entry {
+    FolderReading* reading;
+    std::size_t index;
+  };
+  Entry findEntry(AbsoluteIRI const& location);
+  void scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix);
+  void remember(std::shared_ptr<FolderReading> reading);
+  void makeRoom(std::size_t bytes);
+
+  // Keys are the written forms of locations without a final "/", as a folder is one however its location ends. The
+  // readings own theirs.
+  std::unordered_multimap<std::u16string_view, std::shared_ptr<FolderReading>> readings_;
+  std::unordered_map<std::u16string, Exception> failures_;
+  std::unordered_map<std::u16string, PathKind> kinds_;
+  std::optional<SubtreeScan> scan_;
+  std::size_t const memoryBound_;
+  std::size_t memory_ = 0;
+
+  FolderReading* lastAsked_ = nullptr;  // the walk asks about many entries of one folder in turn
+  std::string name_;                    // of the entry asked about; kept for its capacity
+};
+
+}  // namespace foundation::storage::vfs

@@ -1,0 +1,93 @@
+#include "foundation/storage/vfs/storage_system.hpp"
+
+#include <map>
+#include <mutex>
+#include <utility>
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include "foundation/core/text/bytes.hpp"
+#include "foundation/storage/file/file_provider.hpp"
+#include "foundation/storage/vfs/exception.hpp"
+
+namespace foundation::storage::vfs {
+namespace {
+
+struct Registry {
+  std::mutex mutex;
+  std::map<std::u16string, std::shared_ptr<Provider>, std::less<>> providers;
+};
+
+// Never destroyed: a provider may still be asked while the process ends.
+Registry& registry() {
+  static auto& instance = *new Registry;
+  return instance;
+}
+
+std::shared_ptr<Provider> const& fileProvider() {
+  static auto const& instance = *new std::shared_ptr<Provider>(std::make_shared<FileProvider>());
+  return instance;
+}
+
+// The folder that this library was loaded from, with its "/".
+std::string ownFolder() {
+  Dl_info info = {};
+  if (::dladdr(reinterpret_cast<void const*>(&fileProvider), &info) == 0 || info.dli_fname == nullptr) return {};
+  std::string const file = info.dli_fname;
+  return file.substr(0, file.rfind('/') + 1);
+}
+
+// The scheme's grammar leaves no "/" in it, so the module's name stays in the library's folder.
+std::shared_ptr<Provider> loadModule(std::u16string_view scheme) {
+  std::u16string const name(scheme);
+  std::string const file = ownFolder() + "korvan-storage-" + core::text::toBytesLossy(name) + ".so";
+  if (::access(file.c_str(), F_OK) != 0) {
+    throw UnsupportedIRISchemeException(name, "no storage provider serves this scheme");
+  }
+  void* const module = ::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+  void* const symbol = module == nullptr ? nullptr : ::dlsym(module, "korvanStorageProvider");
+  if (symbol == nullptr) {
+    char const* const problem = ::dlerror();
+    throw UnsupportedIRISchemeException(name, problem == nullptr ? "its provider can't be loaded" : problem);
+  }
+  return std::shared_ptr<Provider>(reinterpret_cast<MakeProvider>(symbol)());
+}
+
+}  // namespace
+
+StorageSystem& StorageSystem::instance() {
+  static StorageSystem system;
+  return system;
+}
+
+std::shared_ptr<Provider> StorageSystem::provider(std::u16string_view scheme) {
+  if (scheme == u"file") return fileProvider();
+  Registry& known = registry();
+  std::lock_guard const lock(known.mutex);
+  auto found = known.providers.find(scheme);
+  if (found == known.providers.end()) {
+    found = known.providers.emplace(std::u16string(scheme), loadModule(scheme)).first;
+  }
+  return found->second;
+}
+
+void StorageSystem::registerProvider(std::u16string const& scheme, std::shared_ptr<Provider> provider) {
+  Registry& known = registry();
+  std::lock_guard const lock(known.mutex);
+  if (provider) {
+    known.providers.insert_or_assign(scheme, std::move(provider));
+  } else {
+    known.providers.erase(scheme);
+  }
+}
+
+}  // namespace foundation::storage::vfs
+
+namespace Quindarel::KorvanStorageSystem {
+
+foundation::storage::vfs::StorageSystemReference GetStorageSystemReference() {
+  return foundation::storage::vfs::StorageSystemReference(foundation::storage::vfs::StorageSystem::instance());
+}
+
+}  // namespace Quindarel::KorvanStorageSystem

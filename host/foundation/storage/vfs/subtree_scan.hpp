@@ -1,0 +1,53 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "foundation/storage/vfs/folder_reading.hpp"
+
+namespace foundation::storage::vfs {
+
+/// Reads many small folders of a flat store with few requests. One page of keys below a root holds, in key order, whole
+/// sub-folders one after the other: each that begins and ends within what was read without a gap is known as if it had
+/// been listed. A descent asks for folders nearly in key order, so pages follow one another; where it skips some, the
+/// scan skips them too. Internal to the session.
+class SubtreeScan {
+ public:
+  using Receive = std::function<void(std::shared_ptr<FolderReading>)>;
+
+  /// A scan of what stands below `root` and begins with `prefix`. Makes no request.
+  SubtreeScan(AbsoluteIRI root, std::string prefix);
+
+  /// Whether the location is a folder below the root that the scan can reach (or the root, for the same prefix).
+  bool reaches(AbsoluteIRI const& location, std::string_view prefix) const;
+
+  /// Reads one page, so placed that it helps most to know `folder`, which the scan reaches: one request. Hands over
+  /// each folder that is now known whole, sorted. Throws as `Provider::subtree` does; the scan then begins anew at the
+  /// next call.
+  void advance(Provider& provider, AbsoluteIRI const& folder, Receive const& receive);
+
+  /// Whether the last page made the folder that it was read for known.
+  bool lastPageHelped = true;
+
+ private:
+  struct OpenFolder {
+    std::string path;                        // below the root, ending in "/"; empty for the root
+    std::shared_ptr<FolderReading> reading;  // null where keys before the first one read may be missing
+  };
+
+  std::string pathBelowRoot(AbsoluteIRI const& folder) const;
+  void beginAt(std::string const& path);
+  void open(std::string path, bool whole);
+  void add(std::string_view path, Receive const& receive);
+  void closeUntil(std::string_view path, Receive const& receive);
+
+  AbsoluteIRI root_;
+  std::string prefix_;
+  std::string position_;  // the last path read; the next page begins after it
+  std::vector<OpenFolder> open_;
+};
+
+}  // namespace foundation::storage::vfs
