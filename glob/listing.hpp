@@ -1,0 +1,28 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "foundation/storage/vfs/folder.hpp"
+#include "path/path.hpp"
+
+namespace korvan::io::internal {
+
+/// Matches one pattern segment in one folder: the matches as paths relative to the folder, in order.
+using SegmentMatcher =
+    std::function<std::vector<Path>(Path const& segment, Path const& folder, bool foldersOnly, bool includeDotFiles)>;
+
+/// The entries of the folder whose names match the filter ("*" is any run of characters), each as a local path of its
+/// one name, in the listing's order; sub-folders only with `foldersOnly`. Names that begin with "." only with
+/// `includeDotFiles` or when the filter does. Empty when the storage layer can't list the folder, wherever the error
+/// comes. Throws `Quindarel::System::InterruptException` when an interrupt is pending after an entry. One listing.
+std::vector<Path> listFolderEntries(foundation::storage::vfs::Folder const& folder, std::u16string const& filter,
+                                    bool foldersOnly, bool includeDotFiles);
+
+/// The `SegmentMatcher` of a segment with "*" in it that isn't "**": the entries of the folder that the segment matches
+/// as a filter. Throws what `Path::toIRI` and the folder's handle throw, for a folder that can't be addressed. One
+/// listing.
+std::vector<Path> matchWildcardSegment(Path const& segment, Path const& folder, bool foldersOnly, bool includeDotFiles);
+
+}  // namespace korvan::io::internal
