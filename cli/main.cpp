@@ -55,6 +55,12 @@ std::size_t write(Output& output, Quindarel::String::StringArray const& matches,
   return count;
 }
 
+/// The error's message, and behind it what the system or the store said.
+std::u16string withReason(Quindarel::InterpreterError const& error) {
+  if (error.reason().empty()) return error.message();
+  return error.message() + u" (" + foundation::core::text::fromBytes(error.reason()) + u")";
+}
+
 /// Searches one pattern and writes its matches when the call has ended. An error of the search is told, for its pattern
 /// only.
 Status searchOne(SearchLibrary const& library, vfs::ReadSession const& session, std::u16string const& pattern,
@@ -67,7 +73,7 @@ Status searchOne(SearchLibrary const& library, vfs::ReadSession const& session, 
     throw EndedBySignal{SIGINT};
   } catch (...) {
     Quindarel::InterpreterError const error = Quindarel::currentInterpreterError();
-    tell(error.message(), error.identifier());
+    tell(withReason(error), error.identifier());
     return failed;
   }
   return write(output, Quindarel::String::getString(matches), end) == 0 ? noMatch : matched;

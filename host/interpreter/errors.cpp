@@ -3,8 +3,10 @@
 #include <new>
 #include <utility>
 
+#include "fl/filesystem/exception.hpp"
 #include "foundation/core/except/msg_id_exception.hpp"
 #include "foundation/core/text/bytes.hpp"
+#include "foundation/storage/vfs/exception.hpp"
 #include "interpreter/dispatcher.hpp"
 #include "interrupt/interrupt_exception.hpp"
 
@@ -23,19 +25,35 @@ class HostMessage : public resource_core::BaseMsgID {
 
 using HostException = foundation::core::except::Exception<HostMessage, std::exception, void>;
 
-InterpreterError errorOf(foundation::core::except::IUserException const& error) {
+InterpreterError errorOf(foundation::core::except::IUserException const& error, std::string reason = {}) {
   auto const* withID = dynamic_cast<foundation::core::except::IMsgIDException const*>(&error);
-  return {error.GetID(), error.GetUnicodeMessageTxt(),
-          withID ? std::optional(withID->GetBaseMsgIDObj()) : std::nullopt};
+  return {error.GetID(), error.GetUnicodeMessageTxt(), withID ? std::optional(withID->GetBaseMsgIDObj()) : std::nullopt,
+          std::move(reason)};
+}
+
+/// What the host's storage said in the exception that is being handled; empty when none of its own is. A builtin
+/// reports such a failure from its handler, by a message that has no place for the reason.
+std::string reasonInHand() {
+  if (!std::current_exception()) return {};
+  try {
+    throw;
+  } catch (foundation::storage::vfs::Exception const& failure) {
+    return failure.reason();
+  } catch (fl::filesystem::FsysExceptionBase const& failure) {
+    return failure.reason();
+  } catch (...) {
+    return {};
+  }
 }
 
 }  // namespace
 
 InterpreterError::InterpreterError(std::string identifier, std::u16string message,
-                                   std::optional<resource_core::BaseMsgID> id)
+                                   std::optional<resource_core::BaseMsgID> id, std::string reason)
     : identifier_(std::move(identifier)),
       message_(std::move(message)),
       id_(std::move(id)),
+      reason_(std::move(reason)),
       what_(foundation::core::text::toBytesLossy(message_)) {}
 
 InterpreterError::~InterpreterError() noexcept = default;
@@ -77,7 +95,7 @@ void error_maxlhs() {
 }
 
 void do_legacy_vx_error(foundation::core::except::IUserException const& error) {
-  throw Quindarel::errorOf(error);
+  throw Quindarel::errorOf(error, Quindarel::reasonInHand());
 }
 
 }  // namespace matrix::detail

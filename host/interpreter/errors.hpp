@@ -12,7 +12,8 @@ namespace Quindarel {
 /// The error that ends a builtin's call, as the interpreter's user is told it.
 class KORVAN_HOST_EXPORT InterpreterError : public std::exception {
  public:
-  InterpreterError(std::string identifier, std::u16string message, std::optional<resource_core::BaseMsgID> id);
+  InterpreterError(std::string identifier, std::u16string message, std::optional<resource_core::BaseMsgID> id,
+                   std::string reason = {});
   ~InterpreterError() noexcept override;
 
   /// The error identifier: elements with ":" between.
@@ -24,6 +25,10 @@ class KORVAN_HOST_EXPORT InterpreterError : public std::exception {
   /// The message ID that the message was made from, where there was one.
   std::optional<resource_core::BaseMsgID> const& messageID() const noexcept { return id_; }
 
+  /// What the system or the store said, as UTF-8: "Permission denied". Empty unless the error was reported while an
+  /// exception of the host's storage layer or local path library was being handled.
+  std::string const& reason() const noexcept { return reason_; }
+
   /// The message as UTF-8.
   char const* what() const noexcept override { return what_.c_str(); }
 
@@ -31,6 +36,7 @@ class KORVAN_HOST_EXPORT InterpreterError : public std::exception {
   std::string identifier_;
   std::u16string message_;
   std::optional<resource_core::BaseMsgID> id_;
+  std::string reason_;
   std::string what_;
 };
 
@@ -56,7 +62,7 @@ KORVAN_HOST_EXPORT void error_maxrhs();
 KORVAN_HOST_EXPORT void error_maxlhs();
 
 /// Ends the call with the identifier, the message and, where it has one, the message ID of `error`, all of which are
-/// copied.
+/// copied, and with the reason of the exception that is being handled, where the host's storage has thrown it.
 KORVAN_HOST_EXPORT void do_legacy_vx_error(foundation::core::except::IUserException const& error);
 
 }  // namespace matrix::detail
