@@ -4,7 +4,7 @@
 #include <fstream>
 #include <stdexcept>
 
-namespace korvan::tests {
+namespace korvan::test {
 
 std::string environmentVariable(char const* name) {
   char const* const value = std::getenv(name);
@@ -28,4 +28,4 @@ void useTestStore() {
   static_cast<void>(used);
 }
 
-}  // namespace korvan::tests
+}  // namespace korvan::test
