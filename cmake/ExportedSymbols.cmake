@@ -2,8 +2,8 @@
 # attributes alone let the standard library's template instantiations through.
 function(korvan_limit_exports target list)
   file(STRINGS "${list}" symbols REGEX "^[^#]")
-  list(TRANSFORM symbols REPLACE "(.+)" "    \"\\1\";")
-  list(JOIN symbols "\n" symbols)
+  list(TRANSFORM symbols REPLACE "(.+)" "    \"\\1\"")
+  string(REPLACE "\";" "\";\n" symbols "${symbols};\n")
   set(script "${CMAKE_CURRENT_BINARY_DIR}/${target}.map")
   file(CONFIGURE OUTPUT "${script}" CONTENT "{\n  global:\n  extern \"C++\" {\n@symbols@\n  };\n  local: *;\n};\n" @ONLY)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${list}")
