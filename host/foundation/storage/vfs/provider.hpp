@@ -25,8 +25,11 @@ struct SubtreePage {
   /// Paths below the folder, elements joined by "/", as bytes. A text that ends in "/" says that this folder exists,
   /// and no more.
   std::vector<std::string> paths;
-  /// Whether nothing follows. Otherwise the next page begins after the last path of this one.
+  /// Whether nothing follows.
   bool last = true;
+  /// What the next page begins after, where that is past the last path, as a store may hold keys that no path can name. Empty: the last
+  /// path.
+  std::string position;
 };
 
 /// Serves the IRIs of one scheme. Think of it as remote: each operation says how many requests it makes, the layer

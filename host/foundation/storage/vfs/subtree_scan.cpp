@@ -63,7 +63,10 @@ void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, Receive
   bool const nothing =
       page.paths.empty() && !underWay;  // a folder without entries, or no folder at all: this page can't tell which
   for (std::string const& path : page.paths) add(path, note);
-  if (!page.paths.empty()) position_ = page.paths.back();
+  if (!page.position.empty())
+    position_ = page.position;
+  else if (!page.paths.empty())
+    position_ = page.paths.back();
   if (page.last) {
     if (!nothing) closeUntil({}, note);
     open_.clear();

@@ -1,0 +1,251 @@
+#include "foundation/storage/s3/curl_transport.hpp"
+
+#include <algorithm>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <curl/curl.h>
+
+#include "foundation/storage/vfs/read_session.hpp"
+#include "interrupt/interrupt_exception.hpp"
+#include "interrupt/interrupt_state.hpp"
+
+namespace foundation::storage::s3 {
+namespace {
+
+constexpr std::size_t longestAnswer = std::size_t{32} << 20;
+constexpr long connectMilliseconds = 5000;
+constexpr long silenceSeconds = 10;
+constexpr int pollMilliseconds = 40;  // an interrupt must be seen within 50
+
+struct CloseEasy {
+  void operator()(CURL* handle) const noexcept { curl_easy_cleanup(handle); }
+};
+struct CloseMulti {
+  void operator()(CURLM* handle) const noexcept { curl_multi_cleanup(handle); }
+};
+struct FreeList {
+  void operator()(curl_slist* list) const noexcept { curl_slist_free_all(list); }
+};
+using HeaderList = std::unique_ptr<curl_slist, FreeList>;
+
+/// A handle for requests and the connections it keeps. Used by one thread at a time.
+struct Connection {
+  std::unique_ptr<CURLM, CloseMulti> multi{curl_multi_init()};
+  std::unique_ptr<CURL, CloseEasy> easy{curl_easy_init()};
+};
+
+/// The idle connections of the process.
+class ConnectionPool {
+ public:
+  static ConnectionPool& instance() {
+    // libcurl first, so that the pool's connections are closed before the TLS library clears itself away at exit.
+    static CURLcode const started = curl_global_init(CURL_GLOBAL_DEFAULT);
+    static ConnectionPool pool;
+    if (started != CURLE_OK) throw std::bad_alloc();
+    return pool;
+  }
+
+  std::unique_ptr<Connection> take() {
+    {
+      std::lock_guard const lock(mutex_);
+      if (!idle_.empty()) {
+        auto connection = std::move(idle_.back());
+        idle_.pop_back();
+        return connection;
+      }
+    }
+    auto connection = std::make_unique<Connection>();
+    if (!connection->multi || !connection->easy) throw std::bad_alloc();
+    return connection;
+  }
+
+  void giveBack(std::unique_ptr<Connection> connection) {
+    std::lock_guard const lock(mutex_);
+    idle_.push_back(std::move(connection));
+  }
+
+ private:
+  std::mutex mutex_;
+  std::vector<std::unique_ptr<Connection>> idle_;
+};
+
+/// A request under way on a connection, and what has come of its answer.
+class Transfer {
+ public:
+  explicit Transfer(Connection& connection) : connection_(connection) {
+    curl_easy_reset(easy());
+    set(CURLOPT_WRITEFUNCTION, &Transfer::onBody);
+    set(CURLOPT_WRITEDATA, this);
+    set(CURLOPT_HEADERFUNCTION, &Transfer::onHeader);
+    set(CURLOPT_HEADERDATA, this);
+    set(CURLOPT_ERRORBUFFER, error_);
+  }
+
+  ~Transfer() {
+    // Leaves a look-up of the host's name to itself, which can't be interrupted.
+    if (under_) set(CURLOPT_QUICK_EXIT, 1L);
+    curl_multi_remove_handle(connection_.multi.get(), easy());
+    curl_easy_reset(easy());
+  }
+
+  Transfer(Transfer const&) = delete;
+  Transfer& operator=(Transfer const&) = delete;
+
+  template <class Value>
+  void set(CURLoption option, Value value) {
+    curl_easy_setopt(easy(), option, value);
+  }
+
+  /// Runs to the end of the answer, looking for an interrupt all the while.
+  CURLcode run() {
+    under_ = true;
+    if (curl_multi_add_handle(connection_.multi.get(), easy()) != CURLM_OK) return CURLE_FAILED_INIT;
+    for (int running = 1;;) {
+      if (utIsInterruptPending()) throw Quindarel::System::InterruptException();
+      if (curl_multi_perform(connection_.multi.get(), &running) != CURLM_OK) return CURLE_FAILED_INIT;
+      if (running == 0) break;
+      curl_multi_poll(connection_.multi.get(), nullptr, 0, pollMilliseconds, nullptr);
+    }
+    under_ = false;
+    int left = 0;
+    CURLMsg const* const message = curl_multi_info_read(connection_.multi.get(), &left);
+    return message != nullptr && message->msg == CURLMSG_DONE ? message->data.result : CURLE_FAILED_INIT;
+  }
+
+  Answer takeAnswer() {
+    curl_easy_getinfo(easy(), CURLINFO_RESPONSE_CODE, &answer_.status);
+    curl_off_t seconds = 0;
+    if (curl_easy_getinfo(easy(), CURLINFO_RETRY_AFTER, &seconds) == CURLE_OK && seconds > 0)
+      answer_.retryAfter = std::chrono::seconds(seconds);
+    return std::move(answer_);
+  }
+
+  std::string reason(CURLcode code) const {
+    if (tooLong_) return "the answer is longer than any answer should be";
+    return error_[0] != '\0' ? error_ : curl_easy_strerror(code);
+  }
+
+  bool connected() const {
+    char* address = nullptr;
+    return curl_easy_getinfo(easy(), CURLINFO_PRIMARY_IP, &address) == CURLE_OK && address != nullptr &&
+           *address != '\0';
+  }
+
+  std::size_t received() const noexcept { return received_; }
+
+ private:
+  CURL* easy() const noexcept { return connection_.easy.get(); }
+
+  static std::size_t onBody(char* data, std::size_t size, std::size_t count, void* self) {
+    auto& transfer = *static_cast<Transfer*>(self);
+    std::size_t const length = size * count;
+    transfer.received_ += length;
+    transfer.tooLong_ = transfer.received_ > longestAnswer;
+    if (transfer.tooLong_) return 0;
+    transfer.answer_.body.append(data, length);
+    return length;
+  }
+
+  static std::size_t onHeader(char* data, std::size_t size, std::size_t count, void* self) {
+    static_cast<Transfer*>(self)->noteHeader(std::string_view(data, size * count));
+    return size * count;
+  }
+
+  void noteHeader(std::string_view line) {
+    auto const colon = line.find(':');
+    if (colon == std::string_view::npos) return;
+    std::string name(line.substr(0, colon));
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    auto const first = line.find_first_not_of(" \t", colon + 1);
+    auto const last = line.find_last_not_of(" \t\r\n");
+    if (first == std::string_view::npos || last < first) return;
+    std::string_view const value = line.substr(first, last + 1 - first);
+    if (name == "x-amz-request-id" || (name == "x-trans-id" && answer_.requestId.empty()))
+      answer_.requestId = value;
+    else if (name == "x-amz-bucket-region")
+      answer_.region = value;
+  }
+
+  Connection& connection_;
+  Answer answer_;
+  std::size_t received_ = 0;
+  bool under_ = false;
+  bool tooLong_ = false;
+  char error_[CURL_ERROR_SIZE] = "";
+};
+
+Failure::Kind kindOf(CURLcode code, bool connected) {
+  switch (code) {
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_COULDNT_RESOLVE_PROXY:
+    case CURLE_COULDNT_CONNECT:
+      return Failure::Kind::unreachable;
+    case CURLE_OPERATION_TIMEDOUT:
+      return connected ? Failure::Kind::lost : Failure::Kind::unreachable;
+    case CURLE_PARTIAL_FILE:
+    case CURLE_GOT_NOTHING:
+    case CURLE_SEND_ERROR:
+    case CURLE_RECV_ERROR:
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_HTTP2:
+    case CURLE_HTTP2_STREAM:
+      return Failure::Kind::lost;
+    default:
+      return Failure::Kind::lasting;
+  }
+}
+
+}  // namespace
+
+CurlTransport::CurlTransport(Configuration const& configuration)
+    : configuration_(configuration), signing_("aws:amz:" + configuration.region + ":s3") {}
+
+Outcome CurlTransport::get(std::string const& url, std::chrono::milliseconds limit) {
+  ConnectionPool& pool = ConnectionPool::instance();
+  std::unique_ptr<Connection> connection = pool.take();
+  HeaderList headers;
+  Outcome outcome;
+  {
+    Transfer transfer(*connection);
+    transfer.set(CURLOPT_URL, url.c_str());
+    transfer.set(CURLOPT_PATH_AS_IS, 1L);
+    transfer.set(CURLOPT_PROTOCOLS_STR, "http,https");
+    transfer.set(CURLOPT_USERAGENT, "korvan-storage-s3");
+    transfer.set(CURLOPT_NOSIGNAL, 1L);
+    transfer.set(CURLOPT_SSL_VERIFYPEER, 1L);
+    transfer.set(CURLOPT_SSL_VERIFYHOST, 2L);
+    if (!configuration_.caBundle.empty()) transfer.set(CURLOPT_CAINFO, configuration_.caBundle.c_str());
+    transfer.set(CURLOPT_TIMEOUT_MS, std::max(1L, static_cast<long>(limit.count())));
+    transfer.set(CURLOPT_CONNECTTIMEOUT_MS, connectMilliseconds);
+    transfer.set(CURLOPT_LOW_SPEED_LIMIT, 1L);
+    transfer.set(CURLOPT_LOW_SPEED_TIME, silenceSeconds);
+    if (configuration_.credentials) {
+      Credentials const& credentials = *configuration_.credentials;
+      transfer.set(CURLOPT_AWS_SIGV4, signing_.c_str());
+      transfer.set(CURLOPT_USERNAME, credentials.accessKey.c_str());
+      transfer.set(CURLOPT_PASSWORD, credentials.secret.c_str());
+      // The hash of the empty body, which libcurl signs but doesn't send.
+      headers.reset(curl_slist_append(
+          nullptr, "x-amz-content-sha256: e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"));
+      if (!credentials.sessionToken.empty())
+        curl_slist_append(headers.get(), ("x-amz-security-token: " + credentials.sessionToken).c_str());
+      transfer.set(CURLOPT_HTTPHEADER, headers.get());
+    }
+    CURLcode const code = transfer.run();
+    vfs::countRequest(transfer.received());
+    if (code == CURLE_OK)
+      outcome = transfer.takeAnswer();
+    else
+      outcome = Failure{kindOf(code, transfer.connected()), transfer.reason(code)};
+  }
+  pool.giveBack(std::move(connection));
+  return outcome;
+}
+
+}  // namespace foundation::storage::s3

@@ -1,0 +1,69 @@
+#include "foundation/storage/s3/profile_file.hpp"
+
+namespace foundation::storage::s3 {
+namespace {
+
+constexpr std::string_view blanks = " \t\r";
+
+std::string_view trimmed(std::string_view text) {
+  auto const first = text.find_first_not_of(blanks);
+  return first == std::string_view::npos ? std::string_view()
+                                         : text.substr(first, text.find_last_not_of(blanks) + 1 - first);
+}
+
+std::string lowerCase(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return lower;
+}
+
+std::string sectionName(std::string_view inBrackets) {
+  std::string name;
+  bool gap = false;
+  for (char const c : trimmed(inBrackets)) {
+    if (c == '"' || c == '\'') continue;
+    if (blanks.find(c) != std::string_view::npos) {
+      gap = true;
+      continue;
+    }
+    if (gap) name += ' ';
+    gap = false;
+    name += c;
+  }
+  return name;
+}
+
+}  // namespace
+
+ProfileFile parseProfileFile(std::string_view text) {
+  ProfileFile file;
+  ProfileSection* section = nullptr;
+  std::string outer;  // the last setting that wasn't indented
+  while (!text.empty()) {
+    auto const end = text.find('\n');
+    std::string_view const whole = text.substr(0, end);
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+
+    std::string_view const line = trimmed(whole);
+    if (line.empty() || line.front() == '#' || line.front() == ';') continue;
+    bool const indented = whole.front() == ' ' || whole.front() == '\t';
+    if (!indented && line.front() == '[') {
+      auto const close = line.find(']');
+      section = close == std::string_view::npos ? nullptr : &file[sectionName(line.substr(1, close - 1))];
+      outer.clear();
+      continue;
+    }
+    auto const equals = line.find('=');
+    if (section == nullptr || equals == std::string_view::npos) continue;
+    std::string name = lowerCase(trimmed(line.substr(0, equals)));
+    if (indented && !outer.empty())
+      name.insert(0, outer + '.');
+    else
+      outer = name;
+    (*section)[std::move(name)] = trimmed(line.substr(equals + 1));
+  }
+  return file;
+}
+
+}  // namespace foundation::storage::s3

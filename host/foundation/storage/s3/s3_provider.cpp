@@ -1,0 +1,131 @@
+#include "foundation/storage/s3/s3_provider.hpp"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "foundation/storage/s3/place.hpp"
+#include "foundation/storage/vfs/exception.hpp"
+
+namespace foundation::storage::s3 {
+namespace {
+
+// Enough for the names that usually sort between "key" and "key/", such as "key.txt" and "key-1".
+constexpr unsigned namesAroundKey = 100;
+
+bool contains(std::vector<std::string> const& names, std::string const& name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// Whether a page of the names that begin with a key reaches past the place where the folder of that key would stand.
+bool tellsOfFolder(ListPage const& page, std::string const& folderPrefix) {
+  auto const past = [&](std::string const& name) { return name > folderPrefix; };
+  return !page.truncated || std::any_of(page.keys.begin(), page.keys.end(), past) ||
+         std::any_of(page.commonPrefixes.begin(), page.commonPrefixes.end(), past);
+}
+
+// Whether anything begins with the prefix; for an empty one whether the bucket is there, which the store tells by an
+// answer at all.
+bool standsBelow(Store& store, std::string const& bucket, std::string const& prefix, vfs::AbsoluteIRI const& location) {
+  PageCheck check(prefix, false);
+  ListPage const page = store.list({.bucket = bucket, .prefix = prefix, .maximumKeys = 1}, check, location);
+  return prefix.empty() || !page.keys.empty();
+}
+
+vfs::PathKind kindOf(Store& store, Place const& place, vfs::AbsoluteIRI const& location) {
+  auto const folderOr = [&](vfs::PathKind otherwise) {
+    return standsBelow(store, place.bucket, place.folderPrefix(), location) ? vfs::PathKind::isFolder : otherwise;
+  };
+  if (place.folderOnly || place.key.empty()) return folderOr(vfs::PathKind::notFound);
+
+  PageCheck check(place.key, true);
+  ListPage const page = store.list(
+      {.bucket = place.bucket, .prefix = place.key, .delimited = true, .maximumKeys = namesAroundKey}, check, location);
+  if (contains(page.commonPrefixes, place.folderPrefix())) return vfs::PathKind::isFolder;
+  auto const otherwise = contains(page.keys, place.key) ? vfs::PathKind::isFile : vfs::PathKind::notFound;
+  return tellsOfFolder(page, place.folderPrefix()) ? otherwise : folderOr(otherwise);
+}
+
+}  // namespace
+
+Provider::Provider(MakeStore makeStore) : makeStore_(std::move(makeStore)) {}
+
+Store& Provider::store(vfs::AbsoluteIRI const& location) {
+  std::lock_guard const lock(mutex_);
+  try {
+    if (!store_) store_ = makeStore_();
+  } catch (ConfigurationError const& error) {
+    throw vfs::Exception(vfs::ErrorCode::other, location, error.what());
+  }
+  return *store_;
+}
+
+vfs::PathKind Provider::kind(vfs::AbsoluteIRI const& location) {
+  Place const place = placeOf(location);
+  if (!place.possible()) return vfs::PathKind::notFound;
+  try {
+    return kindOf(store(location), place, location);
+  } catch (vfs::Exception const& error) {
+    if (error.getErrorCode() == static_cast<int>(vfs::ErrorCode::nothingThere)) return vfs::PathKind::notFound;
+    throw;
+  }
+}
+
+void Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntryTable& entries) {
+  Place const place = placeOf(folder);
+  bool found = place.possible() && (place.key.empty() || !namePrefix.empty());
+  if (place.possible()) {
+    std::string const folderPrefix = place.folderPrefix();
+    ListRequest request{.bucket = place.bucket, .prefix = folderPrefix + std::string(namePrefix), .delimited = true};
+    PageCheck check(request.prefix, true);
+    for (bool more = true; more;) {
+      ListPage page = store(folder).list(request, check, folder);
+      found = found || !page.keys.empty() || !page.commonPrefixes.empty();
+      auto const add = [&](std::string_view name, vfs::EntryKind kind) {
+        if (nameablePart(name) == name) entries.add(name, kind);
+      };
+      for (std::string_view const key : page.keys) add(key.substr(folderPrefix.size()), vfs::EntryKind::file);
+      for (std::string_view prefix : page.commonPrefixes) {
+        prefix.remove_prefix(folderPrefix.size());
+        prefix.remove_suffix(1);
+        add(prefix, vfs::EntryKind::folder);
+      }
+      more = page.truncated;
+      request.continuationToken = std::move(page.continuationToken);
+    }
+  }
+  if (!found) throw vfs::Exception(vfs::ErrorCode::nothingThere, folder, "there is no such folder");
+}
+
+vfs::SubtreePage Provider::subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after) {
+  vfs::SubtreePage result;
+  Place const place = placeOf(folder);
+  if (!place.possible()) return result;
+  std::string const folderPrefix = place.folderPrefix();
+  ListRequest request{.bucket = place.bucket, .prefix = folderPrefix + std::string(prefix)};
+  if (!after.empty()) request.startAfter = folderPrefix + std::string(after);
+  PageCheck check(request.prefix, false, request.startAfter);
+  ListPage page;
+  try {
+    page = store(folder).list(request, check, folder);
+  } catch (vfs::Exception const& error) {
+    if (error.getErrorCode() == static_cast<int>(vfs::ErrorCode::nothingThere)) return result;
+    throw;
+  }
+  if (!std::is_sorted(page.keys.begin(), page.keys.end()))
+    throw vfs::Exception(vfs::ErrorCode::other, folder, "the store doesn't list its keys in order");
+  std::string_view reached = after;
+  for (std::string_view key : page.keys) {
+    key.remove_prefix(folderPrefix.size());
+    std::string_view const part = nameablePart(key);
+    // Of a key that can't be named, the folder that holds it is told, unless a path in it was.
+    bool const tells = part.size() == key.size() || (part > reached && part.starts_with(prefix));
+    if (tells && !part.empty()) result.paths.emplace_back(part);
+    if (tells) reached = part;
+  }
+  result.last = !page.truncated;
+  if (!page.keys.empty()) result.position = page.keys.back().substr(folderPrefix.size());
+  return result;
+}
+
+}  // namespace foundation::storage::s3
