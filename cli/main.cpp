@@ -55,10 +55,11 @@ std::size_t write(Output& output, Quindarel::String::StringArray const& matches,
   return count;
 }
 
-/// The error's message, and behind it what the system or the store said.
+/// The error's message, and behind it what the system or the store said, unless the message says so itself.
 std::u16string withReason(Quindarel::InterpreterError const& error) {
-  if (error.reason().empty()) return error.message();
-  return error.message() + u" (" + foundation::core::text::fromBytes(error.reason()) + u")";
+  std::u16string const reason = foundation::core::text::fromBytes(error.reason());
+  if (error.message().find(reason) != std::u16string::npos) return error.message();
+  return error.message() + u" (" + reason + u")";
 }
 
 /// Searches one pattern and writes its matches when the call has ended. An error of the search is told, for its pattern
