@@ -29,6 +29,10 @@ vfs::StorageSystemReference storage() {
 struct Setting {
   SubjectKind kind;
   bool session;
+
+  friend std::ostream& operator<<(std::ostream& out, Setting const& setting) {
+    return out << setting.kind << (setting.session ? "InSession" : "");
+  }
 };
 
 class Conformance : public testing::TestWithParam<Setting> {
@@ -192,7 +196,7 @@ TEST_P(Conformance, FiltersChoose) {
        {"B", "a", "a b", "a-", "a.b", "a0", "e\xcc\x81", "z", "\xc3\xa9", "\xee\x80\x80", "\xef\xbf\xae",
         "\xf0\x90\x80\x80"},
        {"a"}},
-      {"order", "\xc3*", {"\xc3\xa9"}, {}},
+      {"order", "\xc3*", {}, {}},  // half a character is none
       {"awkward", "100%*", {"100%"}, {}},
       {"awkward", "a%20*", {"a%20b"}, {}},
       {"awkward", "*\n*", {"new\nline"}, {}},
@@ -283,17 +287,11 @@ TEST_P(Conformance, NamesOfAnyBytesStayThemselves) {
   EXPECT_THAT(all("bytes", "\xff*"), testing::ElementsAre("\xff\xc3"));
 }
 
-std::string nameOf(testing::TestParamInfo<Setting> const& info) {
-  std::ostringstream name;
-  name << info.param.kind << (info.param.session ? "InSession" : "");
-  return name.str();
-}
-
 INSTANTIATE_TEST_SUITE_P(Providers, Conformance,
                          testing::Values(Setting{SubjectKind::local, false}, Setting{SubjectKind::local, true},
                                          Setting{SubjectKind::memory, false}, Setting{SubjectKind::memory, true},
                                          Setting{SubjectKind::store, false}, Setting{SubjectKind::store, true}),
-                         nameOf);
+                         testing::PrintToStringParamName());
 
 }  // namespace
 }  // namespace korvan::test
