@@ -44,10 +44,12 @@ std::filesystem::path resolved(upath const& path, Resolve resolve) {
   return result;
 }
 
+// Without a final "/", which what doesn't stand can keep.
 std::filesystem::path resolvedAsFarAsItStands(upath const& path) {
-  return resolved(absolute(path, {}), [](auto const& name, std::error_code& error) {
+  std::filesystem::path const result = resolved(absolute(path, {}), [](auto const& name, std::error_code& error) {
     return std::filesystem::weakly_canonical(name, error);
   });
+  return result.has_filename() || !result.has_relative_path() ? result : result.parent_path();
 }
 
 struct stat statusOf(upath const& path) {

@@ -45,7 +45,7 @@ NameFilter::NameFilter(std::u16string const& filter) {
     textPieces_.push_back(piece);
   }
   literalHead_ = pieces_.front();
-  all_ = pieces_.size() > 1 &&
+  all_ = !nothing_ && pieces_.size() > 1 &&
          std::all_of(pieces_.begin(), pieces_.end(), [](auto const& piece) { return piece.empty(); });
   if (!byText) textPieces_.clear();
 }
