@@ -82,10 +82,15 @@ std::vector<std::u16string> search(Request const& request, AbsoluteIRI const& cu
   }
 }
 
-matrix::detail::ArrayPtr toColumn(std::vector<std::u16string> const& texts) {
+/// The texts as an n-by-1 string array. Each is given up as soon as it is copied, so that many matches are never held
+/// twice.
+matrix::detail::ArrayPtr toColumn(std::vector<std::u16string>&& texts) {
   matrix::detail::ArrayPtr column = Quindarel::String::createStringArray(texts.size(), 1);
   Quindarel::String::StringArray& elements = Quindarel::String::getString(column);
-  for (std::size_t i = 0; i < texts.size(); ++i) elements.setText(i, texts[i]);
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    std::u16string const text = std::move(texts[i]);
+    elements.setText(i, text);
+  }
   return column;
 }
 
@@ -97,9 +102,9 @@ void glob(int nlhs, std::unique_ptr<vxArray_tag, matrix::detail::vxDestroy_delet
   Request const request = readRequest(nrhs, prhs);
   AbsoluteIRI const currentFolder = currentLocation();
   utInterruptState::ThrowIfInterruptPending();
-  std::vector<std::u16string> const matches = search(request, currentFolder);
+  std::vector<std::u16string> matches = search(request, currentFolder);
   utInterruptState::ThrowIfInterruptPending();
-  plhs[0] = toColumn(matches);
+  plhs[0] = toColumn(std::move(matches));
 }
 
 }  // namespace korvan::io::internal

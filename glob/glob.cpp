@@ -5,6 +5,7 @@
 #include "foundation/storage/vfs/absolute_iri.hpp"
 #include "glob/walk.hpp"
 #include "path/path.hpp"
+#include "path/path_access.hpp"
 #include "scl/regex/regex.hpp"
 
 namespace korvan::io::internal {
@@ -38,8 +39,9 @@ std::vector<std::u16string> glob(std::u16string const& pattern, std::u16string c
   texts.reserve(matches.size());
   for (Path& match : matches) {
     if (match.empty()) continue;
-    texts.push_back(match.string(foldersOnly));
-    match = Path();  // gives its memory to the next text: a search holds millions of them
+    // Matches can be millions: none is held twice.
+    texts.push_back(foldersOnly ? match.string(true) : PathAccess::string(std::move(match)));
+    match = Path();
   }
   return texts;
 }

@@ -39,6 +39,12 @@ bool literalMatches(Path const& pattern, Path const& root, bool foldersOnly) {
   return noName || foldersOnly ? kind == PathKind::isFolder : isThere(kind);
 }
 
+// The match put behind the folder that it was found in.
+Path joined(Path const& folder, Path const& match) {
+  std::u16string buffer;
+  return folder / PathAccess::generic(match, buffer);
+}
+
 // Appends what is below the folder, each path behind `prefix`, which leads from the first folder of the descent to this
 // one. The prefix goes down with the descent, so that each path is put together once, however deep it lies.
 void descend(std::vector<Path>& result, vfs::Folder const& folder, Path const& prefix, bool foldersOnly,
@@ -46,7 +52,7 @@ void descend(std::vector<Path>& result, vfs::Folder const& folder, Path const& p
   std::vector<Path> const entries = listFolderEntries(folder, u"*", foldersOnly, includeDotFiles);
   Path const location(folder.getLocation());
   for (Path const& entry : entries) {
-    result.push_back(prefix / entry.generic(false));
+    result.push_back(joined(prefix, entry));
     try {
       if (pathKind(entry, location) != PathKind::isFolder) continue;
       Path const below = result.back();
@@ -82,7 +88,7 @@ std::vector<Path> expandPattern(Path const& pattern, Path const& root, bool fold
   std::vector<Path> result;
   for (Path const& folder : parents) {
     for (Path const& match : matcher(segment, absolute(folder, root), foldersOnly, includeDotFiles)) {
-      result.push_back(folder / match.generic(false));
+      result.push_back(joined(folder, match));
     }
   }
   return result;

@@ -13,7 +13,7 @@ constexpr char16_t longMark = 0xFFFF;
 constexpr std::size_t longHeader = 5;
 
 constexpr std::size_t firstBlock = 256;
-constexpr std::size_t largestBlock = std::size_t{1} << 19;
+constexpr std::size_t largestBlock = std::size_t{1} << 15;  // small enough to reuse memory that the heap has back
 
 /// Below this many replaced units, giving them back is not worth a rewrite.
 constexpr std::size_t tolerated = 4096;

@@ -29,6 +29,8 @@ class basic_path {
   /// The path of a text in native form, with the flag true. The empty text gives the empty path.
   explicit basic_path(string_type const& text)
       : text_(text.empty() ? string_type() : detail::make_native_form(text, true)) {}
+  explicit basic_path(string_type&& text) noexcept
+      : text_(text.empty() ? string_type() : detail::make_native_form(std::move(text), true)) {}
 
   /// A text that is in native form already, and a flag; nothing is converted.
   basic_path(string_type nativeText, bool flag) noexcept : text_(std::move(nativeText)), flag_(flag) {}

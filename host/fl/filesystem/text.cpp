@@ -1,5 +1,7 @@
 #include "fl/filesystem/text.hpp"
 
+#include <utility>
+
 namespace fl::filesystem::detail {
 namespace {
 
@@ -16,6 +18,8 @@ std::size_t parentLength(std::size_t last) {
 std::u16string make_native_form(std::u16string const& text, bool /*interpret*/) {
   return text;
 }
+
+std::u16string make_native_form(std::u16string&& text, bool /*interpret*/) noexcept { return std::move(text); }
 
 std::u16string make_generic_form(std::u16string const& text) {
   return text;

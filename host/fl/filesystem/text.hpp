@@ -32,6 +32,9 @@ namespace detail {
 /// The text in native form: here the text itself. `interpret` is the flag of the path, which nothing depends on.
 KORVAN_HOST_EXPORT std::u16string make_native_form(std::u16string const& text, bool interpret);
 
+/// As above, for a text that isn't needed any more: its memory is reused.
+KORVAN_HOST_EXPORT std::u16string make_native_form(std::u16string&& text, bool interpret) noexcept;
+
 /// The text with "/" between its elements: here the text itself.
 KORVAN_HOST_EXPORT std::u16string make_generic_form(std::u16string const& text);
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 namespace foundation::core::text {
 namespace {
@@ -49,15 +50,40 @@ void appendCodePoint(std::string& bytes, char32_t codePoint) {
   }
 }
 
+template <class Unit>
+using UnsignedOf = std::conditional_t<sizeof(Unit) == 1, unsigned char, char16_t>;
+
+// How many units at the start of `in` are ASCII; they are copied to `out`, which has room for all of `in`. In blocks without a branch inside, which
+// compilers turn into vector code: nearly all names are ASCII, and every one of them comes through here.
+template <class To, class From>
+std::size_t copyAscii(From const* __restrict in, std::size_t size, To* __restrict out) {
+  constexpr std::size_t block = 16;
+  std::size_t done = 0;
+  for (; done + block <= size; done += block) {
+    std::uint32_t all = 0;
+    for (std::size_t i = 0; i < block; ++i) {
+      auto const unit = static_cast<UnsignedOf<From>>(in[done + i]);
+      all |= unit;
+      out[done + i] = static_cast<To>(unit);
+    }
+    if (all >= 0x80) break;
+  }
+  for (; done < size; ++done) {
+    auto const unit = static_cast<UnsignedOf<From>>(in[done]);
+    if (unit >= 0x80) break;
+    out[done] = static_cast<To>(unit);
+  }
+  return done;
+}
+
 // Appends the bytes of the text; `unpaired` is called for a surrogate that stands for no bytes and says whether to go
 // on.
 template <class Unpaired>
 bool encode(std::string& bytes, std::u16string_view text, Unpaired unpaired) {
-  std::size_t ascii = 0;
-  while (ascii < text.size() && text[ascii] < 0x80) ++ascii;
   std::size_t const start = bytes.size();
+  bytes.resize(start + text.size());
+  std::size_t const ascii = copyAscii(text.data(), text.size(), bytes.data() + start);
   bytes.resize(start + ascii);
-  for (std::size_t i = 0; i < ascii; ++i) bytes[start + i] = static_cast<char>(text[i]);
   for (std::size_t i = ascii; i < text.size(); ++i) {
     char16_t const unit = text[i];
     if (unit < 0xD800 || unit > 0xDFFF) {
@@ -77,11 +103,10 @@ bool encode(std::string& bytes, std::u16string_view text, Unpaired unpaired) {
 }  // namespace
 
 void appendFromBytes(std::u16string& text, std::string_view bytes) {
-  std::size_t ascii = 0;
-  while (ascii < bytes.size() && static_cast<unsigned char>(bytes[ascii]) < 0x80) ++ascii;
   std::size_t const start = text.size();
+  text.resize(start + bytes.size());
+  std::size_t const ascii = copyAscii(bytes.data(), bytes.size(), text.data() + start);
   text.resize(start + ascii);
-  for (std::size_t i = 0; i < ascii; ++i) text[start + i] = static_cast<unsigned char>(bytes[i]);
   for (bytes.remove_prefix(ascii); !bytes.empty();) {
     auto const lead = static_cast<unsigned char>(bytes.front());
     char32_t codePoint = lead;

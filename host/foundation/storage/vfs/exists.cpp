@@ -5,9 +5,8 @@
 namespace foundation::storage::vfs {
 
 PathKind exists(AbsoluteIRI const& location, StorageSystemReference const& system) {
-  std::shared_ptr<Provider> const provider = system.system().provider(location.scheme());
-  if (ReadSession* const session = ReadSession::current()) return session->store().kind(*provider, location);
-  return provider->kind(location);
+  if (ReadSession* const session = ReadSession::current()) return session->store().kind(system.system(), location);
+  return system.system().provider(location.scheme())->kind(location);
 }
 
 }  // namespace foundation::storage::vfs

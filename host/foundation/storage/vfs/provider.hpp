@@ -27,8 +27,8 @@ struct SubtreePage {
   std::vector<std::string> paths;
   /// Whether nothing follows.
   bool last = true;
-  /// What the next page begins after, where that is past the last path, as a store may hold keys that no path can name. Empty: the last
-  /// path.
+  /// What the next page begins after, where that is past the last path, as a store may hold keys that no path can name.
+  /// Empty: the last path.
   std::string position;
 };
 

@@ -1,5 +1,7 @@
 #include "foundation/storage/vfs/session_store.hpp"
 
+#include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "foundation/storage/vfs/iri_text.hpp"
@@ -11,6 +13,20 @@ std::u16string_view keyOf(AbsoluteIRI const& location) {
   std::u16string_view key = location.toString();
   if (!location.encodedPath().empty() && key.back() == u'/') key.remove_suffix(1);
   return key;
+}
+
+// Equality of UTF-16 texts as memory; the standard library compares unit by unit.
+bool same(std::u16string_view a, std::u16string_view b) {
+  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
+}
+
+// Whether the written form of an IRI's element shows this name character for character, ASCII and without a
+// percent-encoding.
+bool writtenPlainly(std::string_view name, std::u16string_view written) {
+  return name.size() == written.size() &&
+         std::equal(name.begin(), name.end(), written.begin(), [](char byte, char16_t unit) {
+           return unit < 0x80 && unit != u'%' && unit == static_cast<unsigned char>(byte);
+         });
 }
 
 std::size_t memoryOf(FolderReading const& reading) {
@@ -52,26 +68,27 @@ std::shared_ptr<FolderReading> ReadSession::Store::reading(Provider& provider, A
   }
 }
 
-PathKind ReadSession::Store::kind(Provider& provider, AbsoluteIRI const& location) {
+PathKind ReadSession::Store::kind(StorageSystem& system, AbsoluteIRI const& location) {
   Entry entry = findEntry(location);
   if (entry.reading == nullptr) {
-    std::u16string key(keyOf(location));
-    if (find(key, {}) != nullptr) return PathKind::isFolder;
+    if (find(keyOf(location), {}) != nullptr) return PathKind::isFolder;
     if (auto const known = kinds_.find(location.toString()); known != kinds_.end()) return known->second;
+    std::shared_ptr<Provider> const provider = system.provider(location.scheme());
     AbsoluteIRI const above = location.getParent();
     if (scan_ && scan_->lastPageHelped && location.hasParent() && scan_->reaches(above, {})) {
-      scan(provider, above, {});
+      scan(*provider, above, {});
       entry = findEntry(location);
     }
-  }
-  if (entry.reading == nullptr) {
-    PathKind const kind = provider.kind(location);
-    makeRoom(location.toString().size() * sizeof(char16_t));
-    kinds_.emplace(location.toString(), kind);
-    return kind;
+    if (entry.reading == nullptr) {
+      PathKind const kind = provider->kind(location);
+      makeRoom(location.toString().size() * sizeof(char16_t));
+      kinds_.emplace(location.toString(), kind);
+      return kind;
+    }
   }
   if (entry.index == EntryTable::npos) return PathKind::notFound;
-  PathKind const kind = kindOfEntry(*entry.reading, entry.index, provider);
+  auto const known = entry.reading->entries.kind(entry.index);
+  PathKind const kind = known ? *known : kindOfEntry(*entry.reading, entry.index, *system.provider(location.scheme()));
   bool const asksForFolder = location.toString().back() == u'/';
   return asksForFolder && kind != PathKind::isFolder ? PathKind::notFound : kind;
 }
@@ -87,12 +104,23 @@ ReadSession::Store::Entry ReadSession::Store::findEntry(AbsoluteIRI const& locat
   std::size_t const nameStart = iri_text::lastElement(key);
   if (nameStart + location.encodedPath().size() <= location.toString().size())
     return unknown;  // no element in the path
-  name_.clear();
-  iri_text::appendDecodedBytes(name_, key.substr(nameStart));
-  if (name_.empty() || name_ == "." || name_ == "..") return unknown;
-
+  std::u16string_view const writtenName = key.substr(nameStart);
   std::u16string_view const folderKey = key.substr(0, nameStart - 1);
-  if (lastAsked_ == nullptr || keyOf(lastAsked_->location) != folderKey || !name_.starts_with(lastAsked_->prefix)) {
+  if (lastAsked_ != nullptr && same(keyOf(lastAsked_->location), folderKey)) {
+    // The walk asks in listing order, and most names are written as they are: then nothing needs to be decoded or
+    // searched.
+    EntryTable const& entries = lastAsked_->entries;
+    std::size_t const next = lastAsked_->nextAsked;
+    if (next < entries.size() && writtenPlainly(entries.name(next), writtenName)) {
+      ++lastAsked_->nextAsked;
+      return {lastAsked_, next};
+    }
+  }
+  name_.clear();
+  iri_text::appendDecodedBytes(name_, writtenName);
+  if (name_.empty() || name_ == "." || name_ == "..") return unknown;
+  if (lastAsked_ == nullptr || !same(keyOf(lastAsked_->location), folderKey) ||
+      !name_.starts_with(lastAsked_->prefix)) {
     lastAsked_ = find(folderKey, name_).get();
     if (lastAsked_ == nullptr) return unknown;
   }

@@ -10,6 +10,7 @@
 #include "foundation/storage/vfs/exception.hpp"
 #include "foundation/storage/vfs/folder_reading.hpp"
 #include "foundation/storage/vfs/read_session.hpp"
+#include "foundation/storage/vfs/storage_system.hpp"
 #include "foundation/storage/vfs/subtree_scan.hpp"
 
 namespace foundation::storage::vfs {
@@ -24,8 +25,8 @@ class ReadSession::Store {
   /// it threw, also when that was earlier in the session.
   std::shared_ptr<FolderReading> reading(Provider& provider, AbsoluteIRI const& location, std::string_view prefix);
 
-  /// What stands at the location.
-  PathKind kind(Provider& provider, AbsoluteIRI const& location);
+  /// What stands at the location. The storage system is asked for the provider only where a reading doesn't tell.
+  PathKind kind(StorageSystem& system, AbsoluteIRI const& location);
 
   /// Whether the entry at the location is, or may be, a link: true unless a reading says that it isn't.
   bool maybeLink(AbsoluteIRI const& location);

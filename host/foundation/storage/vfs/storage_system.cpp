@@ -38,10 +38,10 @@ std::string ownFolder() {
   return file.substr(0, file.rfind('/') + 1);
 }
 
-// The scheme's grammar leaves no "/" in it, so the module's name stays in the library's folder.
+// The scheme's grammar leaves no "/" in it, so the module's name stays in the folder of modules.
 std::shared_ptr<Provider> loadModule(std::u16string_view scheme) {
   std::u16string const name(scheme);
-  std::string const file = ownFolder() + "korvan-storage-" + core::text::toBytesLossy(name) + ".so";
+  std::string const file = ownFolder() + "korvanhost/korvan-storage-" + core::text::toBytesLossy(name) + ".so";
   if (::access(file.c_str(), F_OK) != 0) {
     throw UnsupportedIRISchemeException(name, "no storage provider serves this scheme");
   }

@@ -10,8 +10,8 @@
 namespace foundation::storage::vfs {
 
 /// The process's storage system: which provider serves which scheme. "file" is built in. Another scheme is served by a
-/// provider that was registered, or by a module "korvan-storage-SCHEME.so" in the host library's own folder, loaded
-/// when the scheme is first used and never unloaded. Safe on every thread.
+/// provider that was registered, or by a module "korvanhost/korvan-storage-SCHEME.so" in the host library's own folder,
+/// loaded when the scheme is first used and never unloaded. Safe on every thread.
 class KORVAN_HOST_EXPORT StorageSystem {
  public:
   /// The one of this process.
