@@ -55,9 +55,7 @@ void expectSame(except::IMsgIDException const& copy, Denied const& original) {
   EXPECT_NE(copy.what(), original.what()) << "the texts of two exceptions must not be one";
 }
 
-struct Note : boost::error_info<struct NoteTag, int> {
-  using error_info::error_info;
-};
+using Note = boost::error_info<struct NoteTag, int>;
 
 TEST(MsgIDException, IsCopiedClonedAndThrownAgainWhole) {
   auto original = std::make_unique<Denied>(permissionDenied(std::u16string(u"s3://bucket/\u00e9")));
