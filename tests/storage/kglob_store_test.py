@@ -132,16 +132,16 @@ class Requests(unittest.TestCase):
         return run.stats()
 
     def test_a_listing_costs_one_a_page(self):
-        stats = self.check("s3://wide/wide/*", 2500, 3, 4)
+        stats = self.check("s3://mirror/wide/*", 2500, 3, 4)
         self.assertEqual(stats["entries"], 2500)
         self.assertGreater(stats["bytes"], 2500 * len("wide/0000.csv"))
 
     def test_a_literal_head_is_sent_as_the_prefix(self):
-        self.check("s3://wide/wide/00*", 100, 1, 2)
+        self.check("s3://mirror/wide/00*", 100, 1, 2)
 
     def test_a_literal_costs_two_at_most(self):
         for pattern, matches in (("wide/0001.csv", 1), ("wide/0001", 0), ("wide", 1), ("wide/", 1), ("", 1), ("no/thing", 0)):
-            self.check(f"s3://wide/{pattern}", matches, 1, 2)
+            self.check(f"s3://mirror/{pattern}", matches, 1, 2)
 
     def test_a_descent_costs_one_a_folder_at_most(self):
         folders = {key[:end] for key in sample_trees.mirror() for end, char in enumerate(key) if char == "/"}
@@ -164,7 +164,7 @@ class LocalSearch(unittest.TestCase):
                 pass
             self.assertEqual(self.loaded("*", folder), set())
             self.assertEqual(self.loaded("**", folder), set())
-            self.assertIn("libcurl", self.loaded("s3://wide/wide/0001.csv", folder))
+            self.assertIn("libcurl", self.loaded("s3://mirror/wide/0001.csv", folder))
 
 
 if __name__ == "__main__":

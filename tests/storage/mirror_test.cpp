@@ -15,7 +15,7 @@ namespace {
 namespace vfs = foundation::storage::vfs;
 using io::internal::glob;
 
-// One tree of some 3,300 files in some 380 folders, on the local disk and in a real store: a search must not tell them
+// One tree of some 3,300 files in some 370 folders, on the local disk and in a real store: a search must not tell them
 // apart.
 class Mirror : public testing::Test {
  protected:

@@ -18,30 +18,25 @@ def sample():
 
 
 def mirror():
-    """Some 3,300 objects in some 340 folders, three deep, the awkward names at every depth."""
-    plain = ["alpha", "beta", "2023", "2024", "src", "data"]
-    tops = plain + AWKWARD_NAMES[:6]
+    """Some 3,300 objects in some 370 folders, three deep, the awkward names at every depth, and one folder of 2,500: three pages."""
+    tops = ["alpha", "beta", "2023", "2024", "src", "data"] + AWKWARD_NAMES[:6]
     keys = ["top.csv", "top.txt", "empty/", ".top"] + [f"{name}.file" for name in AWKWARD_NAMES[:-4]]
+    keys += [f"wide/{number:04}.csv" for number in range(2500)]
     for top_index, top in enumerate(tops):
         middles = [AWKWARD_NAMES[(6 + top_index * 2) % 28], AWKWARD_NAMES[(7 + top_index * 2) % 28], "mid", "data", "aa"]
         for middle_index, middle in enumerate(middles):
             folder = f"{top}/{middle}"
             leaves = ["x", "y", "data", "leaf.d", AWKWARD_NAMES[(top_index * 5 + middle_index) % len(AWKWARD_NAMES)]]
-            for leaf in leaves:
-                keys += [f"{folder}/{leaf}/{name}" for name in _files(top_index + middle_index)]
-            keys += [f"{folder}/{name}" for name in _files(middle_index)[:4]]
-        keys += [f"{top}/{name}" for name in _files(top_index)[:4]] + [f"{top}/hollow/"]
+            for leaf_index, leaf in enumerate(leaves):
+                keys += _files(f"{folder}/{leaf}", top_index + middle_index + 3 * leaf_index, 2)
+            keys += _files(folder, top_index + middle_index, 2)
+        keys += _files(top, top_index, 3) + [f"{top}/hollow/"]
     return list(dict.fromkeys(keys))
 
 
-def _files(number):
-    awkward = [AWKWARD_NAMES[(number * 3 + offset) % len(AWKWARD_NAMES)] for offset in range(3)]
-    return [f"file{number}.csv", "readme.txt", "data.csv", "a", ".dot", "aab", "ab.txt"] + [f"{name}.x" for name in awkward]
-
-
-def wide():
-    """One folder of 2,500 keys: three pages."""
-    return [f"wide/{number:04}.csv" for number in range(2500)]
+def _files(folder, start, count):
+    names = ["readme.txt", "data.csv", "a", ".dot", f"file{start}.csv", "ab.txt", "aab", AWKWARD_NAMES[start % len(AWKWARD_NAMES)] + ".x"]
+    return [f"{folder}/{names[(start + 3 * number) % len(names)]}" for number in range(count)]
 
 
 def conformance():

@@ -26,7 +26,6 @@ def serve(folder, asker):
     with swift_store.SwiftStore() as store:
         keys = sample_trees.mirror()
         store.fill("conformance", sample_trees.conformance())
-        store.fill("wide", sample_trees.wide())
         store.fill("mirror", keys)
         store.fill("a-bucket.with-dots", ["plus+and space/100%.txt"], user=swift_store.AWKWARD)
         sample_trees.write_locally(os.path.join(folder, "mirror"), keys)
