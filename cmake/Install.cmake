@@ -1,0 +1,66 @@
+# What `cmake --install` puts where. Nothing installed holds an absolute path, so that a copy works wherever it is moved to.
+# Components: Runtime (what a process loads), Development (what a build needs), Program (kglob).
+include(CMakePackageConfigHelpers)
+
+set(korvan_cmake_folder "${CMAKE_INSTALL_LIBDIR}/cmake/${PROJECT_NAME}")
+set(korvan_pkgconfig_folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+set(KORVAN_ZSH_COMPLETIONS_DIR
+    "${CMAKE_INSTALL_DATADIR}/zsh/site-functions"
+    CACHE STRING "Where the completion for zsh goes, below the prefix")
+
+install(
+  TARGETS qdkorvanautomationio korvan_host
+  EXPORT ${PROJECT_NAME}Targets
+  LIBRARY COMPONENT Runtime
+          NAMELINK_COMPONENT Development
+  FILE_SET HEADERS
+           DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${PROJECT_NAME}"
+           COMPONENT Development
+  INCLUDES
+  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${PROJECT_NAME}")
+# Where StorageSystem looks for the modules of the schemes.
+install(TARGETS korvan_storage_s3 LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/korvanhost" COMPONENT Runtime)
+
+configure_package_config_file(
+  cmake/${PROJECT_NAME}Config.cmake.in "${PROJECT_BINARY_DIR}/${PROJECT_NAME}Config.cmake"
+  INSTALL_DESTINATION "${korvan_cmake_folder}"
+  NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/${PROJECT_NAME}ConfigVersion.cmake"
+                                 COMPATIBILITY SameMajorVersion)
+install(
+  FILES "${PROJECT_BINARY_DIR}/${PROJECT_NAME}Config.cmake" "${PROJECT_BINARY_DIR}/${PROJECT_NAME}ConfigVersion.cmake"
+  DESTINATION "${korvan_cmake_folder}"
+  COMPONENT Development)
+install(
+  EXPORT ${PROJECT_NAME}Targets
+  NAMESPACE ${PROJECT_NAME}::
+  DESTINATION "${korvan_cmake_folder}"
+  COMPONENT Development)
+
+# pkg-config finds the prefix from the place of the file itself.
+file(RELATIVE_PATH korvan_prefix_from_pkgconfig "/prefix/${korvan_pkgconfig_folder}" "/prefix")
+string(REGEX REPLACE "/$" "" korvan_prefix_from_pkgconfig "${korvan_prefix_from_pkgconfig}")
+configure_file(cmake/${PROJECT_NAME}.pc.in ${PROJECT_NAME}.pc @ONLY)
+install(
+  FILES "${PROJECT_BINARY_DIR}/${PROJECT_NAME}.pc"
+  DESTINATION "${korvan_pkgconfig_folder}"
+  COMPONENT Development)
+
+install(TARGETS kglob RUNTIME COMPONENT Program)
+install(
+  FILES docs/man/kglob.1
+  DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
+  COMPONENT Program)
+install(
+  FILES cli/completions/kglob.bash
+  RENAME kglob
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
+  COMPONENT Program)
+install(
+  FILES cli/completions/_kglob
+  DESTINATION "${KORVAN_ZSH_COMPLETIONS_DIR}"
+  COMPONENT Program)
+install(
+  FILES cli/completions/kglob.fish
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d"
+  COMPONENT Program)
