@@ -14,9 +14,9 @@ namespace {
 
 constexpr std::size_t schemeSeparatorLength = 3;  // "://"
 
-// The decoded elements of a resolved path: "." and ".." removed, none for the root. Empty elements stay, but not at the
-// end.
-std::vector<std::u16string> resolvedElements(std::u16string_view encodedPath) {
+// The decoded elements of a path without its final "/", "." and ".." removed; none for the root. What is joined to the
+// path comes after these, so empty elements stay, also at the end of a path that ends in several "/".
+std::vector<std::u16string> elementsBefore(std::u16string_view encodedPath) {
   std::vector<std::u16string> elements;
   if (!encodedPath.empty()) encodedPath.remove_prefix(1);
   while (!encodedPath.empty()) {
@@ -29,6 +29,10 @@ std::vector<std::u16string> resolvedElements(std::u16string_view encodedPath) {
       elements.push_back(std::move(element));
     }
   }
+  return elements;
+}
+
+std::vector<std::u16string> withoutFinalEmpty(std::vector<std::u16string> elements) {
   while (!elements.empty() && elements.back().empty()) elements.pop_back();
   return elements;
 }
@@ -126,7 +130,7 @@ std::u16string AbsoluteIRI::getName() const {
 
 AbsoluteIRI AbsoluteIRI::getResolvedIRI() const {
   std::u16string text = text_.substr(0, pathStart_);
-  for (std::u16string const& element : resolvedElements(encodedPath())) {
+  for (std::u16string const& element : withoutFinalEmpty(elementsBefore(encodedPath()))) {
     text.push_back(u'/');
     iri_text::appendEncoded(text, element);
   }
@@ -138,12 +142,12 @@ std::u16string AbsoluteIRI::makePathRelativeTo(AbsoluteIRI const& base) const {
   if (text_.compare(0, pathStart_, base.text_, 0, base.pathStart_) != 0) {
     throw std::runtime_error("no relative path leads from one scheme or authority to another");
   }
-  std::vector<std::u16string> const to = resolvedElements(encodedPath());
-  std::vector<std::u16string> const from = resolvedElements(base.encodedPath());
+  std::vector<std::u16string> const to = withoutFinalEmpty(elementsBefore(encodedPath()));
+  std::vector<std::u16string> const from = elementsBefore(base.encodedPath());
+  if (to == withoutFinalEmpty(from)) return u".";
   auto const [toRest, fromRest] = std::mismatch(to.begin(), to.end(), from.begin(), from.end());
   std::vector<std::u16string> steps(static_cast<std::size_t>(from.end() - fromRest), u"..");
   steps.insert(steps.end(), toRest, to.end());
-  if (steps.empty()) return u".";
   std::u16string path;
   for (std::u16string const& step : steps) {
     if (&step != &steps.front()) path.push_back(u'/');
