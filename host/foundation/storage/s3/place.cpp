@@ -13,8 +13,8 @@ constexpr std::size_t longestKey = 1024;  // of every store of this kind
 }  // namespace
 
 bool Place::possible() const {
-  return !bucket.empty() && bucket != "." && bucket != ".." && key.size() <= longestKey &&
-         key.find('\0') == std::string::npos;
+  return !bucket.empty() && bucket != "." && bucket != ".." && utf8Part(bucket).size() == bucket.size() &&
+         key.size() <= longestKey && key.find('\0') == std::string::npos && utf8Part(key).size() == key.size();
 }
 
 Place placeOf(vfs::AbsoluteIRI const& location) {
@@ -50,6 +50,20 @@ std::string_view nameablePart(std::string_view path) {
     begin = end + 1;
   }
   return path;
+}
+
+std::string utf8Part(std::string_view bytes) {
+  // What isn't UTF-8 becomes lone surrogates, the only ones that text from bytes holds.
+  std::u16string text = core::text::fromBytes(bytes);
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] >= 0xD800 && text[i] < 0xDC00)
+      ++i;  // the first half of a pair
+    else if (text[i] >= 0xDC00 && text[i] < 0xE000)
+      text.resize(i);
+  }
+  std::string part;
+  core::text::appendBytes(part, text);
+  return part;
 }
 
 }  // namespace foundation::storage::s3

@@ -31,4 +31,8 @@ Place placeOf(vfs::AbsoluteIRI const& location);
 /// element.
 std::string_view nameablePart(std::string_view path);
 
+/// The longest part at the beginning of the bytes that is UTF-8. Keys are, and stores fail when they are asked for what
+/// isn't.
+std::string utf8Part(std::string_view bytes);
+
 }  // namespace foundation::storage::s3

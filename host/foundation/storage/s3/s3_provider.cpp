@@ -76,7 +76,7 @@ void Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix,
   bool found = place.possible() && (place.key.empty() || !namePrefix.empty());
   if (place.possible()) {
     std::string const folderPrefix = place.folderPrefix();
-    ListRequest request{.bucket = place.bucket, .prefix = folderPrefix + std::string(namePrefix), .delimited = true};
+    ListRequest request{.bucket = place.bucket, .prefix = folderPrefix + utf8Part(namePrefix), .delimited = true};
     PageCheck check(request.prefix, true);
     for (bool more = true; more;) {
       ListPage page = store(folder).list(request, check, folder);
@@ -102,8 +102,8 @@ vfs::SubtreePage Provider::subtree(vfs::AbsoluteIRI const& folder, std::string_v
   Place const place = placeOf(folder);
   if (!place.possible()) return result;
   std::string const folderPrefix = place.folderPrefix();
-  ListRequest request{.bucket = place.bucket, .prefix = folderPrefix + std::string(prefix)};
-  if (!after.empty()) request.startAfter = folderPrefix + std::string(after);
+  ListRequest request{.bucket = place.bucket, .prefix = folderPrefix + utf8Part(prefix)};
+  if (!after.empty()) request.startAfter = folderPrefix + utf8Part(after);
   PageCheck check(request.prefix, false, request.startAfter);
   ListPage page;
   try {
@@ -117,11 +117,11 @@ vfs::SubtreePage Provider::subtree(vfs::AbsoluteIRI const& folder, std::string_v
   std::string_view reached = after;
   for (std::string_view key : page.keys) {
     key.remove_prefix(folderPrefix.size());
-    std::string_view const part = nameablePart(key);
     // Of a key that can't be named, the folder that holds it is told, unless a path in it was.
-    bool const tells = part.size() == key.size() || (part > reached && part.starts_with(prefix));
-    if (tells && !part.empty()) result.paths.emplace_back(part);
-    if (tells) reached = part;
+    std::string_view const path = nameablePart(key);
+    if (path <= reached || !path.starts_with(prefix)) continue;
+    result.paths.emplace_back(path);
+    reached = path;
   }
   result.last = !page.truncated;
   if (!page.keys.empty()) result.position = page.keys.back().substr(folderPrefix.size());
