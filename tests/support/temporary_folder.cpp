@@ -37,11 +37,10 @@ std::vector<std::string> namesIn(std::string const& folder) {
 // Moves each sub-folder to the top before it is emptied, so that neither the path nor the stack grows with the depth of
 // the tree.
 void removeAll(std::string const& top) {
-  std::string const first = top + "/0";
   std::size_t moved = 0;
   auto const moveUp = [&](std::string const& path) {
     ::chmod(path.c_str(), 0700);
-    ::rename(path.c_str(), (top + "//" + std::to_string(moved++) + ".moved").c_str());
+    ::rename(path.c_str(), (top + "/" + std::to_string(moved++) + ".moved").c_str());
   };
   for (bool again = true; again;) {
     again = false;

@@ -1,0 +1,67 @@
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "foundation/storage/vfs/read_session.hpp"
+#include "foundation/storage/vfs/storage_system.hpp"
+#include "support/memory_provider.hpp"
+#include "support/oracle.hpp"
+#include "support/search.hpp"
+#include "support/temporary_folder.hpp"
+
+namespace {
+
+using korvan::test::MemoryProvider;
+using korvan::test::search;
+using korvan::test::Strings;
+using korvan::test::Tree;
+
+// The first searches of the process, so that they meet in everything that is made once.
+TEST(Threads, SearchesDontDisturbOneAnother) {
+  Tree const tree =
+      Tree().addFile("a/b/c.txt").addFile("a/d.txt").addFile("e.txt").addFolder(".h/f").addLink("up", "a");
+  korvan::test::TemporaryFolder const folder;
+  tree.writeTo(folder);
+  korvan::test::ServedScheme const mem(u"mem", std::make_shared<MemoryProvider>(Tree(tree)));
+  Strings const patterns = {"**", "**/*.txt", "*/", "**/**/b/*", "a/d.txt", "*/*/*"};
+  Strings const roots = {folder.path(), "file://" + folder.path(), "mem:///"};
+
+  std::vector<Strings> wrong(4);
+  std::vector<std::thread> threads;
+  for (std::size_t t = 0; t < wrong.size(); ++t) {
+    threads.emplace_back([&, t] {
+      for (std::size_t i = 0; i < 120; ++i) {
+        std::string const& pattern = patterns[(i + t) % patterns.size()];
+        std::string const& root = roots[i % roots.size()];
+        std::optional<korvan::test::vfs::ReadSession> session;
+        if ((i + t) % 2 == 0) session.emplace();
+        if (search(pattern, root) != expectedMatches(tree, "", pattern, false))
+          wrong[t].push_back(pattern + " in " + root);
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  for (auto const& each : wrong) EXPECT_EQ(each, Strings{});
+}
+
+TEST(Threads, OneProviderAndItsSchemeMayBeReplacedMeanwhile) {
+  auto const first = std::make_shared<MemoryProvider>(Tree().addFile("a"));
+  auto const second = std::make_shared<MemoryProvider>(Tree().addFile("b"));
+  korvan::test::ServedScheme const mem(u"mem", first);
+  std::thread searcher([] {
+    for (int i = 0; i < 500; ++i) {
+      auto const found = search("*", "mem:///");
+      EXPECT_TRUE(found == Strings{"a"} || found == Strings{"b"}) << testing::PrintToString(found);
+    }
+  });
+  for (int i = 0; i < 500; ++i) {
+    korvan::test::vfs::StorageSystem::instance().registerProvider(u"mem", i % 2 == 0 ? second : first);
+  }
+  searcher.join();
+}
+
+}  // namespace
