@@ -50,8 +50,8 @@ class KORVAN_HOST_EXPORT EntryTable {
   /// Whether the entry is, or may be, a link.
   bool maybeLink(std::size_t index) const noexcept { return (records_[index].flags & linkFlag) != 0; }
 
-  /// The index of the entry with that name, or `npos`. The place `hint` is looked at first. The table must be sorted.
-  std::size_t find(std::string_view name, std::size_t hint = 0) const noexcept;
+  /// The index of the entry with the name, or `npos`. The place `hint` is looked at first. The table must be sorted.
+  std::size_t find(std::string_view wanted, std::size_t hint = 0) const noexcept;
 
   /// The memory held, in bytes.
   std::size_t memory() const noexcept { return names_.capacity() + records_.capacity() * sizeof(Record); }

@@ -95,6 +95,7 @@ struct FolderListing<T>::State {
   Folder folder;
 };
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a copy by the interface
 FolderListing<ListEntry> Folder::listAll(std::u16string filter) const {
   NameFilter names(filter);
   auto reading = read(*node_->provider, node_->location, names);
@@ -102,6 +103,7 @@ FolderListing<ListEntry> Folder::listAll(std::u16string filter) const {
   return FolderListing<ListEntry>(std::make_shared<State const>(State{std::move(reading), std::move(names), *this}));
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a copy by the interface
 FolderListing<Folder> Folder::listFolders(std::u16string filter) const {
   NameFilter names(filter);
   auto reading = read(*node_->provider, node_->location, names);

@@ -86,14 +86,14 @@ std::size_t schemeLength(std::u16string_view text) noexcept {
   return text.substr(length, 3) == u"://" ? length : 0;
 }
 
-bool appendEncoded(std::u16string& written, std::u16string_view text) {
-  for (std::size_t at = 0; at < text.size();) {
+bool appendEncoded(std::u16string& written, std::u16string_view decoded) {
+  for (std::size_t at = 0; at < decoded.size();) {
     std::size_t const plainEnd = static_cast<std::size_t>(
-        std::find_if_not(text.begin() + static_cast<std::ptrdiff_t>(at), text.end(), isPlain) - text.begin());
-    written.append(text, at, plainEnd - at);
+        std::find_if_not(decoded.begin() + static_cast<std::ptrdiff_t>(at), decoded.end(), isPlain) - decoded.begin());
+    written.append(decoded, at, plainEnd - at);
     at = plainEnd;
-    if (at == text.size()) break;
-    std::size_t const taken = appendOne(written, text, at);
+    if (at == decoded.size()) break;
+    std::size_t const taken = appendOne(written, decoded, at);
     if (taken == 0) return false;
     at += taken;
   }
