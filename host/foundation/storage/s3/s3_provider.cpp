@@ -103,7 +103,8 @@ vfs::SubtreePage Provider::subtree(vfs::AbsoluteIRI const& folder, std::string_v
   if (!place.possible()) return result;
   std::string const folderPrefix = place.folderPrefix();
   ListRequest request{.bucket = place.bucket, .prefix = folderPrefix + utf8Part(prefix)};
-  if (!after.empty()) request.startAfter = folderPrefix + utf8Part(after);
+  // Never before the folder's own marker, which is no path below it.
+  request.startAfter = folderPrefix + utf8Part(after);
   PageCheck check(request.prefix, false, request.startAfter);
   ListPage page;
   try {
