@@ -10,6 +10,9 @@ test_packages=(python3-swift)
 # The tools that kglob is compared with, and what counts its system calls.
 bench_packages=(fd-find ripgrep zsh rclone s3cmd strace)
 
+# What makes Debian packages.
+package_packages=(dpkg-dev fakeroot file)
+
 # require_packages NAME...: installs the Debian packages that are missing; says nothing when none is.
 require_packages() {
   local missing=() name
