@@ -1,8 +1,9 @@
-"""Compares kglob with other tools that find files: whole processes, in turn, on one tree, with the folders in the system's cache.
+"""Compares kglob with other tools that find files: whole processes, in turn, on one tree, with the folders in the
+system's cache.
 
-First each search is made once by every tool, and the sets of paths are held against each other. Then the tools take turns, round by round, so
-that a change in the machine's speed meets all of them; ratios are taken within a round, and the median over the rounds is told. Prints
-Markdown. Ends with 1 when a tool's set differs from find's.
+First each search is made once by every tool, and the sets of paths are held against each other. Then the tools take
+turns, round by round, so that a change in the machine's speed meets all of them; ratios are taken within a round, and
+the median over the rounds is told. Prints Markdown. Ends with 1 when a tool's set differs from find's.
 """
 
 import argparse
@@ -44,14 +45,15 @@ class Measure:
     """Runs commands, one at a time, with their output in one file in memory."""
 
     def __init__(self, programs: Path):
-        memory = "/dev/shm"
-        self._folder = tempfile.TemporaryDirectory(prefix="kglob-bench-", dir=memory if os.path.isdir(memory) else None)
+        memory = "/dev/shm" if os.path.isdir("/dev/shm") else None
+        self._folder = tempfile.TemporaryDirectory(prefix="kglob-bench-", dir=memory)
         self._output = Path(self._folder.name, "output")
         self._program = str(programs / "measure")
 
     def run(self, command: list[str], folder: Path) -> tuple[float, int]:
         """The wall time in seconds and the peak memory in KiB."""
-        done = subprocess.run([self._program, str(self._output), *command], cwd=folder, stdout=subprocess.PIPE, check=True)
+        done = subprocess.run([self._program, str(self._output), *command], cwd=folder, stdout=subprocess.PIPE,
+                              check=True)
         nanoseconds, peak_kib, status = map(int, done.stdout.split())
         if status != 0:
             sys.exit(f"bench: status {status} from {command}")
@@ -75,8 +77,9 @@ def tree_at(cache: Path, name: str, programs: Path) -> Path:
     return tree
 
 
-def usable(search: Search) -> dict[str, list[str]]:
-    return {tool: command for tool, command in search.commands.items() if shutil.which(command[0])}
+def usable(search: Search, only: list[str] | None) -> dict[str, list[str]]:
+    return {tool: command for tool, command in search.commands.items()
+            if shutil.which(command[0]) and (only is None or tool in (KGLOB, FIND, *only))}
 
 
 def agree(search: Search, commands: dict[str, list[str]], measure: Measure) -> tuple[bool, int, int]:
@@ -133,7 +136,8 @@ def system_calls(search: Search, entries: int) -> list[str] | None:
     with tempfile.NamedTemporaryFile() as counts:
         subprocess.run(["strace", "-f", "-c", "-U", "calls,name", "-o", counts.name, *search.commands[KGLOB]],
                        cwd=search.folder, stdout=subprocess.DEVNULL, check=True)
-        total = next(int(line.split()[0]) for line in Path(counts.name).read_text().splitlines() if line.endswith("total"))
+        lines = Path(counts.name).read_text().splitlines()
+    total = next(int(line.split()[0]) for line in lines if line.endswith("total"))
     return [f"`{search.pattern}`", str(entries), str(total), f"{total / entries:.2f}"]
 
 
@@ -147,7 +151,7 @@ def compare(name: str, arguments: argparse.Namespace, measure: Measure) -> bool:
     for search in catalogue.searches(tree, arguments.programs):
         if arguments.patterns and search.pattern not in arguments.patterns:
             continue
-        commands = usable(search)
+        commands = usable(search, arguments.tools)
         same, size, printed = agree(search, commands, measure)
         all_agree &= same
         runs = take_turns(search, commands, measure, rounds)
@@ -166,11 +170,13 @@ def compare(name: str, arguments: argparse.Namespace, measure: Measure) -> bool:
 
 
 def main() -> int:
-    parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
+    parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
     parser.add_argument("--programs", type=Path, required=True, help="folder of kglob and of the benchmark programs")
     parser.add_argument("--tree", choices=[*TREES, "both"], default="medium")
     parser.add_argument("--rounds", type=int, help="default: 15 on the medium tree, 5 on the large one")
     parser.add_argument("--patterns", nargs="+", metavar="PATTERN", help="only these of the patterns compared")
+    parser.add_argument("--tools", nargs="*", metavar="TOOL",
+                        help="only these beside kglob and find, by their names in the table")
     parser.add_argument("--folder", type=Path, default=Path(tempfile.gettempdir(), "kglob-bench"),
                         help="where the trees are kept from one call to the next")
     arguments = parser.parse_args()
