@@ -20,6 +20,8 @@ bool isDotName(std::u16string const& name) {
 // Appends the listing's entries to `result`. `Entry` is what both kinds of element have: a getName.
 template <class Entry>
 void collect(std::vector<Path>& result, vfs::FolderListing<Entry> const& listing, bool showDotEntries) {
+  constexpr std::size_t usualEntries = 16;  // growing to these would cost more than they do
+  result.reserve(usualEntries);
   auto const end = listing.end();
   for (auto entry = listing.begin(); entry != end; ++entry) {
     auto const& name = entry->getName();

@@ -34,20 +34,19 @@ bool matchesPieces(View name, std::vector<String> const& pieces) {
 }  // namespace
 
 NameFilter::NameFilter(std::u16string const& filter) {
-  bool byText = false;
+  bool const byText = hasSingleBytes(filter);
+  pieces_.reserve(2);
   for (std::size_t start = 0, end = 0; end != std::u16string::npos; start = end + 1) {
     end = filter.find(u'*', start);
     std::u16string const piece = filter.substr(start, end == std::u16string::npos ? end : end - start);
     std::string bytes;
     nothing_ = nothing_ || !core::text::appendBytes(bytes, piece);
-    byText = byText || hasSingleBytes(piece);
     pieces_.push_back(std::move(bytes));
-    textPieces_.push_back(piece);
+    if (byText) textPieces_.push_back(piece);
   }
   literalHead_ = pieces_.front();
   all_ = !nothing_ && pieces_.size() > 1 &&
          std::all_of(pieces_.begin(), pieces_.end(), [](auto const& piece) { return piece.empty(); });
-  if (!byText) textPieces_.clear();
 }
 
 bool NameFilter::matches(std::string_view name) const {

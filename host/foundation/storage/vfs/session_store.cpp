@@ -37,6 +37,16 @@ std::size_t memoryOf(FolderReading const& reading) {
 
 }  // namespace
 
+std::size_t ReadSession::Store::KeyHash::operator()(std::u16string_view key) const noexcept {
+  constexpr std::size_t hashedUnits = 24;
+  std::u16string_view const tail = key.substr(key.size() - std::min(key.size(), hashedUnits));
+  return std::hash<std::u16string_view>()(tail) + key.size();
+}
+
+bool ReadSession::Store::KeyEqual::operator()(std::u16string_view a, std::u16string_view b) const noexcept {
+  return same(a, b);
+}
+
 std::shared_ptr<FolderReading> ReadSession::Store::find(std::u16string_view key, std::string_view prefix) const {
   auto const [first, last] = readings_.equal_range(key);
   for (auto it = first; it != last; ++it) {

@@ -48,9 +48,18 @@ class ReadSession::Store {
   void remember(std::shared_ptr<FolderReading> reading);
   void makeRoom(std::size_t bytes);
 
+  // Locations of one search share long heads, so only the tail is hashed; and they are compared as memory, not unit by
+  // unit.
+  struct KeyHash {
+    std::size_t operator()(std::u16string_view key) const noexcept;
+  };
+  struct KeyEqual {
+    bool operator()(std::u16string_view a, std::u16string_view b) const noexcept;
+  };
+
   // Keys are the written forms of locations without a final "/", as a folder is one however its location ends. The
   // readings own theirs.
-  std::unordered_multimap<std::u16string_view, std::shared_ptr<FolderReading>> readings_;
+  std::unordered_multimap<std::u16string_view, std::shared_ptr<FolderReading>, KeyHash, KeyEqual> readings_;
   std::unordered_map<std::u16string, Exception> failures_;
   std::unordered_map<std::u16string, PathKind> kinds_;
   std::optional<SubtreeScan> scan_;
