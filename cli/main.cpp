@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "cli/failed_folders.hpp"
+#include "cli/library_file.hpp"
 #include "cli/messages.hpp"
 #include "cli/options.hpp"
 #include "cli/output.hpp"
@@ -39,12 +40,10 @@ void keepStandardDescriptors() {
 }
 
 void tellStats(vfs::Activity const& read, std::chrono::duration<double> time) {
-  std::array<char, 160> line;
-  std::snprintf(line.data(), line.size(), "read %llu folders, %llu entries; %llu requests, %llu bytes; %.3f s",
-                static_cast<unsigned long long>(read.folders), static_cast<unsigned long long>(read.entries),
-                static_cast<unsigned long long>(read.requests), static_cast<unsigned long long>(read.bytes),
-                time.count());
-  tell(line.data());
+  std::array<char, 32> seconds;
+  static_cast<void>(std::snprintf(seconds.data(), seconds.size(), "%.3f s", time.count()));
+  tell("read " + std::to_string(read.folders) + " folders, " + std::to_string(read.entries) + " entries; " +
+       std::to_string(read.requests) + " requests, " + std::to_string(read.bytes) + " bytes; " + seconds.data());
 }
 
 std::size_t write(Output& output, Quindarel::String::StringArray const& matches, char end) {
@@ -83,7 +82,7 @@ Status searchOne(SearchLibrary const& library, vfs::ReadSession const& session, 
 Status searchAll(Options const& options, Output& output) {
   using foundation::core::text::fromBytes;
   deferInterrupts();
-  SearchLibrary const library(options.library.empty() ? SearchLibrary::findFile() : options.library);
+  SearchLibrary const library(options.library.empty() ? findLibraryFile() : options.library);
   Scope const scope{fromBytes(options.rootFolder), options.dotFiles};
 
   auto const start = std::chrono::steady_clock::now();

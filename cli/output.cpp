@@ -14,7 +14,7 @@
 namespace kglob {
 namespace {
 
-constexpr std::size_t pieceSize = 64 * 1024;
+constexpr std::size_t pieceSize = std::size_t{64} << 10;
 
 [[noreturn]] void fail(int error) {
   if (error == EPIPE) throw EndedBySignal{SIGPIPE};  // where the caller had SIGPIPE ignored

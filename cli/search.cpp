@@ -30,6 +30,7 @@ ArrayPtr search(SearchLibrary const& library, std::u16string const& pattern, Sco
   if (scope.dotFiles) addOption(u"IncludeDotFiles", Quindarel::createLogicalScalar(true));
 
   std::vector<vxArray_tag const*> arguments;
+  arguments.reserve(inputs.size());
   for (ArrayPtr const& input : inputs) arguments.push_back(input.get());
   ArrayPtr output;
   library.call(1, &output, static_cast<int>(arguments.size()), arguments.data());

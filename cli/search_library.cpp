@@ -1,18 +1,9 @@
 #include "cli/search_library.hpp"
 
-#include <array>
-#include <cerrno>
-#include <climits>
-#include <cstring>
-
 #include <dlfcn.h>
-#include <unistd.h>
 
 namespace kglob {
 namespace {
-
-constexpr std::string_view fileName = KGLOB_LIBRARY_NAME;
-constexpr std::string_view installedFolder = KGLOB_LIBRARY_FOLDER;  // as seen from the program's folder
 
 /// The address of what the library must export; closes the library and throws when it doesn't.
 template <class Function>
@@ -20,15 +11,6 @@ Function exported(void* handle, std::string const& file, char const* symbol) {
   if (void* const address = dlsym(handle, symbol)) return reinterpret_cast<Function>(address);
   dlclose(handle);
   throw LibraryError(file + " is not the search library: it lacks " + symbol);
-}
-
-/// The folder of the running program, with "/" at its end.
-std::string programFolder() {
-  std::array<char, PATH_MAX> path;
-  ssize_t const length = readlink("/proc/self/exe", path.data(), path.size());
-  if (length < 0) throw LibraryError(std::string("cannot tell where kglob stands: ") + std::strerror(errno));
-  std::string_view const program(path.data(), static_cast<std::size_t>(length));
-  return std::string(program.substr(0, program.rfind('/') + 1));
 }
 
 }  // namespace
@@ -45,17 +27,6 @@ SearchLibrary::SearchLibrary(std::string const& file)
 SearchLibrary::~SearchLibrary() {
   terminate_();
   dlclose(handle_);
-}
-
-std::string SearchLibrary::findFile() {
-  std::string const folder = programFolder();
-  for (std::string_view const place : {std::string_view(), installedFolder}) {
-    std::string file = folder;
-    (file += place) += fileName;
-    if (access(file.c_str(), F_OK) == 0) return file;
-  }
-  throw LibraryError("cannot find " + std::string(fileName) + " in " + folder + " or " + folder +
-                     std::string(installedFolder) + "; name it by --library FILE");
 }
 
 }  // namespace kglob

@@ -33,10 +33,6 @@ class SearchLibrary {
     builtin_(nlhs, plhs, nrhs, prhs);
   }
 
-  /// The library that belongs to this program: beside it, or else in the library folder that it was installed with.
-  /// Throws `LibraryError` when there is none.
-  static std::string findFile();
-
  private:
   using Builtin = void (*)(int, matrix::detail::ArrayPtr*, int, vxArray_tag const* const*);
   using Hook = void (*)();

@@ -30,12 +30,14 @@ void deferInterrupts() noexcept {
 }
 
 void endBySignal(int signal) noexcept {
-  std::signal(signal, SIG_DFL);
+  struct sigaction action = {};
+  action.sa_handler = SIG_DFL;
+  sigaction(signal, &action, nullptr);
   sigset_t set;
   sigemptyset(&set);
   sigaddset(&set, signal);
   pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
-  raise(signal);
+  kill(getpid(), signal);
   _exit(128 + signal);
 }
 

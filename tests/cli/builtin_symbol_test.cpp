@@ -8,8 +8,8 @@
 namespace {
 
 TEST(BuiltinSymbol, IsTheMangledNameOfTheBuiltin) {
-  using Builtin = void(int, std::unique_ptr<vxArray_tag, matrix::detail::vxDestroy_deleter>*, int,
-                       vxArray_tag const* const*);
+  using Builtin =
+      void(int, std::unique_ptr<vxArray_tag, matrix::detail::vxDestroy_deleter>*, int, vxArray_tag const* const*);
   Builtin* const builtin = &korvan::io::internal::glob;
   EXPECT_EQ(dlsym(RTLD_DEFAULT, kglob::builtinSymbol), reinterpret_cast<void*>(builtin));
 }

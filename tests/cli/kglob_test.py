@@ -173,6 +173,23 @@ class Errors(KglobTest):
                               (foreign, rb"libkorvanhost\.so is not the search library"), (".", rb"search library")]:
             self.expect_error(["--library", file, "*"], pattern)
 
+    def test_library_is_looked_for_beside_the_program(self):
+        self.add(b"a", b"bin/")
+        folder = os.path.dirname(KGLOB)
+        alone = os.fsdecode(self.at(b"bin/kglob"))
+        shutil.copy(KGLOB, alone)
+        for file in os.listdir(folder):
+            if file.startswith("libkorvanhost.so"):
+                shutil.copy(os.path.join(folder, file), os.path.dirname(alone))
+        self.expect_error(["a"], rb"cannot find libqdkorvanautomationio\.so[.\d]* in .*; name it by --library FILE",
+                          executable=alone)
+        library = os.path.join(folder, "libqdkorvanautomationio.so")
+        self.expect(["--library", library, "a"], 0, b"a\n", executable=alone)
+        for file in os.listdir(folder):
+            if file.startswith("libqdkorvanautomationio.so"):
+                shutil.copy(os.path.join(folder, file), os.path.dirname(alone))
+        self.expect(["a"], 0, b"a\n", executable=alone)
+
     def test_output_that_cannot_be_written(self):
         self.add(b"a")
         for arguments in [["*"], ["--help"], ["--version"]]:

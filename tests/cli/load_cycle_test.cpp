@@ -1,9 +1,9 @@
 // Loads the library, calls it and unloads it again and again, as a host does that lives for weeks.
-#include <dlfcn.h>
-#include <malloc.h>
-
 #include <filesystem>
 #include <iterator>
+
+#include <dlfcn.h>
+#include <malloc.h>
 
 #include "cli/search.hpp"
 #include "cli/search_library.hpp"
