@@ -9,9 +9,12 @@
 namespace korvan::test {
 namespace {
 
-constexpr Differences onDisk{.links = true, .anyBytes = true, .requests = false, .longestName = 255};
-constexpr Differences inMemory{.links = true, .anyBytes = true, .requests = false, .longestName = 1U << 20};
-constexpr Differences inStore{.links = false, .anyBytes = false, .requests = true, .longestName = 1000};
+constexpr Differences onDisk{
+    .links = true, .anyBytes = true, .requests = false, .filteredListingsTellAbsence = true, .longestName = 255};
+constexpr Differences inMemory{
+    .links = true, .anyBytes = true, .requests = false, .filteredListingsTellAbsence = true, .longestName = 1U << 20};
+constexpr Differences inStore{
+    .links = false, .anyBytes = false, .requests = true, .filteredListingsTellAbsence = false, .longestName = 1000};
 
 /// The tree, with what only disks can hold. A link's target is a path from the tree's root.
 Tree treeWithLinks() {

@@ -16,6 +16,10 @@ struct Differences {
   bool anyBytes;
   /// Requests are counted: only a remote provider makes some.
   bool requests;
+  /// A listing by a filter with a literal head tells that there is no folder. A store is asked for what begins with
+  /// that head; one more request would tell whether the folder is there when nothing does, and no search would make
+  /// anything of the answer.
+  bool filteredListingsTellAbsence;
   /// The longest name that can stand in a folder: 255 bytes on a disk, while a store limits the whole key to 1,024. A
   /// longer one names nothing, and asking for it is no failure.
   std::uint32_t longestName;

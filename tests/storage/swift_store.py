@@ -48,7 +48,7 @@ _PROXY_PIPELINE = ("catch_errors gatekeeper healthcheck cache proxy-logging list
                    "versioned_writes symlink proxy-logging proxy-server")
 _PROXY_FILTERS = {
     "cache": {"paste.filter_factory": "swift_store:memory_cache_filter"},
-    "s3api": {"location": REGION, "max_bucket_listing": "1000"},
+    "s3api": {"location": REGION},
     "versioned_writes": {"allow_object_versioning": "true"},
     "tempauth": {"user_test_tester": "testing .admin"},
 }
@@ -108,8 +108,8 @@ def _listening_socket():
 class SwiftStore:
     """A running store. `nodes` storage nodes hold as many replicas of everything; one proxy serves them all."""
 
-    def __init__(self, nodes=1):
-        """Only for the main thread: the servers end with the thread that forks them."""
+    def __init__(self, nodes=1, page=1000):
+        """`page` is the most keys in one answer. Only for the main thread: the servers end with the thread that forks them."""
         candidates = [tempfile.gettempdir(), "/var/tmp", os.path.dirname(os.path.abspath(__file__))]
         base = next((folder for folder in candidates if _keeps_attributes(folder)), None)
         if base is None:
@@ -120,7 +120,7 @@ class SwiftStore:
         self._fork_janitor()
         atexit.register(self.stop)
         try:
-            self._start(nodes)
+            self._start(nodes, page)
         except BaseException:
             self.stop()
             raise
@@ -203,12 +203,12 @@ class SwiftStore:
             else:
                 os.kill(self._processes[place], number)
 
-    def _start(self, nodes):
+    def _start(self, nodes, page):
         places = [(node, kind) for node in range(nodes) for kind in _KINDS] + [(None, "proxy")]
         listeners = {place: _listening_socket() for place in places}
         ports = {place: listener.getsockname()[1] for place, listener in listeners.items()}
         self.port = ports[None, "proxy"]
-        files = _Files(self.folder, nodes, ports)
+        files = _Files(self.folder, nodes, ports, page)
         _import_swift(self.folder)
         files.write_rings()
         for place in places:
@@ -283,8 +283,8 @@ class SwiftStore:
 class _Files:
     """The configuration of all servers, and the rings that say which node holds what."""
 
-    def __init__(self, folder, nodes, ports):
-        self._folder, self._nodes, self._ports = folder, nodes, ports
+    def __init__(self, folder, nodes, ports, page):
+        self._folder, self._nodes, self._ports, self._page = folder, nodes, ports, page
         for node in range(nodes):
             os.makedirs(os.path.join(folder, f"node{node}", "disk"))
         self._write("swift.conf", {
@@ -313,7 +313,9 @@ class _Files:
             }
             for name in dict.fromkeys(_PROXY_PIPELINE.split()[:-1]):
                 egg = {"proxy-logging": "proxy_logging"}.get(name, name)
-                settings = _PROXY_FILTERS.get(name, {})
+                settings = dict(_PROXY_FILTERS.get(name, {}))
+                if name == "s3api":
+                    settings["max_bucket_listing"] = str(self._page)
                 use = {} if "paste.filter_factory" in settings else {"use": f"egg:swift#{egg}"}
                 sections[f"filter:{name}"] = {**use, **settings}
             return self._write("proxy.conf", sections)
