@@ -5,7 +5,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build_packages=(cmake ninja-build g++ pkg-config libpcre2-dev libboost-dev libcli11-dev libcurl4-openssl-dev libpugixml-dev
   libgtest-dev libgmock-dev libbenchmark-dev python3)
 
-test_packages=(python3-swift)
+test_packages=(python3-swift openssl)
 
 # The tools that kglob is compared with, and what counts its system calls.
 bench_packages=(fd-find ripgrep zsh rclone s3cmd strace)

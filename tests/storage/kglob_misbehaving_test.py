@@ -1,4 +1,4 @@
-"""What kglob makes of stores that misbehave: the right outcome, no more requests than need be, and an end within bounded time.
+"""What kglob makes of stores that misbehave: the right outcome, few requests, and an end within bounded time.
 
     kglob_misbehaving_test.py KGLOB
 """
@@ -8,6 +8,7 @@ import os
 import signal
 import subprocess
 import sys
+import tempfile
 import time
 import unittest
 
@@ -18,13 +19,15 @@ TOKEN = "session+token/="
 
 
 def environment(endpoint, **changes):
-    clean = {name: value for name, value in os.environ.items() if not name.startswith("AWS_") and not name.lower().endswith("_proxy")}
-    return {**clean, "AWS_ACCESS_KEY_ID": "a key", "AWS_SECRET_ACCESS_KEY": misbehaving_store.SECRET, "AWS_SESSION_TOKEN": TOKEN,
-            "AWS_ENDPOINT_URL": endpoint, "AWS_SHARED_CREDENTIALS_FILE": "/dev/null", "AWS_CONFIG_FILE": "/dev/null", **changes}
+    clean = {name: value for name, value in os.environ.items() if not name.startswith("AWS_")}
+    return {**clean, "AWS_ACCESS_KEY_ID": "a key", "AWS_SECRET_ACCESS_KEY": misbehaving_store.SECRET,
+            "AWS_SESSION_TOKEN": TOKEN, "AWS_ENDPOINT_URL": endpoint, "AWS_SHARED_CREDENTIALS_FILE": "/dev/null",
+            "AWS_CONFIG_FILE": "/dev/null", "no_proxy": "127.0.0.1", **changes}
 
 
-# bucket: (exit status, what standard error holds, requests at least, requests at most, seconds at least, seconds at most)
-# A folder of many pages may be tried as a flat listing first, at the cost of one request. A listing that fails is told, and the search goes on without it: status 2. A bucket that isn't there is no failure.
+# bucket: (exit status, what standard error holds, requests at least and at most, seconds at least and at most). A listing
+# that fails is told, and the search goes on without it: status 2. A bucket that isn't there is no failure. A folder of
+# many pages may be tried as a flat listing first, at the cost of one request.
 OUTCOMES = {
     "well": (0, "", 1, 1, 0, 8),
     "pages": (0, "", 3, 4, 0, 8),
@@ -58,6 +61,10 @@ OUTCOMES = {
 }
 
 
+def everything(bucket):
+    return "".join(f"s3://{bucket}/{name}\n" for name in misbehaving_store.NAMES)
+
+
 class Misbehaving(unittest.TestCase):
     def setUp(self):
         self.store = self.enterContext(misbehaving_store.MisbehavingStore())
@@ -79,7 +86,7 @@ class Misbehaving(unittest.TestCase):
             with self.subTest(bucket=bucket):
                 returned, found, told, seconds = runs[bucket].result()
                 self.assertEqual(returned, status, told)
-                self.assertEqual(found, "".join(f"s3://{bucket}/{name}\n" for name in misbehaving_store.NAMES) if status == 0 else "")
+                self.assertEqual(found, everything(bucket) if status == 0 else "")
                 self.assertIn(errors, told)
                 self.assertEqual(told.count("\n"), 1 if status == 2 else 0, told)
                 self.assertNotIn(misbehaving_store.SECRET, told)
@@ -111,6 +118,25 @@ class Misbehaving(unittest.TestCase):
             told = run.communicate(timeout=30)[1].decode()
         self.assertEqual(run.returncode, 2)
         self.assertIn("(tried 2 times in ", told)
+
+    def test_certificates_are_verified(self):
+        folder = self.enterContext(tempfile.TemporaryDirectory())
+        certificate = os.path.join(folder, "certificate")
+        subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
+                        "-days", "2", "-subj", "/CN=localhost", "-addext", "subjectAltName=IP:127.0.0.1",
+                        "-keyout", certificate, "-out", certificate + ".pem"], check=True, capture_output=True)
+        with open(certificate, "a", encoding="ascii") as both, open(certificate + ".pem", encoding="ascii") as public:
+            both.write(public.read())
+        self.store = self.enterContext(misbehaving_store.MisbehavingStore(certificate))
+        with self.start("well", AWS_CA_BUNDLE=certificate + ".pem") as run:
+            found, told = run.communicate(timeout=30)
+        self.assertEqual((found.decode(), told), (everything("well"), b""))
+        with self.start("well") as run:
+            found, told = run.communicate(timeout=30)
+        self.assertEqual((run.returncode, found), (2, b""))
+        self.assertIn(b"certificate", told)
+        self.assertNotIn(b"tried", told)
+        self.assertEqual(len(self.store.requests["well"]), 1)
 
 
 def main():

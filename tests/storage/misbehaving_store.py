@@ -7,6 +7,7 @@ import collections
 import hashlib
 import hmac
 import http.server
+import ssl
 import threading
 import time
 import urllib.parse
@@ -15,16 +16,16 @@ SECRET = "se+cr/e%t: x"
 NAMES = ["three", "tree", "two"]
 
 
-def page(names=NAMES, token=None, truncated=None, root="ListBucketResult", prefix=""):
-    inside = "".join(f"<Contents><Key>{prefix}{name}</Key></Contents>" for name in names)
-    inside += f"<IsTruncated>{'true' if (truncated is None and token) or truncated else 'false'}</IsTruncated>"
+def page(names=NAMES, token=None, truncated=False):
+    inside = "".join(f"<Contents><Key>{name}</Key></Contents>" for name in names)
+    inside += f"<IsTruncated>{'true' if token or truncated else 'false'}</IsTruncated>"
     if token:
         inside += f"<NextContinuationToken>{token}</NextContinuationToken>"
-    return f"<?xml version='1.0'?><{root}>{inside}</{root}>".encode()
+    return f"<?xml version='1.0'?><ListBucketResult>{inside}</ListBucketResult>".encode()
 
 
-def error(code, more=""):
-    return f"<Error><Code>{code}</Code><Message>as told</Message><RequestId>id-{code}</RequestId>{more}</Error>".encode()
+def error(code):
+    return f"<Error><Code>{code}</Code><Message>as told</Message><RequestId>id-{code}</RequestId></Error>".encode()
 
 
 def is_signed(handler):
@@ -33,11 +34,12 @@ def is_signed(handler):
     parts = dict(part.strip().split("=", 1) for part in authorization.partition(" ")[2].split(","))
     names = parts["SignedHeaders"].split(";")
     path, _, query = handler.path.partition("?")
-    canonical = "\n".join([
-        handler.command, path, query, *(f"{name}:{handler.headers[name].strip()}" for name in names), "", parts["SignedHeaders"],
-        hashlib.sha256(b"").hexdigest()])
+    headers = "".join(f"{name}:{handler.headers[name].strip()}\n" for name in names)
+    empty = hashlib.sha256(b"").hexdigest()
+    canonical = "\n".join([handler.command, path, query, headers, parts["SignedHeaders"], empty])
     scope = parts["Credential"].split("/", 1)[1]
-    text = "\n".join(["AWS4-HMAC-SHA256", handler.headers["X-Amz-Date"], scope, hashlib.sha256(canonical.encode()).hexdigest()])
+    digest = hashlib.sha256(canonical.encode()).hexdigest()
+    text = "\n".join(["AWS4-HMAC-SHA256", handler.headers["X-Amz-Date"], scope, digest])
     key = ("AWS4" + SECRET).encode()
     for word in scope.split("/"):
         key = hmac.new(key, word.encode(), hashlib.sha256).digest()
@@ -155,7 +157,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
         self.answer(200, page(truncated=True))
 
     def serve_elsewhere(self):
-        self.answer(200, page(prefix="elsewhere/"))
+        self.answer(200, page(["elsewhere"]))
 
     def serve_flood(self):
         self.send_response(200)
@@ -174,18 +176,29 @@ class Handler(http.server.BaseHTTPRequestHandler):
         self.answer(301, error("PermanentRedirect"), x_amz_bucket_region="eu-far-1", Location="http://127.0.0.1:1/")
 
     def serve_echo(self):
-        self.answer(400, error("Echo", "<!-- -->").replace(b"as told", f"you sent {SECRET} and {self.headers['x-amz-security-token']}".encode()))
+        words = f"you sent {SECRET} and {self.headers['x-amz-security-token']}"
+        self.answer(400, error("Echo").replace(b"as told", words.encode()))
 
 
 class MisbehavingStore:
-    """The server, on a loopback port that it finds free, for the length of a `with` statement."""
+    """The server, on a loopback port that it finds free, for the length of a `with` statement.
+
+    `certificate`: a file with a certificate and its key, to serve HTTPS.
+    """
+
+    def __init__(self, certificate=None):
+        self.certificate = certificate
 
     def __enter__(self):
         self.server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
         self.server.daemon_threads = True
         self.server.requests = self.requests = collections.defaultdict(list)
         self.server.stopped = threading.Event()
-        self.endpoint = f"http://127.0.0.1:{self.server.server_address[1]}"
+        self.endpoint = f"http{'s' if self.certificate else ''}://127.0.0.1:{self.server.server_address[1]}"
+        if self.certificate:
+            context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+            context.load_cert_chain(self.certificate)
+            self.server.socket = context.wrap_socket(self.server.socket, server_side=True)
         threading.Thread(target=self.server.serve_forever, daemon=True).start()
         return self
 
