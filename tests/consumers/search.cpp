@@ -1,4 +1,4 @@
-// Prints the CSV files below a folder, and how each is reached from the folder "notes" beside them.
+// search FOLDER FROM: prints the CSV files below a folder, each as it is reached from another folder.
 #include <exception>
 #include <iostream>
 
@@ -11,14 +11,14 @@ using foundation::core::text::toBytesLossy;
 using korvan::io::internal::Path;
 
 int main(int argc, char** argv) try {
-  if (argc != 2) return 2;
+  if (argc != 3) return 2;
   Path const folder(fromBytes(argv[1]));  // a local path or an IRI: "/srv/data", "s3://bucket/data"
+  Path const from(fromBytes(argv[2]));
   for (std::u16string const& match : korvan::io::internal::glob(u"**/*.csv", folder.string(false), false)) {
     Path const file = folder / match;
-    Path const road = relative(file, folder / u"notes");
-    bool const same = isSameFile(file, folder / u"notes" / road.generic(false));
-    std::cout << toBytesLossy(match) << " " << toBytesLossy(road.string(false)) << (same ? "" : " leads elsewhere")
-              << "\n";
+    Path const road = relative(file, from);  // empty where no road leads, as from a disk to a store
+    bool const same = isSameFile(from / road.generic(false), file);
+    std::cout << toBytesLossy(match) << ": " << (same ? toBytesLossy(road.string(false)) : "elsewhere") << "\n";
   }
 } catch (std::exception const& error) {
   std::cerr << error.what() << "\n";
