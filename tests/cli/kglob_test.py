@@ -158,7 +158,7 @@ class Errors(KglobTest):
         invalid = rb"\[KORVAN:virtualfilesystem:invalidIRI\]"
         unsupported = rb"nope.*\[KORVAN:virtualfilesystem:unsupportedProvider\]"
         for arguments, pattern, output in [
-            (["file:///100%"], rb"file:///100%.*" + invalid, b""),
+            (["file:///100%"], rb'file:///100%.*\("%" must be followed by two hex digits.*\) ' + invalid, b""),
             (["-r", "file:///x?y", "*"], invalid, b""),
             (["nope://host/*"], unsupported, b""),
             # One pattern's error leaves the others' matches alone.
