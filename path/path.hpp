@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <variant>
 
 #include "fl/filesystem/path.hpp"
@@ -75,6 +76,9 @@ class Path {
 
  private:
   friend struct PathAccess;
+
+  template <class Alternative>
+  Path(std::in_place_t /*tag*/, Alternative&& location) : location_(std::forward<Alternative>(location)) {}
 
   Location location_;
 };

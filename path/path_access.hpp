@@ -13,9 +13,7 @@ struct PathAccess {
 
   template <class Alternative>
   static Path make(Alternative&& location) {
-    Path path;
-    path.location_ = std::forward<Alternative>(location);
-    return path;
+    return Path(std::in_place, std::forward<Alternative>(location));
   }
 
   /// As `Path::string` without a trailing separator, without a copy of a local path's text.

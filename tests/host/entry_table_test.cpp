@@ -51,11 +51,7 @@ TEST(EntryTable, SortsByBytesAndKeepsNamesApart) {
   for (auto const* const none : {"", ".", ".."}) table.add(none, EntryKind::folder);
   table.sort();
   EXPECT_EQ(namesOf(table), sorted);
-  for (std::size_t i = 0; i < sorted.size(); ++i) {
-    for (std::size_t const hint : {std::size_t{0}, i, sorted.size(), EntryTable::npos}) {
-      EXPECT_EQ(table.find(sorted[i], hint), i);
-    }
-  }
+  for (std::size_t i = 0; i < sorted.size(); ++i) EXPECT_EQ(table.find(sorted[i]), i);
   for (auto const& absent : {""s, "."s, "a\0\0"s, "aaaaaaa"s, "\xFF\xFF"s, "B"s}) {
     EXPECT_EQ(table.find(absent), EntryTable::npos) << absent;
   }

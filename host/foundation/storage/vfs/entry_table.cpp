@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include "foundation/storage/vfs/interrupt_poll.hpp"
 
@@ -86,8 +87,7 @@ void EntryTable::setKind(std::size_t index, PathKind kind) noexcept {
   record.flags = (record.flags & ~kindMask) | (static_cast<std::uint32_t>(kind) + 1);
 }
 
-std::size_t EntryTable::find(std::string_view wanted, std::size_t hint) const noexcept {
-  if (hint < records_.size() && name(hint) == wanted) return hint;
+std::size_t EntryTable::find(std::string_view wanted) const noexcept {
   std::size_t low = 0;
   std::size_t high = records_.size();
   while (low < high) {
@@ -101,9 +101,19 @@ std::size_t EntryTable::find(std::string_view wanted, std::size_t hint) const no
   return low < records_.size() && name(low) == wanted ? low : npos;
 }
 
-void EntryTable::shrink() {
-  names_.shrink_to_fit();
-  records_.shrink_to_fit();
+EntryTable EntryTable::takeCompact() {
+  constexpr std::size_t keptMemory = std::size_t{1} << 20;
+  EntryTable compact;
+  if (memory() > keptMemory) {
+    compact = std::move(*this);
+    *this = EntryTable();
+    compact.names_.shrink_to_fit();
+    compact.records_.shrink_to_fit();
+  } else {
+    compact = *this;
+    clear();
+  }
+  return compact;
 }
 
 }  // namespace foundation::storage::vfs

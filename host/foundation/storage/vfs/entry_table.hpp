@@ -26,6 +26,11 @@ class KORVAN_HOST_EXPORT EntryTable {
  public:
   static constexpr std::size_t npos = static_cast<std::size_t>(-1);
 
+  void clear() noexcept {
+    names_.clear();
+    records_.clear();
+  }
+
   /// Adds an entry. The names "", "." and ".." are passed over. Polls for an interrupt every few thousand entries and
   /// then throws `Quindarel::System::InterruptException`. Throws `std::length_error` past 2^28 bytes in one name or
   /// 2^32 in all.
@@ -50,14 +55,15 @@ class KORVAN_HOST_EXPORT EntryTable {
   /// Whether the entry is, or may be, a link.
   bool maybeLink(std::size_t index) const noexcept { return (records_[index].flags & linkFlag) != 0; }
 
-  /// The index of the entry with the name, or `npos`. The place `hint` is looked at first. The table must be sorted.
-  std::size_t find(std::string_view wanted, std::size_t hint = 0) const noexcept;
+  /// The index of the entry with the name, or `npos`. The table must be sorted.
+  std::size_t find(std::string_view wanted) const noexcept;
 
   /// The memory held, in bytes.
   std::size_t memory() const noexcept { return names_.capacity() + records_.capacity() * sizeof(Record); }
 
-  /// Gives back what growing left over.
-  void shrink();
+  /// The table without what growing left over. This one is empty afterwards, and keeps its memory for the next folder
+  /// unless that is much.
+  EntryTable takeCompact();
 
  private:
   static constexpr unsigned flagBits = 4;

@@ -45,6 +45,17 @@ std::shared_ptr<FolderReading> read(Provider& provider, AbsoluteIRI const& locat
   return readFolder(provider, location, filter.literalHead());
 }
 
+// The filter of the text. A search lists thousands of folders with one and the same, so the thread's last one is kept.
+std::shared_ptr<NameFilter const> filterOf(std::u16string const& text) {
+  thread_local std::u16string lastText;
+  thread_local std::shared_ptr<NameFilter const> last;
+  if (!last || lastText != text) {
+    last = std::make_shared<NameFilter const>(text);
+    lastText = text;
+  }
+  return last;
+}
+
 // Looks at every matching entry that the folder itself didn't tell the kind of.
 void resolveKinds(FolderReading& reading, NameFilter const& filter, Provider& provider) {
   for (std::size_t i = 0; i < reading.entries.size(); ++i) {
@@ -91,23 +102,23 @@ std::u16string Folder::getName() const {
 template <class T>
 struct FolderListing<T>::State {
   std::shared_ptr<FolderReading const> reading;
-  NameFilter filter;
+  std::shared_ptr<NameFilter const> filter;
   Folder folder;
 };
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a copy by the interface
 FolderListing<ListEntry> Folder::listAll(std::u16string filter) const {
-  NameFilter names(filter);
-  auto reading = read(*node_->provider, node_->location, names);
+  std::shared_ptr<NameFilter const> names = filterOf(filter);
+  auto reading = read(*node_->provider, node_->location, *names);
   using State = FolderListing<ListEntry>::State;
   return FolderListing<ListEntry>(std::make_shared<State const>(State{std::move(reading), std::move(names), *this}));
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a copy by the interface
 FolderListing<Folder> Folder::listFolders(std::u16string filter) const {
-  NameFilter names(filter);
-  auto reading = read(*node_->provider, node_->location, names);
-  resolveKinds(*reading, names, *node_->provider);
+  std::shared_ptr<NameFilter const> names = filterOf(filter);
+  auto reading = read(*node_->provider, node_->location, *names);
+  resolveKinds(*reading, *names, *node_->provider);
   using State = FolderListing<Folder>::State;
   return FolderListing<Folder>(std::make_shared<State const>(State{std::move(reading), std::move(names), *this}));
 }
@@ -151,7 +162,7 @@ void FolderListing<T>::Iterator::settle() {
     if constexpr (std::is_same_v<T, Folder>) {
       if (entries.kind(index_) != PathKind::isFolder) return false;
     }
-    return state_->filter.matches(entries.name(index_));
+    return state_->filter->matches(entries.name(index_));
   };
   while (index_ < entries.size() && !matches()) ++index_;
   if (index_ == entries.size()) return;

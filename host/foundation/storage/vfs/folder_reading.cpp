@@ -5,9 +5,12 @@
 namespace foundation::storage::vfs {
 
 std::shared_ptr<FolderReading> readFolder(Provider& provider, AbsoluteIRI const& location, std::string_view prefix) {
+  thread_local EntryTable entries;  // its memory serves one folder after the other
+  entries.clear();
+  provider.list(location, prefix, entries);
+  entries.sort();
   auto reading = std::make_shared<FolderReading>(location, std::string(prefix));
-  provider.list(location, prefix, reading->entries);
-  reading->entries.sort();
+  reading->entries = entries.takeCompact();
   return reading;
 }
 

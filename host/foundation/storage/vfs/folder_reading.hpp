@@ -17,7 +17,7 @@ struct FolderReading {
   AbsoluteIRI location;
   std::string prefix;  ///< only entries whose names begin with these bytes were read for sure
   EntryTable entries;
-  std::size_t nextAsked = 0;  ///< where the session looks for a name first
+  std::size_t lastFound = EntryTable::npos;  ///< the entry that the session was last asked about; it looks there first
 
   FolderReading(AbsoluteIRI where, std::string namePrefix)
       : location(std::move(where)), prefix(std::move(namePrefix)) {}

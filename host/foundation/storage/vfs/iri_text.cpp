@@ -88,8 +88,8 @@ std::size_t schemeLength(std::u16string_view text) noexcept {
 
 bool appendEncoded(std::u16string& written, std::u16string_view decoded) {
   for (std::size_t at = 0; at < decoded.size();) {
-    std::size_t const plainEnd = static_cast<std::size_t>(
-        std::find_if_not(decoded.begin() + static_cast<std::ptrdiff_t>(at), decoded.end(), isPlain) - decoded.begin());
+    std::size_t plainEnd = at;
+    while (plainEnd < decoded.size() && isPlain(decoded[plainEnd])) ++plainEnd;
     written.append(decoded, at, plainEnd - at);
     at = plainEnd;
     if (at == decoded.size()) break;

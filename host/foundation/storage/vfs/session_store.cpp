@@ -47,10 +47,10 @@ bool ReadSession::Store::KeyEqual::operator()(std::u16string_view a, std::u16str
   return same(a, b);
 }
 
-std::shared_ptr<FolderReading> ReadSession::Store::find(std::u16string_view key, std::string_view prefix) const {
+std::shared_ptr<FolderReading> const* ReadSession::Store::find(std::u16string_view key, std::string_view prefix) const {
   auto const [first, last] = readings_.equal_range(key);
   for (auto it = first; it != last; ++it) {
-    if (prefix.starts_with(it->second->prefix)) return it->second;
+    if (prefix.starts_with(it->second->prefix)) return &it->second;
   }
   return nullptr;
 }
@@ -59,14 +59,14 @@ std::shared_ptr<FolderReading> ReadSession::Store::reading(Provider& provider, A
                                                            std::string_view prefix) {
   std::u16string_view const key = keyOf(location);
   if (!provider.servesSubtrees()) prefix = {};  // the provider reads whole folders anyway, so remember them as such
-  if (auto found = find(key, prefix)) return found;
+  if (auto const* const found = find(key, prefix)) return *found;
   if (auto const failure = failures_.find(std::u16string(key)); failure != failures_.end()) {
     throw Exception(failure->second);
   }
   try {
     if (provider.servesSubtrees()) {
       scan(provider, location, prefix);
-      if (auto found = find(key, prefix)) return found;
+      if (auto const* const found = find(key, prefix)) return *found;
     }
     auto fresh = readFolder(provider, location, prefix);
     remember(fresh);
@@ -116,36 +116,41 @@ ReadSession::Store::Entry ReadSession::Store::findEntry(AbsoluteIRI const& locat
     return unknown;  // no element in the path
   std::u16string_view const writtenName = key.substr(nameStart);
   std::u16string_view const folderKey = key.substr(0, nameStart - 1);
-  if (lastAsked_ != nullptr && same(keyOf(lastAsked_->location), folderKey)) {
-    // The walk asks in listing order, and most names are written as they are: then nothing needs to be decoded or
-    // searched.
-    EntryTable const& entries = lastAsked_->entries;
-    std::size_t const next = lastAsked_->nextAsked;
-    if (next < entries.size() && writtenPlainly(entries.name(next), writtenName)) {
-      ++lastAsked_->nextAsked;
-      return {lastAsked_, next};
+  if (lastAsked_ == nullptr || !same(keyOf(lastAsked_->location), folderKey)) {
+    auto const* const whole = find(folderKey, {});
+    lastAsked_ = whole == nullptr ? nullptr : whole->get();
+  }
+  // The walk asks in listing order, twice about a folder, and most names are written as they are: then nothing needs to
+  // be decoded or searched.
+  if (lastAsked_ != nullptr) {
+    for (std::size_t const likely : {lastAsked_->lastFound + 1, lastAsked_->lastFound}) {
+      if (likely < lastAsked_->entries.size() && writtenPlainly(lastAsked_->entries.name(likely), writtenName)) {
+        lastAsked_->lastFound = likely;
+        return {lastAsked_, likely};
+      }
     }
   }
   name_.clear();
   iri_text::appendDecodedBytes(name_, writtenName);
   if (name_.empty() || name_ == "." || name_ == "..") return unknown;
-  if (lastAsked_ == nullptr || !same(keyOf(lastAsked_->location), folderKey) ||
-      !name_.starts_with(lastAsked_->prefix)) {
-    lastAsked_ = find(folderKey, name_).get();
-    if (lastAsked_ == nullptr) return unknown;
+  if (lastAsked_ == nullptr || !name_.starts_with(lastAsked_->prefix)) {
+    auto const* const covering = find(folderKey, name_);
+    if (covering == nullptr) return unknown;
+    lastAsked_ = covering->get();
   }
-  std::size_t const index = lastAsked_->entries.find(name_, lastAsked_->nextAsked);
-  if (index != EntryTable::npos) lastAsked_->nextAsked = index + 1;
+  std::size_t const index = lastAsked_->entries.find(name_);
+  if (index != EntryTable::npos) lastAsked_->lastFound = index;
   return {lastAsked_, index};
 }
 
 void ReadSession::Store::scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix) {
   if (!scan_ || !scan_->reaches(location, prefix)) scan_.emplace(location, std::string(prefix));
-  scan_->advance(provider, location, [this](std::shared_ptr<FolderReading> reading) { remember(std::move(reading)); });
+  scan_->advance(provider, location, [this](std::shared_ptr<FolderReading> reading) {
+    if (find(keyOf(reading->location), reading->prefix) == nullptr) remember(std::move(reading));
+  });
 }
 
 void ReadSession::Store::remember(std::shared_ptr<FolderReading> reading) {
-  reading->entries.shrink();
   activity.folders.fetch_add(1, std::memory_order_relaxed);
   activity.entries.fetch_add(reading->entries.size(), std::memory_order_relaxed);
   makeRoom(memoryOf(*reading));

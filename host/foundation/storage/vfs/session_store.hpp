@@ -35,7 +35,7 @@ class ReadSession::Store {
   std::vector<Exception> failedListings;
 
  private:
-  std::shared_ptr<FolderReading> find(std::u16string_view key, std::string_view prefix) const;
+  std::shared_ptr<FolderReading> const* find(std::u16string_view key, std::string_view prefix) const;
 
   // The entry at the location in a reading of the folder above it: null where that isn't read or the location ends in
   // no name; the index is `EntryTable::npos` where the folder has no such entry.

@@ -114,6 +114,7 @@ void SubtreeScan::closeUntil(std::string_view path, Receive const& receive) {
     open_.pop_back();
     if (reading == nullptr) continue;
     reading->entries.sort();
+    reading->entries = reading->entries.takeCompact();
     receive(reading);
   }
 }
