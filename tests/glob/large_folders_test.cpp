@@ -20,7 +20,7 @@ using korvan::test::Strings;
 using korvan::test::TemporaryFolder;
 
 // Generous against slow machines and sanitizers; what grows faster than its input is far above.
-constexpr std::chrono::seconds limit{30};
+constexpr std::chrono::seconds limit{60};
 
 template <class Work>
 void expectInTime(Work const& work) {
