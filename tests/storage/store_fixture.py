@@ -26,6 +26,7 @@ def serve(folder, asker):
     with swift_store.SwiftStore() as store:
         keys = sample_trees.mirror()
         store.fill("conformance", sample_trees.conformance())
+        store.fill("odd", sample_trees.odd()[0])
         store.fill("mirror", keys)
         store.fill("a-bucket.with-dots", ["plus+and space/100%.txt"], user=swift_store.AWKWARD)
         sample_trees.write_locally(os.path.join(folder, "mirror"), keys)
@@ -73,7 +74,7 @@ def stop(folder):
                 return  # long gone, and its number given to another
         handle = os.pidfd_open(server)
         signal.pidfd_send_signal(handle, signal.SIGTERM)
-        if not select.select([handle], [], [], 10)[0]:
+        if not select.select([handle], [], [], 60)[0]:  # removing thousands of files may take its time
             signal.pidfd_send_signal(handle, signal.SIGKILL)
 
 
