@@ -12,6 +12,7 @@ namespace Quindarel {
 /// The error that ends a builtin's call, as the interpreter's user is told it.
 class KORVAN_HOST_EXPORT InterpreterError : public std::exception {
  public:
+  /// `id` and `reason` may be absent.
   InterpreterError(std::string identifier, std::u16string message, std::optional<resource_core::BaseMsgID> id,
                    std::string reason = {});
   ~InterpreterError() noexcept override;
