@@ -43,7 +43,7 @@ class KORVAN_HOST_EXPORT InterpreterError : public std::exception {
 
 /// The exception that is being handled, as the user is told it: an `InterpreterError` as itself, an exception with a
 /// message for the user by its identifier and message, an interrupt, lack of memory and everything else by messages of
-/// the host's own. To be called in a handler. So a host has one road for whatever leaves a builtin.
+/// the host's own. To be called in a handler. So a host handles whatever leaves a builtin in one way.
 KORVAN_HOST_EXPORT InterpreterError currentInterpreterError();
 
 }  // namespace Quindarel
