@@ -1,5 +1,6 @@
 #include "foundation/storage/vfs/subtree_scan.hpp"
 
+#include <algorithm>
 #include <utility>
 
 #include "foundation/core/text/bytes.hpp"
@@ -7,6 +8,9 @@
 
 namespace foundation::storage::vfs {
 namespace {
+
+// Whatever came before, a page is tried again after a thousand questions.
+constexpr std::size_t mostPagesInVain = 10;
 
 std::u16string_view withoutFinalSeparator(std::u16string_view text) {
   if (!text.empty() && text.back() == u'/') text.remove_suffix(1);
@@ -55,9 +59,9 @@ void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, Receive
   SubtreePage const page = provider.subtree(root_, prefix_, position_);
   open_ = std::move(held);
 
-  lastPageHelped = false;
+  bool helped = false;
   Receive const note = [&](std::shared_ptr<FolderReading> reading) {
-    lastPageHelped = lastPageHelped || pathBelowRoot(reading->location) == wanted;
+    helped = helped || pathBelowRoot(reading->location) == wanted;
     receive(std::move(reading));
   };
   for (std::string const& path : page.paths) add(path, note);
@@ -69,6 +73,14 @@ void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, Receive
     closeUntil({}, note);
     open_.clear();
   }
+  pagesInVain_ = helped ? 0 : std::min(pagesInVain_ + 1, mostPagesInVain);
+  questionsToPass_ = (std::size_t{1} << pagesInVain_) - 1;
+}
+
+bool SubtreeScan::worthAPage() {
+  if (questionsToPass_ == 0) return true;
+  --questionsToPass_;
+  return false;
 }
 
 void SubtreeScan::beginAt(std::string const& path) {
