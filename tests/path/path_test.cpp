@@ -102,7 +102,7 @@ TEST(PathAlgebra, AppendsAnElement) {
       {"a/", "///b", "a/b"},
       {"a\\", "b//c", "a\\/b//c"},
       {"/", "b", "/b"},
-      {"a/", "", "a/"},
+      {"a", "", "a"},
       {"", "b", "b"},
       {"", "", ""},
       {"a", "file:///x", "a/file:///x"},
