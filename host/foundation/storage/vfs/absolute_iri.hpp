@@ -76,7 +76,8 @@ class KORVAN_HOST_EXPORT AbsoluteIRI {
   std::u16string getName() const;
 
   /// The same location with "." and ".." elements removed (RFC 3986, 5.2.4; ".." at the root is dropped), needless
-  /// percent-encodings undone, and every final "/" dropped except the root's own, which is always there.
+  /// percent-encodings undone, and empty elements dropped: no provider takes them for folders, so they and a final "/"
+  /// name nothing of their own. The root's "/" is always there.
   AbsoluteIRI getResolvedIRI() const;
 
   /// The decoded text that leads from `base` to this IRI, "." for the same location. Both are resolved first.

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "foundation/core/text/bytes.hpp"
+#include "foundation/storage/vfs/exception.hpp"
 #include "foundation/storage/vfs/iri_text.hpp"
 
 namespace foundation::storage::vfs {
@@ -53,11 +54,10 @@ std::string SubtreeScan::pathBelowRoot(AbsoluteIRI const& folder) const {
 
 void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, Receive const& receive) {
   std::string const wanted = pathBelowRoot(folder);
-  bool const underWay = !open_.empty() && position_.starts_with(wanted);
+  bool const underWay = intact_ && !open_.empty() && position_.starts_with(wanted);
+  intact_ = false;  // until this page has been gone through
   if (!underWay) beginAt(wanted);
-  std::vector<OpenFolder> held = std::exchange(open_, {});  // lost when the provider throws
-  SubtreePage const page = provider.subtree(root_, prefix_, position_);
-  open_ = std::move(held);
+  SubtreePage const page = pageFor(provider, folder);
 
   bool helped = false;
   Receive const note = [&](std::shared_ptr<FolderReading> reading) {
@@ -75,6 +75,16 @@ void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, Receive
   }
   pagesInVain_ = helped ? 0 : std::min(pagesInVain_ + 1, mostPagesInVain);
   questionsToPass_ = (std::size_t{1} << pagesInVain_) - 1;
+  intact_ = true;
+}
+
+// A failure is one of the folder that the page was read for, not of the whole root.
+SubtreePage SubtreeScan::pageFor(Provider& provider, AbsoluteIRI const& folder) const {
+  try {
+    return provider.subtree(root_, prefix_, position_);
+  } catch (Exception const& failure) {
+    throw Exception(static_cast<ErrorCode>(failure.getErrorCode()), folder, failure.reason());
+  }
 }
 
 bool SubtreeScan::worthAPage() {

@@ -42,6 +42,7 @@ class SubtreeScan {
     bool seen;  // whether a key has told that the folder exists; one that a page was only placed at may not
   };
 
+  SubtreePage pageFor(Provider& provider, AbsoluteIRI const& folder) const;
   std::string pathBelowRoot(AbsoluteIRI const& folder) const;
   void beginAt(std::string const& path);
   void open(std::string path, bool whole, bool seen);
@@ -52,6 +53,7 @@ class SubtreeScan {
   std::string prefix_;
   std::string position_;  // the last path read; the next page begins after it
   std::vector<OpenFolder> open_;
+  bool intact_ = true;  // whether the last page was gone through to its end; otherwise what is open may lack keys
   std::size_t questionsToPass_ = 0;  // before the next page is worth its request
   std::size_t pagesInVain_ = 0;      // in sequence
 };
