@@ -18,14 +18,12 @@ using Operation = MemoryProvider::Operation;
 using Quindarel::System::InterruptException;
 
 Tree sample() {
-  return Tree()
-      .addFile("x.txt")
-      .addFile("d1/y.txt")
-      .addFile("d1/e/z.txt")
-      .addFile(".hid/h.txt")
-      .addFolder("d2/empty")
-      .addFile("d2/.dot")
-      .addFile("q?.txt");
+  Tree tree;
+  tree.addFolder("d2/empty");
+  for (auto const* const path : {"x.txt", "d1/y.txt", "d1/e/z.txt", ".hid/h.txt", "d2/.dot", "q?.txt"}) {
+    tree.addFile(path);
+  }
+  return tree;
 }
 
 class Walk : public testing::Test {
@@ -47,8 +45,6 @@ TEST_F(Walk, GivesTheSameListWhereverTheTreeLies) {
       {"x.txt/", {}},
       {"./x.txt", {"./x.txt"}},
       {"d1//e", {"d1//e"}},
-      {"x.txt/**", {}},
-      {"?.txt", {}},
       {"*", {".hid", "d1", "d2", "q?.txt", "x.txt"}, true},
       {".*", {".hid"}},
       {"*/h.txt", {}},
@@ -56,7 +52,6 @@ TEST_F(Walk, GivesTheSameListWhereverTheTreeLies) {
       {"**/*.txt", {"q?.txt", "x.txt", "d1/y.txt", "d1/e/z.txt"}},
       {"**/", {"d1/", "d1/e/", "d2/", "d2/empty/"}},
       {"d1/**", {"d1", "d1/e", "d1/e/z.txt", "d1/y.txt"}},
-      {"***", {"d1", "d2", "q?.txt", "x.txt"}},
       // Each way to a match counts.
       {"**/*/**", {"d1", "d1/e", "d1/e/z.txt", "d1/y.txt", "d2", "d2/empty", "d1/e", "d1/e/z.txt", "d2/empty"}},
   };
