@@ -93,6 +93,17 @@ TEST(PathAlgebra, ComparesTextsExactly) {
   EXPECT_EQ(Path(iri).toIRI(), iri);
 }
 
+TEST(PathAlgebra, APathThatWasMovedFromIsStillAPath) {
+  for (auto const* const text :
+       {"a text that is too long to be short", "file:///a/text/that/is/too/long/to/be/short"}) {
+    Path from = path(text);
+    Path const to(std::move(from));
+    EXPECT_EQ(to, path(text));
+    EXPECT_EQ(from.name(), u"");  // NOLINT(bugprone-use-after-move,clang-analyzer-cplusplus.Move): that's the question
+    EXPECT_EQ((from / u"x").parent().name(), u"");  // NOLINT(clang-analyzer-cplusplus.Move)
+  }
+}
+
 TEST(PathAlgebra, AppendsAnElement) {
   struct {
     std::string path, element, joined;
