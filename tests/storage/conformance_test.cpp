@@ -180,7 +180,6 @@ TEST_P(Conformance, FiltersChoose) {
   };
   Case const cases[] = {
       {"kinds", "f*", {"file", "folder", "folder-y", "folder.x"}, {"folder"}},
-      {"kinds", "folder", {"folder"}, {"folder"}},
       {"kinds", "", {}, {}},
       {"filter", "*.csv", {"2023-12.csv", "2024-01.csv", "2024-02.csv", "abc.csv"}, {}},
       {"filter", "a**b", {"a*b", "aaab", "aab", "ab", "axxb"}, {}},
@@ -188,7 +187,6 @@ TEST_P(Conformance, FiltersChoose) {
       {"filter", "*a*a*a*a*a*a*a*a*a*a*a*a*a*b", {}, {}},
       {"dots", "*", {"...", "..c", ".a", ".b", "a."}, {".b"}},
       {"order", "\xc3*", {}, {}},  // half a character is none
-      {"awkward", "100%*", {"100%"}, {}},
   };
   for (Case const& each : cases) {
     EXPECT_THAT(all(each.folder, each.filter), ElementsAreArray(each.all)) << each.folder << " " << each.filter;

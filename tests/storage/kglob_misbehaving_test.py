@@ -23,7 +23,6 @@ OUTCOMES = {
     "dropped-once": (0, "", 2, 2, 0, 8),
     "silent": (2, "(tried ", 2, 4, 10, 34),
     "busy": (2, "HTTP 503 SlowDown: as told (request id id-SlowDown) (tried ", 5, 20, 0, 34),
-    "cut": (2, "(tried ", 5, 20, 0, 34),
     "cut-second-page": (2, "(tried ", 6, 21, 0, 34),
     "garbage": (2, "makes no sense", 1, 1, 0, 8),
     "same-token": (2, "token repeats", 2, 3, 0, 8),

@@ -44,7 +44,6 @@ BEHAVIOURS = {
     "retry-after": lambda number, token: (503, b"", {"Retry-After": "1"}) if number == 1 else WELL,
     "dropped-once": lambda number, token: None if number == 1 else WELL,
     "silent": lambda number, token: time.sleep(60),
-    "cut": lambda number, token: CUT,
     "cut-second-page": lambda number, token: (200, page(["three"], "1"), {}) if token == "0" else CUT,
     "garbage": lambda number, token: (200, bytes(range(256)) * 10, {}),
     "same-token": lambda number, token: (200, page([f"t{number:06}"], "again"), {}),
