@@ -69,6 +69,7 @@ class KORVAN_IO_EXPORT invalidIRI : public resource_core::BaseMsgID {
 /// A scheme that no provider serves.
 class KORVAN_IO_EXPORT unsupportedProvider : public resource_core::BaseMsgID {
  public:
+  /// `scheme` without "://".
   template <std::convertible_to<std::u16string> Text>
   explicit unsupportedProvider(Text const& scheme) : BaseMsgID("KORVAN:virtualfilesystem", "unsupportedProvider", 1) {
     setArgument(0, std::u16string(scheme));
@@ -78,6 +79,7 @@ class KORVAN_IO_EXPORT unsupportedProvider : public resource_core::BaseMsgID {
 /// A location that the caller may not see or read.
 class KORVAN_IO_EXPORT permissionDenied : public resource_core::BaseMsgID {
  public:
+  /// `location` is the path or location concerned.
   template <std::convertible_to<std::u16string> Text>
   explicit permissionDenied(Text const& location) : BaseMsgID("KORVAN:virtualfilesystem", "permissionDenied", 1) {
     setArgument(0, std::u16string(location));

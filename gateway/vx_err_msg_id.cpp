@@ -10,7 +10,7 @@ template <class T>
 void vxErrMsgId(T const& id) {
   foundation::core::except::Exception<T, std::exception, void> const error(id);
   matrix::detail::do_legacy_vx_error(error);
-  throw error;
+  throw foundation::core::except::Exception<T, std::exception, void>(error);
 }
 
 template void vxErrMsgId(KORVAN::automation::io::glob::InvalidNumArgs const&);

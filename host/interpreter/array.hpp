@@ -16,7 +16,7 @@
 /// dimension runs fastest). Builtins get arrays read only; they make new ones by the functions below.
 struct KORVAN_HOST_EXPORT vxArray_tag {
  public:
-  using Characters = std::u16string;
+  using Characters = std::u16string;           ///< UTF-16 code units
   using Logicals = std::vector<std::uint8_t>;  ///< 0 is false, everything else true
   using Doubles = std::vector<double>;
   using Strings = Quindarel::String::StringArray;
@@ -26,8 +26,11 @@ struct KORVAN_HOST_EXPORT vxArray_tag {
   /// `std::invalid_argument` when the shape doesn't hold as many values as there are.
   vxArray_tag(std::vector<std::size_t> dimensions, Values values);
 
+  /// Two or more; as long as the array lives.
   std::span<std::size_t const> dimensions() const noexcept { return dimensions_; }
+  /// The number of values: the product of the dimensions.
   std::size_t size() const noexcept;
+  /// The values of the array's class. Whoever changes them keeps their number.
   Values const& values() const noexcept { return values_; }
   Values& values() noexcept { return values_; }
 

@@ -11,6 +11,7 @@ namespace matrix::detail {
 
 /// Destroys an array of the interpreter.
 struct KORVAN_HOST_EXPORT vxDestroy_deleter {
+  /// Null is passed over.
   void operator()(vxArray_tag* array) const noexcept;
 };
 

@@ -12,6 +12,7 @@ namespace Quindarel {
 /// The error that ends a builtin's call, as the interpreter's user is told it.
 class KORVAN_HOST_EXPORT InterpreterError : public std::exception {
  public:
+  /// `id` and `reason` may be absent.
   InterpreterError(std::string identifier, std::u16string message, std::optional<resource_core::BaseMsgID> id,
                    std::string reason = {});
   ~InterpreterError() noexcept override;
@@ -42,7 +43,7 @@ class KORVAN_HOST_EXPORT InterpreterError : public std::exception {
 
 /// The exception that is being handled, as the user is told it: an `InterpreterError` as itself, an exception with a
 /// message for the user by its identifier and message, an interrupt, lack of memory and everything else by messages of
-/// the host's own. To be called in a handler. So a host has one road for whatever leaves a builtin.
+/// the host's own. To be called in a handler. So a host handles whatever leaves a builtin in one way.
 KORVAN_HOST_EXPORT InterpreterError currentInterpreterError();
 
 }  // namespace Quindarel

@@ -18,6 +18,7 @@ class KORVAN_HOST_EXPORT StringArray {
   /// `count` elements, all missing.
   explicit StringArray(std::size_t count);
 
+  /// The number of elements, missing ones included.
   std::size_t size() const noexcept { return elements_.size(); }
 
   /// The text of the element, or nothing when it is missing. Valid until an element is set.
@@ -27,6 +28,7 @@ class KORVAN_HOST_EXPORT StringArray {
   /// of this array.
   void setText(std::size_t index, std::u16string_view text);
 
+  /// Takes the element's text away.
   void setMissing(std::size_t index) noexcept;
 
  private:

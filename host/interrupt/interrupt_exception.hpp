@@ -15,6 +15,7 @@ class KORVAN_HOST_EXPORT InterruptException
   InterruptException& operator=(InterruptException const&) noexcept;
   ~InterruptException() noexcept override;
 
+  /// As the constructor was told.
   bool fromCtrlC() const noexcept { return fromCtrlC_; }
 
   /// A copy on the heap, owned by the caller.

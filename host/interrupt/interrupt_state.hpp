@@ -17,8 +17,10 @@ KORVAN_HOST_EXPORT void utSetInterruptPending(bool pending) noexcept;
 /// (`off`).
 class KORVAN_HOST_EXPORT utInterruptMode {
  public:
+  /// `off`: work polls and ends itself; `on`: it is ended at once.
   enum Mode { off, on };
 
+  /// Sets the mode of the calling thread, where the guard must also end.
   explicit utInterruptMode(Mode mode) noexcept;
   ~utInterruptMode();
   utInterruptMode(utInterruptMode const&) = delete;
@@ -31,6 +33,7 @@ class KORVAN_HOST_EXPORT utInterruptMode {
   Mode previous_;
 };
 
+/// Ends work that the user interrupted.
 class KORVAN_HOST_EXPORT utInterruptState {
  public:
   /// Throws `Quindarel::System::InterruptException` with its ctrl-c flag true when an interrupt is pending and the

@@ -95,8 +95,10 @@ class MatchesAndStatus(KglobTest):
             (["a*", "a*"], b"a.txt\na.txt\n"),
         ]:
             self.expect(arguments, 0, output)
-        for arguments in [["nothing"], ["*.zip", ""], ["-r", "nowhere", "*"], ["-r", "a.txt", "**"], ["[a,b].txt"]]:
+        for arguments in [["nothing"], ["*.zip", ""], ["-r", "sub", "*.txt"], ["[a,b].txt"]]:
             self.expect(arguments, 1, b"")
+        for folder in ["nowhere", "a.txt"]:
+            self.expect_error(["-r", folder, "**"], rb'root folder "%s" is no folder' % folder.encode())
 
     def test_awkward_names(self):
         for name in AWKWARD_NAMES:

@@ -16,9 +16,9 @@ int main(int argc, char** argv) try {
   Path const from(fromBytes(argv[2]));
   for (std::u16string const& match : korvan::io::internal::glob(u"**/*.csv", folder.string(false), false)) {
     Path const file = folder / match;
-    Path const road = relative(file, from);  // empty where no road leads, as from a disk to a store
-    bool const same = isSameFile(from / road.generic(false), file);
-    std::cout << toBytesLossy(match) << ": " << (same ? toBytesLossy(road.string(false)) : "elsewhere") << "\n";
+    Path const way = relative(file, from);  // empty where no relative path leads, as from a disk to a store
+    bool const same = isSameFile(from / way.generic(false), file);
+    std::cout << toBytesLossy(match) << ": " << (same ? toBytesLossy(way.string(false)) : "elsewhere") << "\n";
   }
 } catch (std::exception const& error) {
   std::cerr << error.what() << "\n";

@@ -63,7 +63,7 @@ TEST(LargeFolders, AMillionEntries) {
 
 TEST(LargeFolders, AThousandDeep) {
   constexpr int depth = 1000;
-  TemporaryFolder const folder;
+  TemporaryFolder const folder(TemporaryFolder::Place::memory);
   makeDeep(folder.path(), depth);
   expectInTime([&] {
     ReadSession const session;
@@ -80,7 +80,7 @@ TEST(LargeFolders, AThousandDeep) {
 
 TEST(LargeFolders, DeeperThanAPathCanTell) {
   constexpr std::size_t depth = 2500;
-  TemporaryFolder const folder;
+  TemporaryFolder const folder(TemporaryFolder::Place::memory);
   makeDeep(folder.path(), depth);
   // A path has PATH_MAX bytes with its final NUL; what the last folder that one can tell holds is still listed.
   std::size_t const reached = (PATH_MAX - 1 - folder.path().size()) / 2;

@@ -16,14 +16,15 @@ namespace {
 std::atomic<std::size_t> held{0};
 }
 
-void* operator new(std::size_t size) {
+// Not inlined: GCC would see malloc's memory reach operator delete, and call that a mismatch.
+[[gnu::noinline]] void* operator new(std::size_t size) {
   void* const memory = std::malloc(size);
   if (!memory) throw std::bad_alloc();
   held += malloc_usable_size(memory);
   return memory;
 }
 
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   held -= malloc_usable_size(memory);
   std::free(memory);
 }

@@ -122,6 +122,28 @@ class Names(unittest.TestCase):
                 self.assertEqual((run.status, run.errors), (0, ""))
 
 
+class OddKeys(unittest.TestCase):
+    def check(self, pattern, found):
+        run = Run("-d", f"s3://odd/{pattern}")
+        self.assertEqual(run.output.splitlines(), [f"s3://odd/{name}" for name in found])
+        self.assertEqual((run.status, run.errors), (0 if found else 1, ""))
+
+    def test_what_can_be_named_is_found(self):
+        everything = sample_trees.odd()[1]
+        self.check("**", [""] + everything)
+        self.check("*", [name for name in everything if "/" not in name])
+
+    def test_an_object_and_a_folder_of_one_name_are_a_folder(self):
+        self.check("b*", ["both"])
+        self.check("b*/", ["both/"])
+        self.check("both/*", ["both/below"])
+
+    def test_a_marker_is_no_entry_of_its_folder(self):
+        self.check("marker/*", ["marker/x"])
+        self.check("only-marker/*", [])
+        self.check("only-marker/", ["only-marker/"])
+
+
 class Requests(unittest.TestCase):
     def check(self, pattern, matches, least, most):
         run = Run("--stats", pattern)

@@ -39,6 +39,12 @@ def _files(folder, start, count):
     return [f"{folder}/{names[(start + 3 * number) % len(names)]}" for number in range(count)]
 
 
+def odd():
+    """Keys that only a store has, and what a search of everything finds of them: some can't be named by a path."""
+    keys = ["a//b", "./x", "../y", "/lead", "both", "both/below", "dir/./z", "marker/", "marker/x", "only-marker/", "n" * 600]
+    return keys, ["a", "both", "both/below", "dir", "marker", "marker/x", "n" * 600, "only-marker"]
+
+
 def conformance():
     """The tree of the conformance suite: one percent-encoded key a line."""
     with open(os.path.join(os.path.dirname(os.path.abspath(__file__)), "conformance_tree.txt"), encoding="ascii") as file:

@@ -16,6 +16,7 @@ class KORVAN_HOST_EXPORT FsysExceptionBase : public std::exception {
 
   /// The path text, as the operation was given it.
   std::u16string const& path() const noexcept { return path_; }
+  /// What the system said, as an `errno` value.
   int error() const noexcept { return error_; }
 
   /// What the system said, as UTF-8, without the path.

@@ -45,6 +45,7 @@ class basic_path {
   bool flag_ = true;
 };
 
+/// The local path class of this platform: names are bytes, text is UTF-16.
 using upath = basic_path<char, char16_t, detail::path_traits<char, char16_t>>;
 
 }  // namespace fl::filesystem

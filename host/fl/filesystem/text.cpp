@@ -19,7 +19,9 @@ std::u16string make_native_form(std::u16string const& text, bool /*interpret*/) 
   return text;
 }
 
-std::u16string make_native_form(std::u16string&& text, bool /*interpret*/) noexcept { return std::move(text); }
+std::u16string make_native_form(std::u16string&& text, bool /*interpret*/) noexcept {
+  return std::move(text);
+}
 
 std::u16string make_generic_form(std::u16string const& text) {
   return text;

@@ -48,6 +48,7 @@ KORVAN_HOST_EXPORT void concatenate_pathname(std::u16string& text, std::u16strin
 /// The root name: always empty here.
 KORVAN_HOST_EXPORT std::u16string extract_root_name(std::u16string const& text);
 
+/// The text split at its last element.
 KORVAN_HOST_EXPORT pathname_element_context<char16_t> extract_pathname_elements(std::u16string const& text);
 
 /// The first text of `extract_pathname_elements`.

@@ -24,6 +24,7 @@ class KORVAN_HOST_EXPORT Exception<IInternalException, std::exception, void> : p
                                                                                public std::exception {
  public:
   ~Exception() noexcept override;
+  /// What `IException` tells, as UTF-8; lives as long as the exception.
   char const* what() const noexcept override;
 
  protected:

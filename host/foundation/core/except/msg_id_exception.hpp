@@ -35,6 +35,7 @@ template <class T>
 requires std::derived_from<T, resource_core::BaseMsgID>
 class KORVAN_HOST_EXPORT Exception<T, std::exception, void> : public IMsgIDException, public std::exception {
  public:
+  /// Carries a copy of the message.
   explicit Exception(T const& id) : id_(id), errorId_(get_error_id(id_)) {}
 
   /// A copy on the heap, owned by the caller.
@@ -43,10 +44,13 @@ class KORVAN_HOST_EXPORT Exception<T, std::exception, void> : public IMsgIDExcep
   /// Throws a copy.
   [[noreturn]] void rethrow() const override { throw Exception(*this); }
 
+  /// The message as UTF-8; lives as long as the exception.
   char const* what() const noexcept override { return IException::what(); }
 
+  /// The message's error identifier.
   std::string GetID() const override { return errorId_; }
 
+  /// The message, of type `T`.
   resource_core::BaseMsgID const& GetBaseMsgIDObj() const override { return id_; }
 
  private:

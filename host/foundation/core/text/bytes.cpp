@@ -53,8 +53,9 @@ void appendCodePoint(std::string& bytes, char32_t codePoint) {
 template <class Unit>
 using UnsignedOf = std::conditional_t<sizeof(Unit) == 1, unsigned char, char16_t>;
 
-// How many units at the start of `in` are ASCII; they are copied to `out`, which has room for all of `in`. In blocks without a branch inside, which
-// compilers turn into vector code: nearly all names are ASCII, and every one of them comes through here.
+// How many units at the start of `in` are ASCII; they are copied to `out`, which has room for all of `in`. In blocks
+// without a branch inside, which compilers turn into vector code: nearly all names are ASCII, and every one of them
+// comes through here.
 template <class To, class From>
 std::size_t copyAscii(From const* __restrict in, std::size_t size, To* __restrict out) {
   constexpr std::size_t block = 16;

@@ -66,6 +66,7 @@ class KORVAN_HOST_EXPORT AbsoluteIRI {
   /// Throws `std::runtime_error` between different schemes or authorities.
   std::u16string makePathRelativeTo(AbsoluteIRI const& base) const;
 
+  /// Whether the written forms are the same; nothing is resolved.
   friend bool operator==(AbsoluteIRI const& a, AbsoluteIRI const& b) noexcept { return a.text_ == b.text_; }
   friend bool operator!=(AbsoluteIRI const& a, AbsoluteIRI const& b) noexcept { return a.text_ != b.text_; }
 

@@ -14,8 +14,8 @@ namespace foundation::storage::vfs {
 
 /// What a folder tells of an entry without a look at the entry itself.
 enum class EntryKind : std::uint8_t {
-  file,
-  folder,
+  file,     ///< neither a folder nor a link
+  folder,   ///< a folder itself
   link,     ///< a link: it counts as what it leads to, which only a look can tell
   unknown,  ///< the folder doesn't tell; the entry may be a link as well
 };
@@ -24,8 +24,10 @@ enum class EntryKind : std::uint8_t {
 /// then only read (but for kinds that are found out later). Makes no system call. Not for several threads at once.
 class KORVAN_HOST_EXPORT EntryTable {
  public:
+  /// No index.
   static constexpr std::size_t npos = static_cast<std::size_t>(-1);
 
+  /// Takes every entry away and keeps the memory.
   void clear() noexcept {
     names_.clear();
     records_.clear();
@@ -40,7 +42,9 @@ class KORVAN_HOST_EXPORT EntryTable {
   /// folder if any of them is. Polls for an interrupt as `add` does.
   void sort();
 
+  /// The number of entries.
   std::size_t size() const noexcept { return records_.size(); }
+  /// The name as bytes. Valid until the table changes.
   std::string_view name(std::size_t index) const noexcept {
     Record const& record = records_[index];
     return {names_.data() + record.offset, record.flags >> flagBits};

@@ -19,10 +19,13 @@ enum class ErrorCode : int {
 /// that the storage layer throws is one of these or derives from it.
 class KORVAN_HOST_EXPORT Exception : public std::exception {
  public:
+  /// `reason` is UTF-8, a few words, without the location.
   Exception(ErrorCode code, AbsoluteIRI location, std::string reason);
   ~Exception() override;
 
+  /// The `ErrorCode` as a number.
   int getErrorCode() const noexcept { return static_cast<int>(code_); }
+  /// The location concerned, as it was asked about.
   AbsoluteIRI const& getLocation() const noexcept { return location_; }
 
   /// What the system or the store said, as UTF-8, without the location.
@@ -64,6 +67,7 @@ class KORVAN_HOST_EXPORT UnsupportedIRISchemeException : public Exception {
   UnsupportedIRISchemeException(std::u16string scheme, std::string reason);
   ~UnsupportedIRISchemeException() override;
 
+  /// The scheme, without "://".
   std::u16string const& getScheme() const noexcept { return scheme_; }
 
  private:

@@ -41,6 +41,7 @@ struct SubtreePage {
 /// location that it was asked about; an answer that is not whole is a failure, never a shorter list.
 class KORVAN_HOST_EXPORT Provider {
  public:
+  /// Whether the scheme's IRIs have an authority, what stands between "://" and the path.
   enum class Authority {
     empty,     ///< IRIs have none ("localhost" is taken for none, RFC 8089); all of a local path is their path
     required,  ///< IRIs have one; a local path's first element is the authority (a bucket), the rest the path
@@ -48,6 +49,7 @@ class KORVAN_HOST_EXPORT Provider {
 
   virtual ~Provider();
 
+  /// Which of them holds for this scheme. No request.
   virtual Authority authority() const noexcept = 0;
 
   /// What stands at the location; `notFound` where nothing does. At most two requests.

@@ -25,13 +25,17 @@ struct Activity {
 /// session every question goes to the disk or store. Sessions nest: the innermost is the one in force.
 class KORVAN_HOST_EXPORT ReadSession {
  public:
+  /// In bytes.
   static constexpr std::size_t defaultMemoryBound = std::size_t{256} << 20;
 
+  /// Opens a session on the calling thread, which must also close it. `memoryBound`: how many bytes of readings it
+  /// keeps, about.
   explicit ReadSession(std::size_t memoryBound = defaultMemoryBound);
   ~ReadSession();
   ReadSession(ReadSession const&) = delete;
   ReadSession& operator=(ReadSession const&) = delete;
 
+  /// What was read through this session so far; lives as long as it.
   Activity const& activity() const noexcept;
 
   /// The listings that failed, each folder once, in the order in which they did. A folder that isn't there and one
@@ -41,6 +45,7 @@ class KORVAN_HOST_EXPORT ReadSession {
   /// The calling thread's innermost session, or null.
   static ReadSession* current() noexcept;
 
+  /// What the session remembers; for the storage layer itself.
   class Store;
   Store& store() noexcept { return *store_; }
 

@@ -33,6 +33,7 @@ using MakeProvider = Provider* (*)();
 /// A handle on the storage system, passed by value; as cheap as a pointer.
 class KORVAN_HOST_EXPORT StorageSystemReference {
  public:
+  /// Refers to the system, which it doesn't own.
   explicit StorageSystemReference(StorageSystem& system) noexcept : system_(&system) {}
   StorageSystem& system() const noexcept { return *system_; }
 

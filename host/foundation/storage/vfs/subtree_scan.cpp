@@ -60,15 +60,13 @@ void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, Receive
     lastPageHelped = lastPageHelped || pathBelowRoot(reading->location) == wanted;
     receive(std::move(reading));
   };
-  bool const nothing =
-      page.paths.empty() && !underWay;  // a folder without entries, or no folder at all: this page can't tell which
   for (std::string const& path : page.paths) add(path, note);
   if (!page.position.empty())
     position_ = page.position;
   else if (!page.paths.empty())
     position_ = page.paths.back();
   if (page.last) {
-    if (!nothing) closeUntil({}, note);
+    closeUntil({}, note);
     open_.clear();
   }
 }
@@ -76,13 +74,13 @@ void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, Receive
 void SubtreeScan::beginAt(std::string const& path) {
   open_.clear();
   position_ = path;
-  open({}, path.empty());
+  open({}, path.empty(), false);
   for (std::size_t end = path.find('/'); end != std::string::npos; end = path.find('/', end + 1)) {
-    open(path.substr(0, end + 1), end + 1 == path.size());
+    open(path.substr(0, end + 1), end + 1 == path.size(), false);
   }
 }
 
-void SubtreeScan::open(std::string path, bool whole) {
+void SubtreeScan::open(std::string path, bool whole, bool seen) {
   std::shared_ptr<FolderReading> reading;
   if (whole) {
     std::string_view below = path;
@@ -90,11 +88,12 @@ void SubtreeScan::open(std::string path, bool whole) {
     reading = std::make_shared<FolderReading>(AbsoluteIRI(root_, core::text::fromBytes(below)),
                                               path.empty() ? prefix_ : std::string());
   }
-  open_.push_back({std::move(path), std::move(reading)});
+  open_.push_back({std::move(path), std::move(reading), seen});
 }
 
 void SubtreeScan::add(std::string_view path, Receive const& receive) {
   closeUntil(path, receive);
+  open_.back().seen = true;
   for (std::size_t start = open_.back().path.size(); start < path.size();) {
     std::size_t const end = path.find('/', start);
     std::string_view const name = path.substr(start, end == std::string_view::npos ? end : end - start);
@@ -103,7 +102,7 @@ void SubtreeScan::add(std::string_view path, Receive const& receive) {
       reading->entries.add(name, isFolder ? EntryKind::folder : EntryKind::file);
     }
     if (!isFolder) return;
-    open(std::string(path.substr(0, end + 1)), true);
+    open(std::string(path.substr(0, end + 1)), true, true);
     start = end + 1;
   }
 }
@@ -111,8 +110,9 @@ void SubtreeScan::add(std::string_view path, Receive const& receive) {
 void SubtreeScan::closeUntil(std::string_view path, Receive const& receive) {
   while (!open_.empty() && (path.empty() || !path.starts_with(open_.back().path))) {
     std::shared_ptr<FolderReading> const reading = std::move(open_.back().reading);
+    bool const known = reading != nullptr && open_.back().seen;
     open_.pop_back();
-    if (reading == nullptr) continue;
+    if (!known) continue;
     reading->entries.sort();
     reading->entries = reading->entries.takeCompact();
     receive(reading);

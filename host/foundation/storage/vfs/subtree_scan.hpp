@@ -36,11 +36,12 @@ class SubtreeScan {
   struct OpenFolder {
     std::string path;                        // below the root, ending in "/"; empty for the root
     std::shared_ptr<FolderReading> reading;  // null where keys before the first one read may be missing
+    bool seen;  // whether a key has told that the folder exists; one that a page was only placed at may not
   };
 
   std::string pathBelowRoot(AbsoluteIRI const& folder) const;
   void beginAt(std::string const& path);
-  void open(std::string path, bool whole);
+  void open(std::string path, bool whole, bool seen);
   void add(std::string_view path, Receive const& receive);
   void closeUntil(std::string_view path, Receive const& receive);
 
