@@ -38,6 +38,7 @@ std::shared_ptr<FolderReading> DescentReader::read(std::shared_ptr<Provider> con
     ++inOrder_;
     outOfOrder_ = 0;
   } else {
+    order_.avoid(location);
     inOrder_ = 0;
     if (++outOfOrder_ == astrayAfter) {
       order_.clear();
@@ -46,12 +47,12 @@ std::shared_ptr<FolderReading> DescentReader::read(std::shared_ptr<Provider> con
   }
   auto reading = readFolder(*provider, location, {});
   order_.enter(*reading);
-  if (inOrder_ >= descentAfter) {
+  if (inOrder_ >= descentAfter && mayReadAhead_) {
     inOrder_ = 0;
     try {
       ahead_ = std::make_unique<ReadAhead>(provider, std::exchange(order_, {}));
     } catch (std::system_error const&) {
-      return reading;  // no thread to be had: it goes without
+      mayReadAhead_ = false;  // no thread to be had: it goes without
     }
   }
   return reading;

@@ -26,6 +26,7 @@ class DescentReader {
   DescentOrder order_;          // unless ahead_ has it
   std::size_t inOrder_ = 0;     // folders in a row that were the next in it
   std::size_t outOfOrder_ = 0;  // folders in a row that were not
+  bool mayReadAhead_ = true;
   std::unique_ptr<ReadAhead> ahead_;
 };
 
