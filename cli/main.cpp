@@ -83,7 +83,7 @@ Status searchOne(SearchLibrary const& library, vfs::ReadSession const& session, 
     Progress const progress(session.activity());
     matches = search(library, pattern, scope);
   } catch (Quindarel::System::InterruptException const&) {
-    throw EndedBySignal{SIGINT};
+    throw;
   } catch (...) {
     Quindarel::InterpreterError const error = Quindarel::currentInterpreterError();
     tell(withReason(error), error.identifier());
@@ -151,6 +151,8 @@ int main(int argc, char** argv) {
     return run(parseOptions(argc, argv));
   } catch (EndedBySignal const& end) {
     endBySignal(end.signal);
+  } catch (Quindarel::System::InterruptException const&) {
+    endBySignal(SIGINT);
   } catch (UsageError const& error) {
     tell(std::string(error.what()) + "; see kglob --help");
   } catch (WriteError const& error) {

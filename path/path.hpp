@@ -97,9 +97,8 @@ KORVAN_IO_EXPORT bool isAbsolute(Path const& p);
 KORVAN_IO_EXPORT Path absolute(Path const& p, Path const& base);
 
 /// `p` made absolute against `base` and resolved. A local path against a local base must exist, and its links are
-/// followed
-/// (`fl::filesystem::canonical`); an IRI is resolved as text (`AbsoluteIRI::getResolvedIRI`), without a request. Throws
-/// as `absolute`.
+/// followed (`fl::filesystem::canonical`); an IRI is resolved as text (`AbsoluteIRI::getResolvedIRI`), without a
+/// request. Throws as `absolute`.
 KORVAN_IO_EXPORT Path canonical(Path const& p, Path const& base);
 
 /// The path that leads from `base` to `p`. Between local paths that of `fl::filesystem::relative`, which follows links.

@@ -1,14 +1,8 @@
 #include "interpreter/dispatcher.hpp"
 
 #include <atomic>
-#include <cerrno>
-#include <climits>
-#include <cstdlib>
-#include <memory>
 
-#include <unistd.h>
-
-#include "foundation/core/text/bytes.hpp"
+#include "fl/filesystem/operations.hpp"
 #include "foundation/storage/vfs/conversion.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
 
@@ -27,17 +21,12 @@ using namespace Quindarel::current_working_folder;
 class ProcessFolder final : public ICurrentWorkingFolder {
  public:
   foundation::storage::vfs::Folder get() const override {
-    char buffer[PATH_MAX];
-    std::unique_ptr<char, decltype(&std::free)> longer(nullptr, &std::free);
-    char const* folder = ::getcwd(buffer, sizeof buffer);
-    if (!folder && errno == ERANGE) {
-      longer.reset(::getcwd(nullptr, 0));
-      folder = longer.get();
+    try {
+      return {foundation::storage::vfs::toAbsoluteIRI(u"file", fl::filesystem::absolute({}, {})),
+              Quindarel::KorvanStorageSystem::GetStorageSystemReference()};
+    } catch (fl::filesystem::FsysExceptionBase const& failure) {
+      throw UnknownFolderException(failure.error());
     }
-    if (!folder) throw UnknownFolderException(errno);
-    fl::filesystem::upath const path(foundation::core::text::fromBytes(folder));
-    return {foundation::storage::vfs::toAbsoluteIRI(u"file", path),
-            Quindarel::KorvanStorageSystem::GetStorageSystemReference()};
   }
 };
 

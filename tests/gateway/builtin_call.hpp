@@ -2,21 +2,22 @@
 
 #include <memory>
 #include <optional>
-#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "foundation/core/except/msg_id_exception.hpp"
 #include "gateway/builtin_glob.hpp"
 #include "interpreter/array.hpp"
 #include "interpreter/errors.hpp"
+#include "interrupt/interrupt_state.hpp"
 #include "support/text.hpp"
 
 namespace korvan::test {
 
 using Array = std::shared_ptr<vxArray_tag>;
-using Arguments = std::vector<resource_core::MsgArgument>;
 
 inline Array row(std::u16string text) {
   return Quindarel::createCharacterRow(std::move(text));
@@ -27,9 +28,6 @@ inline Array logical(bool value) {
 inline Array array(std::vector<std::size_t> dimensions, vxArray_tag::Values values) {
   return Quindarel::createArray(std::move(dimensions), std::move(values));
 }
-inline Array number(double value) {
-  return array({1, 1}, vxArray_tag::Doubles{value});
-}
 
 /// A column of strings; nothing is a missing one.
 inline Array strings(std::vector<std::optional<std::u16string>> const& texts) {
@@ -39,65 +37,47 @@ inline Array strings(std::vector<std::optional<std::u16string>> const& texts) {
   return column;
 }
 
-/// Calls the builtin as an interpreter does.
-inline void callGlob(int nlhs, matrix::detail::ArrayPtr& output, std::vector<Array> const& inputs) {
+/// The matches of a call of the builtin, which must come as a column. Whatever comes of the call, the interrupt mode
+/// must be back, and an output that was there stays unless the call succeeds.
+inline std::vector<std::string> matches(std::vector<Array> const& inputs, int nlhs = 1) {
   std::vector<vxArray_tag const*> pointers;
   for (Array const& input : inputs) pointers.push_back(input.get());
-  korvan::io::internal::glob(nlhs, &output, static_cast<int>(pointers.size()), pointers.data());
-}
-
-/// The matches of a call that succeeds.
-inline std::vector<std::string> matches(std::vector<Array> const& inputs) {
-  matrix::detail::ArrayPtr output;
-  callGlob(1, output, inputs);
+  matrix::detail::ArrayPtr output = Quindarel::createLogicalScalar(true);
+  vxArray_tag const* const untouched = output.get();
+  utInterruptMode::Mode const mode = utInterruptMode::current();
+  try {
+    korvan::io::internal::glob(nlhs, &output, static_cast<int>(pointers.size()), pointers.data());
+  } catch (...) {
+    EXPECT_EQ(utInterruptMode::current(), mode);
+    EXPECT_EQ(output.get(), untouched);
+    throw;
+  }
+  EXPECT_EQ(utInterruptMode::current(), mode);
   std::vector<std::string> texts;
-  Quindarel::String::StringArray const& elements = Quindarel::String::getString(output);
+  auto const& elements = std::get<vxArray_tag::Strings>(output->values());
   for (std::size_t i = 0; i < elements.size(); ++i) texts.push_back(toBytes(elements[i].value()));
+  EXPECT_TRUE(output->dimensions().size() == 2 && output->dimensions()[1] == 1);
   return texts;
 }
 
-/// How a call failed: told to the interpreter, or thrown past it.
-struct Failure {
-  enum class Channel { none, reported, thrown };
-
-  Channel channel = Channel::none;
-  std::string identifier{};
-  Arguments arguments{};
-
-  bool operator==(Failure const&) const = default;
-
-  friend std::ostream& operator<<(std::ostream& out, Failure const& failure) {
-    out << (failure.channel == Channel::none     ? "no failure"
-            : failure.channel == Channel::thrown ? "thrown "
-                                                 : "reported ")
-        << failure.identifier;
-    for (resource_core::MsgArgument const& argument : failure.arguments) {
-      out << " [" << argument.index() << "] ";
-      if (auto const* wide = std::get_if<std::u16string>(&argument)) out << toBytes(*wide);
-      if (auto const* narrow = std::get_if<std::string>(&argument)) out << *narrow;
-    }
-    return out;
+/// A failure as text: how it was told, the identifier and the arguments, those in UTF-16 quoted.
+inline std::string failureText(std::string text, resource_core::BaseMsgID const& id) {
+  for (resource_core::MsgArgument const& argument : id.arguments()) {
+    auto const* const wide = std::get_if<std::u16string>(&argument);
+    text += wide != nullptr ? " \"" + toBytes(*wide) + '"' : ' ' + std::get<std::string>(argument);
   }
-};
-
-inline Failure reported(std::string identifier, Arguments arguments = {}) {
-  return {Failure::Channel::reported, std::move(identifier), std::move(arguments)};
+  return text;
 }
 
-inline Failure thrown(std::string identifier) {
-  return {Failure::Channel::thrown, std::move(identifier)};
-}
-
-template <class Call>
-Failure failureOf(Call call) {
-  try {
-    call();
-  } catch (Quindarel::InterpreterError const& error) {
-    return reported(error.identifier(), error.messageID().value().arguments());
-  } catch (foundation::core::except::IMsgIDException const& error) {
-    return {Failure::Channel::thrown, error.GetID(), error.GetBaseMsgIDObj().arguments()};
-  }
-  return {};
+/// What comes of a call: its matches, or its failure alone, as "reported" to the interpreter or "thrown" past it.
+inline std::vector<std::string> outcome(std::vector<Array> const& inputs, int nlhs = 1) try {
+  return matches(inputs, nlhs);
+} catch (Quindarel::InterpreterError const& error) {
+  return {failureText("reported " + error.identifier(), error.messageID().value())};
+} catch (foundation::core::except::IMsgIDException const& error) {
+  return {failureText("thrown " + error.GetID(), error.GetBaseMsgIDObj())};
+} catch (std::exception const& error) {
+  return {error.what()};
 }
 
 }  // namespace korvan::test

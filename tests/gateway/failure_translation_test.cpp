@@ -1,26 +1,32 @@
 #include <cerrno>
+#include <functional>
 #include <new>
-
-#include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "builtin_call.hpp"
 #include "fl/filesystem/exception.hpp"
 #include "foundation/storage/vfs/exception.hpp"
 #include "interpreter/dispatcher.hpp"
-#include "interrupt/interrupt_exception.hpp"
-#include "interrupt/interrupt_state.hpp"
-#include "scripted_provider.hpp"
 #include "support/memory_provider.hpp"
 #include "support/temporary_folder.hpp"
 
 namespace korvan::test {
 namespace {
 
-constexpr char const* invalidFile = "KORVAN:automation:io:FileIO:InvalidFile";
-constexpr char const* permissionDenied = "KORVAN:virtualfilesystem:permissionDenied";
-constexpr char const* invalidIRI = "KORVAN:virtualfilesystem:invalidIRI";
-constexpr char const* unsupported = "KORVAN:virtualfilesystem:unsupportedProvider";
+/// Storage whose every answer is written in the test.
+class ScriptedProvider final : public vfs::Provider {
+ public:
+  std::function<void(vfs::AbsoluteIRI const&)> onRequest = [](vfs::AbsoluteIRI const&) {};
+
+  Authority authority() const noexcept override { return Authority::required; }
+  vfs::PathKind kind(vfs::AbsoluteIRI const& location) override {
+    onRequest(location);
+    return vfs::PathKind::isFile;
+  }
+  void list(vfs::AbsoluteIRI const& folder, std::string_view, vfs::EntryTable& entries) override {
+    entries.add("one", vfs::EntryKind::file);
+    onRequest(folder);
+  }
+};
 
 class BuiltinFailures : public testing::Test {
  protected:
@@ -30,127 +36,66 @@ class BuiltinFailures : public testing::Test {
   ServedScheme const served_{u"scripted", provider_};
 };
 
-TEST_F(BuiltinFailures, OfStorageAreTranslatedByKindAndToldAsTheCallerWritesLocations) {
-  provider_->onKind = [](vfs::AbsoluteIRI const& location) -> vfs::PathKind {
-    auto const code = location.getName() == u"denied 1" ? vfs::ErrorCode::permissionDenied
-                      : location.getName() == u"none"   ? vfs::ErrorCode::nothingThere
-                                                        : vfs::ErrorCode::other;
-    if (location.getName() == u"disk") throw fl::filesystem::FsysExceptionBase(u"/some/where", EIO);
-    throw vfs::Exception(code, location, "no more to say");
+TEST_F(BuiltinFailures, AreTranslatedByKindAndToldAsTheCallerWritesLocations) {
+  provider_->onRequest = [](vfs::AbsoluteIRI const& location) {
+    std::u16string const name = location.getName();
+    if (name == u"disk") throw fl::filesystem::FsysExceptionBase(u"/some/where", EIO);
+    if (name == u"memory") throw std::bad_alloc();
+    throw vfs::Exception(name == u"denied 1" ? vfs::ErrorCode::permissionDenied
+                         : name == u"none"   ? vfs::ErrorCode::nothingThere
+                                             : vfs::ErrorCode::other,
+                         location, "no more to say");
   };
-  Array const rootName = row(u"RootFolder");
-  Array const root = row(u"scripted://store/in");
+  std::string const invalidFile = "reported KORVAN:automation:io:FileIO:InvalidFile ";
+  std::string const storage = "reported KORVAN:virtualfilesystem:";
   struct Case {
-    char const* what;
-    std::vector<Array> inputs;
-    Failure expected;
+    std::u16string pattern;
+    std::vector<std::string> outcome;
+    std::u16string root = u"scripted://store/in";
   };
   Case const cases[] = {
-      {"denied, IRI pattern",
-       {row(u"scripted://store/denied 1")},
-       reported(permissionDenied, {u"scripted://store/denied%201"})},
-      {"denied, local pattern",
-       {row(u"denied 1"), rootName, root},
-       reported(permissionDenied, {u"/store/in/denied 1"})},
-      {"other, IRI pattern", {row(u"scripted://store/x")}, reported(invalidFile, {u"scripted://store/x"})},
-      {"other, local pattern", {row(u"x"), rootName, root}, reported(invalidFile, {u"/store/in/x"})},
-      {"of the local path library", {row(u"scripted://store/disk")}, reported(invalidFile, {u"/some/where"})},
-      {"nothing there is no failure", {row(u"none"), rootName, root}, {}},
-      {"malformed pattern", {row(u"file:///%zz")}, reported(invalidIRI, {u"file:///%zz"})},
-      {"malformed root", {row(u"x"), rootName, row(u"file:///a?b")}, reported(invalidIRI, {u"file:///a?b"})},
-      {"unknown scheme", {row(u"NoSuch://x/*")}, reported(unsupported, {u"nosuch"})},
+      {u"scripted://store/denied 1", {storage + "permissionDenied \"scripted://store/denied%201\""}},
+      {u"denied 1", {storage + "permissionDenied \"/store/in/denied 1\""}},
+      {u"scripted://store/x", {invalidFile + "\"scripted://store/x\""}},
+      {u"x", {invalidFile + "\"/store/in/x\""}},
+      {u"disk", {invalidFile + "\"/some/where\""}},
+      {u"none", {}},
+      {u"memory", {"std::bad_alloc"}},
+      {u"file:///%zz", {storage + "invalidIRI \"file:///%zz\""}},
+      {u"x", {storage + "invalidIRI \"file:///a?b\""}, u"file:///a?b"},
+      {u"NoSuch://x/*", {storage + "unsupportedProvider \"nosuch\""}},
   };
-  for (Case const& c : cases) {
-    SCOPED_TRACE(c.what);
-    utInterruptMode const mode(utInterruptMode::on);
-    matrix::detail::ArrayPtr output;
-    EXPECT_EQ(failureOf([&] { callGlob(1, output, c.inputs); }), c.expected);
-    EXPECT_EQ(utInterruptMode::current(), utInterruptMode::on);
-    EXPECT_EQ(output == nullptr, c.expected != Failure());
-  }
+  for (Case const& c : cases)
+    EXPECT_EQ(outcome({row(c.pattern), row(u"RootFolder"), row(c.root)}), c.outcome) << toBytes(c.pattern);
 }
 
 TEST_F(BuiltinFailures, OfTheCurrentFolderPassUnchangedEvenWhereItIsNotNeeded) {
-  TemporaryFolder const folder;
-  folder.addFolder("gone");
-  folder.addFile("x");
-  CurrentFolder const current(folder.path() + "/gone");
-  ASSERT_EQ(::rmdir((folder.path() + "/gone").c_str()), 0);
-  std::vector<Array> const inputs = {row(u"x"), row(u"RootFolder"), row(folder.text())};
-  EXPECT_THROW(matches(inputs), Quindarel::current_working_folder::UnknownFolderException);
-
-  // A host that keeps a current folder of its own.
-  class Own final : public Quindarel::current_working_folder::ICurrentWorkingFolder {
-   public:
-    explicit Own(std::u16string const& text) : location_(u"file://" + text) {}
-    vfs::Folder get() const override {
-      return {location_, Quindarel::KorvanStorageSystem::GetStorageSystemReference()};
-    }
-
-   private:
-    vfs::AbsoluteIRI location_;
-  } const own(folder.text());
-  Kdispatcher::getDispatcher()->SetCurrentWorkingFolder(&own);
-  EXPECT_EQ(matches({row(u"x")}), std::vector<std::string>{"x"});
+  struct Gone final : Quindarel::current_working_folder::ICurrentWorkingFolder {
+    vfs::Folder get() const override { throw Quindarel::current_working_folder::UnknownFolderException(ENOENT); }
+  } const gone;
+  Kdispatcher::getDispatcher()->SetCurrentWorkingFolder(&gone);
+  EXPECT_THROW(matches({row(u"/")}), Quindarel::current_working_folder::UnknownFolderException);
   Kdispatcher::getDispatcher()->SetCurrentWorkingFolder(nullptr);
-}
-
-TEST_F(BuiltinFailures, OfAnotherKindPassUnchanged) {
-  provider_->onKind = [](vfs::AbsoluteIRI const&) -> vfs::PathKind { throw std::bad_alloc(); };
-  EXPECT_THROW(matches({row(u"scripted://store/x")}), std::bad_alloc);
-  EXPECT_EQ(utInterruptMode::current(), utInterruptMode::on);
 }
 
 TEST_F(BuiltinFailures, AnInterruptEndsTheCallBeforeDuringAndAfterTheSearch) {
   int asked = 0;
-  utInterruptMode::Mode during = utInterruptMode::on;
-  provider_->onKind = [&](vfs::AbsoluteIRI const&) {
+  provider_->onRequest = [&](vfs::AbsoluteIRI const&) {
     ++asked;
-    during = utInterruptMode::current();
-    utSetInterruptPending(true);
-    return vfs::PathKind::isFile;
-  };
-  provider_->onList = [&](vfs::EntryTable& entries) {
-    entries.add("one", vfs::EntryKind::file);
+    EXPECT_EQ(utInterruptMode::current(), utInterruptMode::off);
     utSetInterruptPending(true);
   };
-  struct Case {
-    char const* what;
-    bool pending;
-    std::u16string pattern;
-    bool fromCtrlC;
-    int asked;
-  };
-  Case const cases[] = {
-      {"before the search, which is not begun", true, u"scripted://store/x", true, 0},
-      {"seen by the search", false, u"scripted://store/*", false, 0},
-      {"seen after the search", false, u"scripted://store/x", true, 1},
-  };
-  for (Case const& c : cases) {
-    SCOPED_TRACE(c.what);
-    asked = 0;
-    utSetInterruptPending(c.pending);
-    matrix::detail::ArrayPtr output = Quindarel::createLogicalScalar(true);
-    vxArray_tag const* const untouched = output.get();
-    try {
-      callGlob(1, output, {row(c.pattern)});
-      ADD_FAILURE() << "not interrupted";
-    } catch (Quindarel::System::InterruptException const& interrupt) {
-      EXPECT_EQ(interrupt.fromCtrlC(), c.fromCtrlC);
-    }
-    EXPECT_EQ(asked, c.asked);
-    EXPECT_EQ(output.get(), untouched);
-    EXPECT_EQ(utInterruptMode::current(), utInterruptMode::on);
-    EXPECT_TRUE(utIsInterruptPending());
-  }
-  EXPECT_EQ(during, utInterruptMode::off);
+  EXPECT_EQ(outcome({row(u"scripted://store/x")}), std::vector<std::string>{"InterruptException(ctrl-c)"});
+  EXPECT_EQ(asked, 1) << "seen after the search";
+  EXPECT_EQ(outcome({row(u"scripted://store/x")}), std::vector<std::string>{"InterruptException(ctrl-c)"});
+  EXPECT_EQ(asked, 1) << "still pending, so the search is not begun";
+  utSetInterruptPending(false);
+  EXPECT_EQ(outcome({row(u"scripted://store/*")}), std::vector<std::string>{"InterruptException"});
 }
 
 TEST_F(BuiltinFailures, TheModeOfTheCallerIsBackWhateverItWas) {
-  provider_->onKind = [](vfs::AbsoluteIRI const&) { return vfs::PathKind::isFile; };
   utInterruptMode const callers(utInterruptMode::off);
   EXPECT_EQ(matches({row(u"scripted://store/x")}), std::vector<std::string>{"scripted://store/x"});
-  EXPECT_EQ(utInterruptMode::current(), utInterruptMode::off);
 }
 
 }  // namespace

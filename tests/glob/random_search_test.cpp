@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <memory>
 #include <optional>
 #include <random>
@@ -6,26 +5,15 @@
 
 #include <gtest/gtest.h>
 
-#include "foundation/storage/vfs/read_session.hpp"
 #include "support/memory_provider.hpp"
 #include "support/oracle.hpp"
 #include "support/search.hpp"
 #include "support/temporary_folder.hpp"
 
+namespace korvan::test {
 namespace {
 
-using foundation::storage::vfs::ReadSession;
-using korvan::test::encodedForIRI;
-using korvan::test::expectedMatches;
-using korvan::test::expectedMatchesBelow;
-using korvan::test::MemoryProvider;
-using korvan::test::search;
-using korvan::test::ServedScheme;
-using korvan::test::Strings;
-using korvan::test::TemporaryFolder;
-using korvan::test::Tree;
-
-std::string const searchRoot(Tree::searchRoot);
+std::string const& searchRoot = Tree::searchRoot;
 
 bool leadsSideways(std::string const& pattern) {
   std::string const bounded = "/" + pattern + "/";
@@ -33,131 +21,71 @@ bool leadsSideways(std::string const& pattern) {
          bounded.find("/../") != std::string::npos;
 }
 
-// Holds the search in `root` against what is expected, without a session, in one, and in one that forgets all the time.
-void expectSearch(Strings const& expected, std::string const& pattern, std::string const& root, bool dots) {
-  auto const shown = [&] { return "\"" + pattern + "\" in " + root + (dots ? " with dot files" : ""); };
-  ASSERT_EQ(search(pattern, root, dots), expected) << shown();
-  {
-    ReadSession const session;
-    ASSERT_EQ(search(pattern, root, dots), expected) << shown() << " in a session";
-    ASSERT_TRUE(session.failedListings().empty()) << shown() << ": " << session.failedListings()[0].what();
-  }
-  ReadSession const forgetful(300);
-  ASSERT_EQ(search(pattern, root, dots), expected) << shown() << " in a session without memory";
-}
-
 // The pattern written out as an IRI below the root.
 void expectIRISearch(Tree const& tree, std::string const& pattern, std::string const& root, bool dots) {
   if (pattern.empty() || pattern.front() == '/') return;
   bool const isLiteral = pattern.find('*') == std::string::npos;
-  Strings expected = expectedMatchesBelow(tree, searchRoot, pattern, dots);
+  Strings expected = expectedMatches(tree, searchRoot, pattern, dots, true);
   for (auto& match : expected) {
     match = match.empty() ? root : root + "/" + encodedForIRI(match);
     if (!isLiteral && pattern.back() == '/' && match.back() != '/') match += '/';
   }
-  std::string const iri = root + "/" + encodedForIRI(pattern);
-  ASSERT_EQ(search(iri, "", dots), expected) << iri;
+  expectSearch(expected, root + "/" + encodedForIRI(pattern), "", dots);
 }
 
-std::string shown(std::mt19937::result_type start, int round) {
-  return "start value " + std::to_string(start) + ", round " + std::to_string(round);
-}
-
-TEST(RandomSearch, AgreesWithTheSlowMatcherInMemory) {
-  std::mt19937 random(1);
-  for (int round = 0; round < 400; ++round) {
+// A random tree and where it is served: on disk and as a store that has folders, or as one of flat keys.
+class ServedTree {
+ public:
+  ServedTree(std::mt19937& random, bool isFlat) : tree(Tree::random(random, 1 + random() % 16, !isFlat)) {
     MemoryProvider::Options options;
-    options.kindsUnsaid = random() % 4 == 0;
-    Tree const tree = Tree::random(random, 1 + random() % 14, true);
-    auto const provider = std::make_shared<MemoryProvider>(Tree(tree), options);
-    ServedScheme const mem(u"mem", provider);
-    for (int i = 0; i < 12; ++i) {
-      SCOPED_TRACE(shown(1, round));
-      std::string const pattern = korvan::test::randomPattern(random);
-      bool const dots = random() % 2 == 0;
-      auto const expected = expectedMatches(tree, searchRoot, pattern, dots);
-      ASSERT_NO_FATAL_FAILURE(expectSearch(expected, pattern, "mem:///" + searchRoot, dots));
-      ASSERT_NO_FATAL_FAILURE(expectIRISearch(tree, pattern, "mem:///" + searchRoot, dots));
-      provider->forgetRequests();
-      ReadSession const session;
-      search(pattern, "mem:///" + searchRoot, dots);
-      if (leadsSideways(pattern)) continue;
-      ASSERT_LE(provider->mostRequests(MemoryProvider::Operation::list), 1U) << pattern;
-    }
-  }
-}
-
-TEST(RandomSearch, AgreesWithTheSlowMatcherInFlatStores) {
-  std::mt19937 random(2);
-  for (int round = 0; round < 600; ++round) {
-    MemoryProvider::Options options;
-    options.authority = MemoryProvider::Authority::required;
-    options.subtreePage = 1 + random() % 6;
+    options.authority = isFlat ? MemoryProvider::Authority::required : MemoryProvider::Authority::empty;
+    options.subtreePage = isFlat ? 1 + random() % 6 : 0;
     options.marksEveryFolder = random() % 2 == 0;
-    Tree const tree = Tree::random(random, 1 + random() % 16, false);
-    ServedScheme const store(u"store", std::make_shared<MemoryProvider>(Tree(tree), options));
-    for (int i = 0; i < 12; ++i) {
-      SCOPED_TRACE(shown(2, round));
-      std::string const pattern = korvan::test::randomPattern(random);
-      if (leadsSideways(pattern)) continue;  // a flat store has no such folders
-      bool const dots = random() % 2 == 0;
-      auto const expected = expectedMatches(tree, searchRoot, pattern, dots);
-      ASSERT_NO_FATAL_FAILURE(expectSearch(expected, pattern, "store://" + searchRoot, dots));
-      ASSERT_NO_FATAL_FAILURE(expectIRISearch(tree, pattern, "store://" + searchRoot, dots));
-    }
+    options.kindsUnsaid = random() % 4 == 0;
+    provider = std::make_shared<MemoryProvider>(tree, options);
+    store_.emplace(u"store", provider);
+    roots = {(isFlat ? "store://" : "store:///") + searchRoot};
+    if (isFlat) return;
+    tree.writeTo(folder_.emplace());
+    std::string const onDisk = folder_->path() + "/" + searchRoot;
+    current_.emplace(onDisk);
+    roots.insert(roots.end(), {"file://" + onDisk, onDisk, ""});
   }
-}
 
-TEST(RandomSearch, AgreesWithTheSlowMatcherOnDisk) {
-  std::mt19937 random(3);
-  for (int round = 0; round < 150; ++round) {
-    Tree const tree = Tree::random(random, 1 + random() % 14, true);
-    TemporaryFolder const folder;
-    tree.writeTo(folder);
-    std::string const root = folder.path() + "/" + searchRoot;
-    for (int i = 0; i < 12; ++i) {
-      SCOPED_TRACE(shown(3, round));
-      std::string const pattern = korvan::test::randomPattern(random);
-      bool const dots = random() % 2 == 0;
-      auto const expected = expectedMatches(tree, searchRoot, pattern, dots);
-      ASSERT_NO_FATAL_FAILURE(expectSearch(expected, pattern, root, dots));
-      ASSERT_NO_FATAL_FAILURE(expectSearch(expected, pattern, "file://" + root, dots));
-      ASSERT_NO_FATAL_FAILURE(expectIRISearch(tree, pattern, "file://" + root, dots));
-      korvan::test::CurrentFolder const current(root);
-      ASSERT_NO_FATAL_FAILURE(expectSearch(expected, pattern, "", dots));
-    }
-  }
-}
+  Tree tree;
+  std::shared_ptr<MemoryProvider> provider;
+  Strings roots;
 
-// Every pattern of up to three of these segments on every tree of up to two levels of these names: small, but nothing
-// is left out.
-TEST(RandomSearch, AgreesWithTheSlowMatcherOnAllSmallInputs) {
-  Strings const paths = {"a", "a/a", "a/.b", "a/a/b", ".b/a", "ab", "ab/"};
-  Strings const segments = {"**", "*", "a", "a*", ".*", "*b", ""};
-  Strings patterns;
-  for (auto const& first : segments) {
-    patterns.push_back(first);
-    if (first.empty()) continue;
-    for (auto const& second : segments) {
-      patterns.push_back(first + "/" + second);
-      for (auto const& third : segments) patterns.push_back(first + "/" + second + "/" + third);
-    }
-  }
-  for (unsigned chosen = 0; chosen < 1U << paths.size(); ++chosen) {
-    Tree tree;
-    for (std::size_t i = 0; i < paths.size(); ++i) {
-      bool const isFolder = paths[i].back() == '/' || std::any_of(paths.begin(), paths.end(), [&](auto const& longer) {
-                              return longer.rfind(paths[i] + "/", 0) == 0;
-                            });
-      if ((chosen & (1U << i)) != 0) isFolder ? tree.addFolder(paths[i]) : tree.addFile(paths[i]);
-    }
-    ServedScheme const mem(u"mem", std::make_shared<MemoryProvider>(Tree(tree)));
-    for (auto const& pattern : patterns) {
+ private:
+  std::optional<ServedScheme> store_;
+  std::optional<TemporaryFolder> folder_;
+  std::optional<CurrentFolder> current_;
+};
+
+TEST(RandomSearch, AgreesWithTheSlowMatcher) {
+  std::mt19937 random(1);
+  for (int round = 0; round < 900; ++round) {
+    SCOPED_TRACE("round " + std::to_string(round));
+    bool const isFlat = round % 3 != 0;
+    ServedTree const served(random, isFlat);
+    for (int i = 0; i < 12; ++i) {
+      std::string const pattern = randomPattern(random);
+      bool const dots = random() % 2 == 0;
+      if (isFlat && leadsSideways(pattern)) continue;  // a flat store has no such folders
+      auto const expected = expectedMatches(served.tree, searchRoot, pattern, dots);
+      for (auto const& root : served.roots) {
+        ASSERT_NO_FATAL_FAILURE(expectSearch(expected, pattern, root, dots));
+        if (root.find("://") == std::string::npos) continue;
+        ASSERT_NO_FATAL_FAILURE(expectIRISearch(served.tree, pattern, root, dots));
+      }
+      served.provider->forgetRequests();
       ReadSession const session;
-      ASSERT_EQ(search(pattern, "mem:///"), expectedMatches(tree, "", pattern, false))
-          << pattern << " on tree " << chosen;
+      search(pattern, served.roots[0], dots);
+      if (isFlat || leadsSideways(pattern)) continue;
+      ASSERT_LE(served.provider->mostRequests(MemoryProvider::Operation::list), 1U) << pattern;
     }
   }
 }
 
 }  // namespace
+}  // namespace korvan::test

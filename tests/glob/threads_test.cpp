@@ -6,27 +6,21 @@
 
 #include <gtest/gtest.h>
 
-#include "foundation/storage/vfs/read_session.hpp"
-#include "foundation/storage/vfs/storage_system.hpp"
 #include "support/memory_provider.hpp"
 #include "support/oracle.hpp"
 #include "support/search.hpp"
 #include "support/temporary_folder.hpp"
 
+namespace korvan::test {
 namespace {
-
-using korvan::test::MemoryProvider;
-using korvan::test::search;
-using korvan::test::Strings;
-using korvan::test::Tree;
 
 // The first searches of the process, so that they meet in everything that is made once.
 TEST(Threads, SearchesDontDisturbOneAnother) {
   Tree const tree =
       Tree().addFile("a/b/c.txt").addFile("a/d.txt").addFile("e.txt").addFolder(".h/f").addLink("up", "a");
-  korvan::test::TemporaryFolder const folder;
+  TemporaryFolder const folder;
   tree.writeTo(folder);
-  korvan::test::ServedScheme const mem(u"mem", std::make_shared<MemoryProvider>(Tree(tree)));
+  ServedScheme const mem(u"mem", std::make_shared<MemoryProvider>(tree));
   Strings const patterns = {"**", "**/*.txt", "*/", "**/**/b/*", "a/d.txt", "*/*/*"};
   Strings const roots = {folder.path(), "file://" + folder.path(), "mem:///"};
 
@@ -37,10 +31,9 @@ TEST(Threads, SearchesDontDisturbOneAnother) {
       for (std::size_t i = 0; i < 120; ++i) {
         std::string const& pattern = patterns[(i + t) % patterns.size()];
         std::string const& root = roots[i % roots.size()];
-        std::optional<korvan::test::vfs::ReadSession> session;
+        std::optional<ReadSession> session;
         if ((i + t) % 2 == 0) session.emplace();
-        if (search(pattern, root) != expectedMatches(tree, "", pattern, false))
-          wrong[t].push_back(pattern + " in " + root);
+        if (search(pattern, root) != expectedMatches(tree, "", pattern, false)) wrong[t].push_back(pattern + root);
       }
     });
   }
@@ -51,17 +44,16 @@ TEST(Threads, SearchesDontDisturbOneAnother) {
 TEST(Threads, OneProviderAndItsSchemeMayBeReplacedMeanwhile) {
   auto const first = std::make_shared<MemoryProvider>(Tree().addFile("a"));
   auto const second = std::make_shared<MemoryProvider>(Tree().addFile("b"));
-  korvan::test::ServedScheme const mem(u"mem", first);
+  ServedScheme const mem(u"mem", first);
   std::thread searcher([] {
     for (int i = 0; i < 500; ++i) {
       auto const found = search("*", "mem:///");
       EXPECT_TRUE(found == Strings{"a"} || found == Strings{"b"}) << testing::PrintToString(found);
     }
   });
-  for (int i = 0; i < 500; ++i) {
-    korvan::test::vfs::StorageSystem::instance().registerProvider(u"mem", i % 2 == 0 ? second : first);
-  }
+  for (int i = 0; i < 500; ++i) vfs::StorageSystem::instance().registerProvider(u"mem", i % 2 == 0 ? second : first);
   searcher.join();
 }
 
 }  // namespace
+}  // namespace korvan::test

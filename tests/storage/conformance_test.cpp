@@ -1,67 +1,114 @@
-#include <algorithm>
+#include <fstream>
 #include <functional>
 #include <map>
 #include <optional>
 
 #include <gmock/gmock.h>
 
+#include "foundation/storage/s3/url.hpp"
+#include "foundation/storage/vfs/conversion.hpp"
 #include "foundation/storage/vfs/exception.hpp"
 #include "foundation/storage/vfs/exists.hpp"
 #include "foundation/storage/vfs/folder.hpp"
 #include "foundation/storage/vfs/read_session.hpp"
-#include "storage/conformance_subjects.hpp"
-#include "storage/conformance_tree.hpp"
+#include "support/memory_provider.hpp"
+#include "support/temporary_folder.hpp"
 #include "support/text.hpp"
+#include "support/tree.hpp"
 
 namespace korvan::test {
 namespace {
 
 namespace vfs = foundation::storage::vfs;
+using enum vfs::PathKind;
 using testing::ElementsAreArray;
-using testing::IsEmpty;
 using Names = std::vector<std::string>;
+
+// A provider that is held to the suite, with the same tree behind it as the others.
+struct Subject {
+  std::u16string root;  // the IRI of the folder that holds the tree, without a final "/"
+  // A store counts its requests, and doesn't tell whether there is a folder when a filter with a literal head finds
+  // nothing: that would cost one more request, and no search would make anything of the answer.
+  bool isStore;
+  std::uint32_t longestName;  // a longer one names nothing, and asking for it is no failure
+  std::shared_ptr<void> keeper;
+};
+
+enum class SubjectKind { local, memory, store };
+
+// The keys of conformance_tree.txt, decoded: a final "/" stands for an empty folder.
+Names conformanceKeys() {
+  Names keys;
+  std::ifstream file(KORVAN_CONFORMANCE_TREE);
+  for (std::string line; std::getline(file, line);)
+    if (!line.empty() && line[0] != '#') keys.push_back(foundation::storage::s3::percentDecode(line).value());
+  return keys;
+}
+
+// The tree, with what a store can't hold. A link's target is a path from the tree's root.
+Tree wholeTree() {
+  Tree tree;
+  for (std::string const& key : conformanceKeys())
+    key.back() == '/' ? tree.addFolder(key.substr(0, key.size() - 1)) : tree.addFile(key);
+  tree.addLink("links/file", "kinds/file").addLink("links/folder", "kinds/folder");
+  tree.addLink("links/chain", "links/folder").addLink("links/broken", "kinds/nothing");
+  tree.addLink("links/self", "links/self").addLink("links/up", "links");
+  return tree.addFile("bytes/\xff\xc3").addFile("bytes/\xed\xb3\xbf");
+}
+
+Subject makeSubject(SubjectKind kind) {
+  if (kind == SubjectKind::store) return {u"s3://conformance", true, 1000, nullptr};
+  if (kind == SubjectKind::memory) {
+    auto provider = std::make_shared<MemoryProvider>(wholeTree());
+    return {u"conformance-memory:///", false, 1U << 20,
+            std::make_shared<ServedScheme>(u"conformance-memory", std::move(provider))};
+  }
+  auto folder = std::make_shared<TemporaryFolder>();
+  wholeTree().writeTo(*folder);
+  auto const iri = vfs::toAbsoluteIRI(u"file", fl::filesystem::upath(folder->text()));
+  return {iri.toString(), false, 255, folder};
+}
+
+// Made at the first call and kept to the end of the process.
+Subject const& subject(SubjectKind kind) {
+  static std::unique_ptr<Subject const> subjects[3];
+  auto& made = subjects[static_cast<int>(kind)];
+  if (!made) made = std::make_unique<Subject const>(makeSubject(kind));
+  return *made;
+}
 
 vfs::StorageSystemReference storage() {
   return Quindarel::KorvanStorageSystem::GetStorageSystemReference();
 }
 
 // Every case runs with each provider, once with each question put to it and once within one read session.
-struct Setting {
-  SubjectKind kind;
-  bool session;
-
-  friend std::ostream& operator<<(std::ostream& out, Setting const& setting) {
-    return out << setting.kind << (setting.session ? "InSession" : "");
-  }
-};
-
-class Conformance : public testing::TestWithParam<Setting> {
+class Conformance : public testing::TestWithParam<std::tuple<SubjectKind, bool>> {
  protected:
-  Conformance() : subject_(subject(GetParam().kind)) {
-    if (GetParam().session) session_.emplace();
+  Conformance() : subject_(subject(std::get<0>(GetParam()))) {
+    if (std::get<1>(GetParam())) session_.emplace();
   }
 
   vfs::AbsoluteIRI at(std::string const& path) const {
-    return vfs::AbsoluteIRI(vfs::AbsoluteIRI(subject_.root()), toText(path));
+    return vfs::AbsoluteIRI(vfs::AbsoluteIRI(subject_.root), toText(path));
   }
 
   vfs::PathKind kindOf(std::string const& path) const { return vfs::exists(at(path), storage()); }
 
   vfs::Folder folder(std::string const& path) const { return vfs::Folder(at(path), storage()); }
 
-  Names all(std::string const& path, std::string const& filter = "*") const {
+  static Names namesOf(auto const& entries) {
     Names names;
-    for (vfs::ListEntry const& entry : folder(path).listAll(toText(filter))) names.push_back(toBytes(entry.getName()));
+    for (auto const& entry : entries) names.push_back(toBytes(entry.getName()));
     return names;
+  }
+
+  Names all(std::string const& path, std::string const& filter = "*") const {
+    return namesOf(folder(path).listAll(toText(filter)));
   }
 
   Names folders(std::string const& path, std::string const& filter = "*") const {
-    Names names;
-    for (vfs::Folder const& entry : folder(path).listFolders(toText(filter))) names.push_back(toBytes(entry.getName()));
-    return names;
+    return namesOf(folder(path).listFolders(toText(filter)));
   }
-
-  Differences const& differences() const { return subject_.differences(); }
 
   Subject const& subject_;
   std::optional<vfs::ReadSession> session_;
@@ -77,130 +124,71 @@ int errorCode(std::function<void()> const& action) {
   }
 }
 
-// The folders of the tree's keys, each with the names in it, in byte order, and whether they are folders.
+// The folders of the tree's keys below the root, each with the names in it, in byte order, and whether they are
+// folders.
 std::map<std::string, std::map<std::string, bool>> contents() {
   std::map<std::string, std::map<std::string, bool>> folders;
   for (std::string const& key : conformanceKeys()) {
-    std::size_t begin = 0;
-    for (std::size_t end = key.find('/'); end != std::string::npos; end = key.find('/', begin)) {
-      folders[begin == 0 ? "" : key.substr(0, begin - 1)][key.substr(begin, end - begin)] = true;
-      begin = end + 1;
-    }
-    if (begin < key.size()) folders[begin == 0 ? "" : key.substr(0, begin - 1)].emplace(key.substr(begin), false);
-    if (begin == key.size()) folders[key.substr(0, begin - 1)];
+    std::size_t begin = key.find('/') + 1;
+    for (std::size_t end; (end = key.find('/', begin)) != std::string::npos; begin = end + 1)
+      folders[key.substr(0, begin - 1)][key.substr(begin, end - begin)] = true;
+    auto& last = folders[key.substr(0, begin - 1)];
+    if (begin < key.size()) last.emplace(key.substr(begin), false);
   }
   return folders;
 }
 
-std::string join(std::string const& folder, std::string const& name) {
-  return folder.empty() ? name : folder + "/" + name;
-}
-
 TEST_P(Conformance, ExistenceIsTold) {
-  struct Case {
-    std::string path;
-    vfs::PathKind kind;
-  };
-  using enum vfs::PathKind;
-  std::vector<Case> const cases = {
+  std::pair<std::string, vfs::PathKind> const cases[] = {
       {"", isFolder},
       {"kinds/file", isFile},
       {"kinds/file/", notFound},
       {"kinds/file/below", notFound},
       {"kinds/folder", isFolder},
-      {"kinds/folder/", isFolder},
-      {"kinds/folder/below", isFile},
-      {"kinds/empty", isFolder},
-      {"kinds/empty/", isFolder},
       {"kinds/empty/below", notFound},
-      {"kinds/.dotfile", isFile},
       {"kinds/fold", notFound},
-      {"kinds/folders", notFound},
       {"kinds/File", notFound},
-      {"kinds/fil*", notFound},
-      {"kinds/nothing", notFound},
-      {"kinds/nothing/at/all", notFound},
-      {"nothing", notFound},
-      {"awkward/100%25", notFound},
-      {"awkward/a b ", notFound},
-      {"awkward-folders/a%20b", isFolder},
-      {"order/e", notFound},
+      {"nothing/at/all", notFound},
       {std::string("kinds/file\0", 11), notFound},
-      {std::string("kinds/fi\0le", 11), notFound},
-      {"kinds/" + std::string(differences().longestName + 1, 'x'), notFound},
+      {"kinds/" + std::string(subject_.longestName + 1, 'x'), notFound},
   };
-  for (Case const& each : cases) EXPECT_EQ(kindOf(each.path), each.kind) << each.path;
+  for (auto const& [path, kind] : cases) EXPECT_EQ(kindOf(path), kind) << path;
 }
 
-TEST_P(Conformance, EveryFolderListsWhatItHolds) {
+TEST_P(Conformance, EveryFolderListsWhatItHoldsAndEachIsFoundByItsName) {
   for (auto const& [path, entries] : contents()) {
-    if (path.empty()) continue;  // a disk's root holds what only disks have
     Names names;
     Names folderNames;
-    for (auto const& [name, isFolder] : entries) {
+    for (auto const& [name, isAFolder] : entries) {
       names.push_back(name);
-      if (isFolder) folderNames.push_back(name);
+      if (isAFolder) folderNames.push_back(name);
+      vfs::AbsoluteIRI const location = at(path + "/" + name);
+      EXPECT_EQ(toBytes(location.getName()), name);
+      // The text of the IRI leads back to the same place.
+      EXPECT_EQ(vfs::exists(vfs::AbsoluteIRI(location.toString()), storage()), isAFolder ? isFolder : isFile)
+          << path << "/" << name;
     }
     EXPECT_THAT(all(path), ElementsAreArray(names)) << path;
     EXPECT_THAT(folders(path), ElementsAreArray(folderNames)) << path;
   }
 }
 
-TEST_P(Conformance, WhatIsListedIsFoundByItsName) {
-  for (auto const& [path, entries] : contents()) {
-    if (path.rfind("deep", 0) == 0) continue;  // many alike
-    for (auto const& [name, isFolder] : entries) {
-      vfs::AbsoluteIRI const location = at(join(path, name));
-      EXPECT_EQ(toBytes(location.getName()), name);
-      // The text of the IRI leads back to the same place.
-      EXPECT_EQ(vfs::exists(vfs::AbsoluteIRI(location.toString()), storage()),
-                isFolder ? vfs::PathKind::isFolder : vfs::PathKind::isFile)
-          << path << "/" << name;
-    }
-  }
-}
-
 TEST_P(Conformance, FiltersChoose) {
   struct Case {
-    std::string folder;
-    std::string filter;
-    Names all;
-    Names folders;
+    std::string folder, filter;
+    Names all, folders;
   };
-  std::vector<Case> const cases = {
+  Case const cases[] = {
       {"kinds", "f*", {"file", "folder", "folder-y", "folder.x"}, {"folder"}},
       {"kinds", "folder", {"folder"}, {"folder"}},
-      {"kinds", "file", {"file"}, {}},
-      {"kinds",
-       "*e*",
-       {".dotfile", ".dotfolder", "Zebra", "apple", "empty", "file", "folder", "folder-y", "folder.x"},
-       {".dotfolder", "empty", "folder"}},
-      {"kinds", "nothing*", {}, {}},
       {"kinds", "", {}, {}},
-      {"filter", "2024-*", {"2024-01.csv", "2024-02.csv"}, {}},
       {"filter", "*.csv", {"2023-12.csv", "2024-01.csv", "2024-02.csv", "abc.csv"}, {}},
-      {"filter", "a*b", {"a*b", "aaab", "aab", "ab", "axxb"}, {}},
-      {"filter", "a?", {"a?"}, {}},
-      {"filter", "[ab]", {"[ab]"}, {}},
-      {"filter", "*.*.*", {"a.b.c", "abc.csv.gz"}, {}},
       {"filter", "a**b", {"a*b", "aaab", "aab", "ab", "axxb"}, {}},
+      {"filter", "[ab]", {"[ab]"}, {}},
       {"filter", "*a*a*a*a*a*a*a*a*a*a*a*a*a*b", {}, {}},
-      {"filter", "A*", {"A"}, {}},
-      {"filter", "2024-01.csv/*", {}, {}},
       {"dots", "*", {"...", "..c", ".a", ".b", "a."}, {".b"}},
-      {"dots", ".*", {"...", "..c", ".a", ".b"}, {".b"}},
-      {"dots", ".", {}, {}},
-      {"dots", "..", {}, {}},
-      {"order",
-       "*",
-       {"B", "a", "a b", "a-", "a.b", "a0", "e\xcc\x81", "z", "\xc3\xa9", "\xee\x80\x80", "\xef\xbf\xae",
-        "\xf0\x90\x80\x80"},
-       {"a"}},
       {"order", "\xc3*", {}, {}},  // half a character is none
       {"awkward", "100%*", {"100%"}, {}},
-      {"awkward", "a%20*", {"a%20b"}, {}},
-      {"awkward", "*\n*", {"new\nline"}, {}},
-      {"awkward", "\xe6\x97\xa5*", {"\xe6\x97\xa5\xe6\x9c\xac"}, {}},
   };
   for (Case const& each : cases) {
     EXPECT_THAT(all(each.folder, each.filter), ElementsAreArray(each.all)) << each.folder << " " << each.filter;
@@ -209,68 +197,34 @@ TEST_P(Conformance, FiltersChoose) {
 }
 
 TEST_P(Conformance, WhatIsNoFolderCannotBeListed) {
-  for (std::string const path :
-       {"kinds/file", "kinds/nothing", "kinds/file/below", "nothing/at/all", "kinds/folder/belo"}) {
+  for (std::string const path : {"kinds/file", "kinds/file/below", "nothing/at/all", "kinds/folder/belo"}) {
     EXPECT_EQ(errorCode([&] { all(path); }), 1) << path;
     EXPECT_EQ(errorCode([&] { folders(path); }), 1) << path;
     int const filtered = errorCode([&] { all(path, "x*"); });
-    EXPECT_TRUE(filtered == 1 || (filtered == 0 && !differences().filteredListingsTellAbsence))
-        << path << " " << filtered;
-  }
-}
-
-TEST_P(Conformance, AFolderLeadsToItsSubFolders) {
-  for (vfs::Folder const& entry : folder("awkward-folders").listFolders(u"*")) {
-    std::string const name = toBytes(entry.getName());
-    vfs::Folder const opened(folder("awkward-folders"), entry.getName());
-    EXPECT_EQ(entry.getLocation(), opened.getLocation()) << name;
-    EXPECT_EQ(entry.getLocation(), at("awkward-folders/" + name));
-    EXPECT_EQ(toBytes(entry.getLocation().makePathRelativeTo(vfs::AbsoluteIRI(subject_.root()))),
-              "awkward-folders/" + name);
-    for (vfs::Folder const& each : {entry, opened}) {
-      Names names;
-      for (vfs::ListEntry const& below : each.listAll(u"*")) names.push_back(toBytes(below.getName()));
-      EXPECT_THAT(names, testing::ElementsAre("below")) << name;
-    }
+    EXPECT_TRUE(filtered == 1 || (filtered == 0 && subject_.isStore)) << path << " " << filtered;
   }
 }
 
 TEST_P(Conformance, ASessionAsksOnce) {
   if (!session_) GTEST_SKIP() << "only within a session";
-  Names const names = all("filter");
-  std::uint64_t const listed = session_->activity().folders;
-  std::uint64_t const requests = session_->activity().requests;
-  EXPECT_EQ(listed, 1U);
-  EXPECT_EQ(session_->activity().entries, names.size());
-  EXPECT_EQ(requests, differences().requests ? 1U : 0U);
-  EXPECT_THAT(all("filter"), ElementsAreArray(names));
-  EXPECT_THAT(folders("filter"), IsEmpty());
-  for (std::string const& name : names) EXPECT_EQ(kindOf("filter/" + name), vfs::PathKind::isFile);
-  EXPECT_EQ(kindOf("filter/nothing"), vfs::PathKind::notFound);
-  EXPECT_EQ(session_->activity().folders, listed);
-  EXPECT_EQ(session_->activity().requests, requests);
+  for (int again = 0; again < 2; ++again) {
+    for (std::string const& name : all("filter")) EXPECT_EQ(kindOf("filter/" + name), isFile);
+    EXPECT_THAT(folders("filter"), testing::IsEmpty());
+    EXPECT_EQ(kindOf("filter/nothing"), notFound);
+    EXPECT_EQ(session_->activity().folders, 1U);
+    EXPECT_EQ(session_->activity().entries, contents()["filter"].size());
+    EXPECT_EQ(session_->activity().requests, subject_.isStore ? 1U : 0U);
+  }
 }
 
 TEST_P(Conformance, LinksCountAsWhatTheyLeadTo) {
-  if (!differences().links) {
-    EXPECT_EQ(kindOf("links"), vfs::PathKind::notFound);
-    return;
-  }
+  if (subject_.isStore) GTEST_SKIP() << "a store has no links";
   EXPECT_THAT(all("links"), testing::ElementsAre("broken", "chain", "file", "folder", "self", "up"));
   EXPECT_THAT(folders("links"), testing::ElementsAre("chain", "folder", "up"));
-  using enum vfs::PathKind;
-  for (auto const& [name, kind] : {std::pair("broken", isFile),
-                                   {"chain", isFolder},
-                                   {"file", isFile},
-                                   {"folder", isFolder},
-                                   {"self", isFile},
-                                   {"up", isFolder}}) {
-    EXPECT_EQ(kindOf(std::string("links/") + name), kind) << name;
-  }
-  EXPECT_EQ(kindOf("links/chain/below"), isFile);
-  EXPECT_EQ(kindOf("links/file/below"), notFound);
-  EXPECT_EQ(kindOf("links/broken/below"), notFound);
-  EXPECT_THAT(all("links/chain"), testing::ElementsAre("below"));
+  std::pair<std::string, vfs::PathKind> const cases[] = {
+      {"broken", isFile}, {"chain", isFolder},     {"file", isFile},           {"self", isFile},
+      {"up", isFolder},   {"chain/below", isFile}, {"broken/below", notFound}, {"file/below", notFound}};
+  for (auto const& [path, kind] : cases) EXPECT_EQ(kindOf("links/" + path), kind) << path;
   EXPECT_EQ(errorCode([&] { all("links/broken"); }), 1);
 
   // A folder that would be its own ancestor is refused; one that is reached by a harmless link isn't.
@@ -279,22 +233,16 @@ TEST_P(Conformance, LinksCountAsWhatTheyLeadTo) {
 }
 
 TEST_P(Conformance, NamesOfAnyBytesStayThemselves) {
-  if (!differences().anyBytes) {
-    EXPECT_EQ(kindOf("bytes"), vfs::PathKind::notFound);
-    EXPECT_EQ(kindOf("kinds/\xff\xc3"), vfs::PathKind::notFound);
-    return;
-  }
-  Names const names = {"\xed\xb3\xbf", "\xff\xc3"};
-  EXPECT_THAT(all("bytes"), ElementsAreArray(names));
-  for (std::string const& name : names) EXPECT_EQ(kindOf("bytes/" + name), vfs::PathKind::isFile);
+  EXPECT_EQ(kindOf("kinds/\xff\xc3"), notFound);
+  if (subject_.isStore) return;
+  EXPECT_THAT(all("bytes"), testing::ElementsAre("\xed\xb3\xbf", "\xff\xc3"));
   EXPECT_THAT(all("bytes", "\xff*"), testing::ElementsAre("\xff\xc3"));
+  EXPECT_EQ(kindOf("bytes/\xed\xb3\xbf"), isFile);
 }
 
-INSTANTIATE_TEST_SUITE_P(Providers, Conformance,
-                         testing::Values(Setting{SubjectKind::local, false}, Setting{SubjectKind::local, true},
-                                         Setting{SubjectKind::memory, false}, Setting{SubjectKind::memory, true},
-                                         Setting{SubjectKind::store, false}, Setting{SubjectKind::store, true}),
-                         testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(Local, Conformance, testing::Combine(testing::Values(SubjectKind::local), testing::Bool()));
+INSTANTIATE_TEST_SUITE_P(Memory, Conformance, testing::Combine(testing::Values(SubjectKind::memory), testing::Bool()));
+INSTANTIATE_TEST_SUITE_P(Store, Conformance, testing::Combine(testing::Values(SubjectKind::store), testing::Bool()));
 
 }  // namespace
 }  // namespace korvan::test

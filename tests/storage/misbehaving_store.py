@@ -1,12 +1,9 @@
-"""An object store that misbehaves in a chosen way. The bucket names the behaviour, so one server serves every case.
-
-Each bucket holds the objects of `NAMES`. Every request is kept in `requests`, by bucket.
-"""
+"""An object store that misbehaves in a chosen way. The bucket names the behaviour, so one server serves every case."""
 
 import collections
-import hashlib
-import hmac
+import contextlib
 import http.server
+import itertools
 import ssl
 import threading
 import time
@@ -16,11 +13,10 @@ SECRET = "se+cr/e%t: x"
 NAMES = ["three", "tree", "two"]
 
 
-def page(names=NAMES, token=None, truncated=False):
+def page(names=NAMES, token=None):
     inside = "".join(f"<Contents><Key>{name}</Key></Contents>" for name in names)
-    inside += f"<IsTruncated>{'true' if token or truncated else 'false'}</IsTruncated>"
-    if token:
-        inside += f"<NextContinuationToken>{token}</NextContinuationToken>"
+    inside += f"<IsTruncated>true</IsTruncated><NextContinuationToken>{token}</NextContinuationToken>" if token else \
+        "<IsTruncated>false</IsTruncated>"
     return f"<?xml version='1.0'?><ListBucketResult>{inside}</ListBucketResult>".encode()
 
 
@@ -28,181 +24,71 @@ def error(code):
     return f"<Error><Code>{code}</Code><Message>as told</Message><RequestId>id-{code}</RequestId></Error>".encode()
 
 
-def is_signed(handler):
-    """Whether the request carries the signature that its own words and the secret make (AWS Signature Version 4)."""
-    authorization = handler.headers.get("Authorization", "")
-    parts = dict(part.strip().split("=", 1) for part in authorization.partition(" ")[2].split(","))
-    names = parts["SignedHeaders"].split(";")
-    path, _, query = handler.path.partition("?")
-    headers = "".join(f"{name}:{handler.headers[name].strip()}\n" for name in names)
-    empty = hashlib.sha256(b"").hexdigest()
-    canonical = "\n".join([handler.command, path, query, headers, parts["SignedHeaders"], empty])
-    scope = parts["Credential"].split("/", 1)[1]
-    digest = hashlib.sha256(canonical.encode()).hexdigest()
-    text = "\n".join(["AWS4-HMAC-SHA256", handler.headers["X-Amz-Date"], scope, digest])
-    key = ("AWS4" + SECRET).encode()
-    for word in scope.split("/"):
-        key = hmac.new(key, word.encode(), hashlib.sha256).digest()
-    return hmac.compare_digest(hmac.new(key, text.encode(), hashlib.sha256).hexdigest(), parts["Signature"])
+WELL = (200, page(), {})
+BUSY = (503, error("SlowDown"), {})
+CUT = (200, page()[:-20], {"Content-Length": str(len(page()))})
+
+
+def slowly(body):
+    for i in range(0, len(body), 20):
+        yield body[i:i + 20]
+        time.sleep(0.1)
+
+
+# bucket: its answer to the request of a number, from 1, and of a continuation token: status, body, headers; None hangs up.
+BEHAVIOURS = {
+    "well": lambda number, token: WELL,
+    "trickle": lambda number, token: (200, slowly(page()), {"Content-Length": str(len(page()))}),
+    "busy-thrice": lambda number, token: BUSY if number <= 3 else WELL,
+    "busy": lambda number, token: BUSY,
+    "retry-after": lambda number, token: (503, b"", {"Retry-After": "1"}) if number == 1 else WELL,
+    "dropped-once": lambda number, token: None if number == 1 else WELL,
+    "silent": lambda number, token: time.sleep(60),
+    "cut": lambda number, token: CUT,
+    "cut-second-page": lambda number, token: (200, page(["three"], "1"), {}) if token == "0" else CUT,
+    "garbage": lambda number, token: (200, bytes(range(256)) * 10, {}),
+    "same-token": lambda number, token: (200, page([f"t{number:06}"], "again"), {}),
+    "empty-for-ever": lambda number, token: (200, page([], f"token{number}"), {}),
+    "flood": lambda number, token: (200, itertools.repeat(b"<Contents>" * 100000), {}),
+    "moved": lambda number, token: (301, error("PermanentRedirect"), {"x-amz-bucket-region": "eu-far-1", "Location": "/well"}),
+}
 
 
 class Handler(http.server.BaseHTTPRequestHandler):
-    protocol_version = "HTTP/1.1"
-
-    def log_message(self, *_):
-        pass
+    log_message = lambda *_: None
 
     def do_GET(self):
         address = urllib.parse.urlsplit(self.path)
-        self.bucket = urllib.parse.unquote(address.path.split("/")[1])
-        self.query = dict(urllib.parse.parse_qsl(address.query))
-        self.server.requests[self.bucket].append(time.monotonic())
-        self.count = len(self.server.requests[self.bucket])
-        try:
-            getattr(self, "serve_" + self.bucket.replace("-", "_"), self.serve_unknown)()
-        except OSError:  # the client has gone
-            self.hang_up()
-
-    def answer(self, status, body, content_type="application/xml", length=None, **headers):
-        self.send_response(status)
-        self.send_header("Content-Type", content_type)
-        self.send_header("Content-Length", str(len(body) if length is None else length))
-        for name, value in headers.items():
-            self.send_header(name.replace("_", "-"), value)
-        self.end_headers()
-        self.wfile.write(body)
-
-    def hang_up(self):
+        bucket = address.path.split("/")[1]
+        self.server.requests[bucket] += 1
+        token = dict(urllib.parse.parse_qsl(address.query)).get("continuation-token", "0")
+        answer = BEHAVIOURS[bucket](self.server.requests[bucket], token)
         self.close_connection = True
-
-    def serve_unknown(self):
-        self.answer(404, error("NoSuchBucket"))
-
-    def serve_well(self):
-        self.answer(200, page())
-
-    def serve_pages(self):
-        token = self.query.get("continuation-token", "0")
-        index = int(token)
-        self.answer(200, page([NAMES[index]], str(index + 1) if index < 2 else None))
-
-    def serve_signed(self):
-        self.answer(200, page()) if is_signed(self) else self.answer(403, error("SignatureDoesNotMatch"))
-
-    def serve_slow(self):
-        time.sleep(2)
-        self.serve_well()
-
-    def serve_trickle(self):
-        body = page()
-        self.send_response(200)
-        self.send_header("Content-Length", str(len(body)))
+        if answer is None:
+            return
+        status, body, headers = answer
+        self.send_response(status)
+        for name, value in headers.items():
+            self.send_header(name, value)
         self.end_headers()
-        for i in range(0, len(body), 20):
-            self.wfile.write(body[i:i + 20])
-            time.sleep(0.1)
-
-    def serve_silent(self):
-        self.server.stopped.wait(60)
-        self.hang_up()
-
-    def serve_busy_thrice(self):
-        self.answer(503, error("SlowDown")) if self.count <= 3 else self.serve_well()
-
-    def serve_busy(self):
-        self.answer(503, error("SlowDown"))
-
-    def serve_retry_after(self):
-        self.answer(503, b"", "text/plain", Retry_After="1") if self.count == 1 else self.serve_well()
-
-    def serve_retry_after_an_hour(self):
-        self.answer(429, b"later", "text/plain", Retry_After="3600")
-
-    def serve_dropped_once(self):
-        self.hang_up() if self.count == 1 else self.serve_well()
-
-    def serve_cut(self):
-        self.answer(200, page()[:-20], length=len(page()))
-        self.hang_up()
-
-    def serve_cut_once(self):
-        self.serve_cut() if self.count == 1 else self.serve_well()
-
-    def serve_cut_second_page(self):
-        self.answer(200, page(["three"], "1")) if "continuation-token" not in self.query else self.serve_cut()
-
-    def serve_half_xml(self):
-        self.answer(200, page()[:-20])
-
-    def serve_garbage(self):
-        self.answer(200, bytes(range(256)) * 10)
-
-    def serve_no_http(self):
-        self.wfile.write(b"SSH-2.0-banner\r\n")
-        self.hang_up()
-
-    def serve_sign_in(self):
-        self.answer(200, b"<html><body>Please sign in</body></html>", "text/html")
-
-    def serve_same_token(self):
-        self.answer(200, page([f"t{self.count:06}"], "again"))
-
-    def serve_same_page(self):
-        self.answer(200, page(NAMES, f"token{self.count}"))
-
-    def serve_empty_for_ever(self):
-        self.answer(200, page([], f"token{self.count}"))
-
-    def serve_no_token(self):
-        self.answer(200, page(truncated=True))
-
-    def serve_elsewhere(self):
-        self.answer(200, page(["elsewhere"]))
-
-    def serve_flood(self):
-        self.send_response(200)
-        self.end_headers()
-        while not self.server.stopped.is_set():
-            self.wfile.write(b"<Contents>" * 100000)
-        self.hang_up()
-
-    def serve_denied(self):
-        self.answer(403, b"Forbidden by the guard", "text/plain", x_amz_request_id="id-guard")
-
-    def serve_bad_request(self):
-        self.answer(412, b"Bad URL", "text/plain")
-
-    def serve_moved(self):
-        self.answer(301, error("PermanentRedirect"), x_amz_bucket_region="eu-far-1", Location="http://127.0.0.1:1/")
-
-    def serve_echo(self):
-        words = f"you sent {SECRET} and {self.headers['x-amz-security-token']}"
-        self.answer(400, error("Echo").replace(b"as told", words.encode()))
+        with contextlib.suppress(OSError):  # the client has gone
+            for piece in [body] if isinstance(body, bytes) else body:
+                self.wfile.write(piece)
 
 
-class MisbehavingStore:
-    """The server, on a loopback port that it finds free, for the length of a `with` statement.
-
-    `certificate`: a file with a certificate and its key, to serve HTTPS.
-    """
+class MisbehavingStore(http.server.ThreadingHTTPServer):
+    """`requests` counts them by bucket. `certificate`: a file with a certificate and its key, to serve HTTPS."""
 
     def __init__(self, certificate=None):
-        self.certificate = certificate
-
-    def __enter__(self):
-        self.server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
-        self.server.daemon_threads = True
-        self.server.requests = self.requests = collections.defaultdict(list)
-        self.server.stopped = threading.Event()
-        self.endpoint = f"http{'s' if self.certificate else ''}://127.0.0.1:{self.server.server_address[1]}"
-        if self.certificate:
+        super().__init__(("127.0.0.1", 0), Handler)
+        self.requests = collections.Counter()
+        self.endpoint = f"http{'s' if certificate else ''}://127.0.0.1:{self.server_port}"
+        if certificate:
             context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
-            context.load_cert_chain(self.certificate)
-            self.server.socket = context.wrap_socket(self.server.socket, server_side=True)
-        threading.Thread(target=self.server.serve_forever, daemon=True).start()
-        return self
+            context.load_cert_chain(certificate)
+            self.socket = context.wrap_socket(self.socket, server_side=True)
+        threading.Thread(target=self.serve_forever, daemon=True).start()
 
     def __exit__(self, *_):
-        self.server.stopped.set()
-        self.server.shutdown()
-        self.server.server_close()
+        self.shutdown()
+        self.server_close()

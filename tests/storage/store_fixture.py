@@ -1,13 +1,14 @@
 """The store that all tests of one ctest run share.
 
-    store_fixture.py start FOLDER     starts it, fills it, and writes FOLDER/environment: one NAME=VALUE a line
-    store_fixture.py stop FOLDER      ends it
+    store_fixture.py {start|stop} FOLDER
+    store_fixture.py run FOLDER COMMAND...    a command in the environment of a client of it
 
 It also ends when the process that asked for it does (ctest), so that an interrupted run leaves nothing behind. FOLDER/mirror is the local
-twin of the bucket "mirror".
+twin of the bucket "mirror"; KORVAN_TEST_MIRROR names it.
 """
 
 import contextlib
+import json
 import os
 import select
 import shutil
@@ -15,70 +16,64 @@ import signal
 import subprocess
 import sys
 import time
+import urllib.parse
+from pathlib import Path
 
 import sample_trees
 import swift_store
+
+
+def conformance_keys():
+    lines = Path(__file__).with_name("conformance_tree.txt").read_text(encoding="ascii").splitlines()
+    return [urllib.parse.unquote(line) for line in lines if line and not line.startswith("#")]
 
 
 def serve(folder, asker):
     """The process behind the fixture: serves until `asker` ends or it is told to stop."""
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(0))
     with swift_store.SwiftStore() as store:
-        keys = sample_trees.mirror()
-        store.fill("conformance", sample_trees.conformance())
+        store.fill("conformance", conformance_keys())
         store.fill("odd", sample_trees.odd()[0])
-        store.fill("mirror", keys)
+        store.fill("mirror", sample_trees.mirror())
         store.fill("a-bucket.with-dots", ["plus+and space/100%.txt"], user=swift_store.AWKWARD)
-        sample_trees.write_locally(os.path.join(folder, "mirror"), keys)
-        guest = store.environment(swift_store.GUEST)
-        awkward = store.environment(swift_store.AWKWARD)
-        values = {
-            **store.environment(),
-            "KORVAN_TEST_MIRROR": os.path.join(folder, "mirror"),
-            "KORVAN_TEST_GUEST_KEY": guest["AWS_ACCESS_KEY_ID"],
-            "KORVAN_TEST_GUEST_SECRET": guest["AWS_SECRET_ACCESS_KEY"],
-            "KORVAN_TEST_AWKWARD_KEY": awkward["AWS_ACCESS_KEY_ID"],
-            "KORVAN_TEST_AWKWARD_SECRET": awkward["AWS_SECRET_ACCESS_KEY"],
-        }
-        path = os.path.join(folder, "environment")
-        with open(path + ".new", "w", encoding="utf-8") as file:
-            file.writelines(f"{name}={value}\n" for name, value in values.items())
-        os.rename(path + ".new", path)
-        select.select([os.pidfd_open(asker)], [], [])
+        sample_trees.write_locally(folder / "mirror", sample_trees.mirror())
+        environment = {**store.environment(), "KORVAN_TEST_MIRROR": str(folder / "mirror")}
+        (folder / "new").write_text(json.dumps(environment), encoding="ascii")
+        (folder / "new").rename(folder / "environment")
+        select.select([os.pidfd_open(int(asker))], [], [])
 
 
 def start(folder):
     stop(folder)
     shutil.rmtree(folder, ignore_errors=True)
-    os.makedirs(folder)
-    with open(os.path.join(folder, "log"), "wb") as log:
-        server = subprocess.Popen([sys.executable, os.path.abspath(__file__), "serve", folder, str(os.getppid())],
+    folder.mkdir(parents=True)
+    with open(folder / "log", "wb") as log:
+        server = subprocess.Popen([sys.executable, "-B", __file__, "serve", folder, str(os.getppid())],
                                   stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True)
-    with open(os.path.join(folder, "pid"), "w", encoding="ascii") as file:
-        file.write(str(server.pid))
+    (folder / "pid").write_text(str(server.pid), encoding="ascii")
     end = time.monotonic() + 240
-    while not os.path.exists(os.path.join(folder, "environment")):
+    while not (folder / "environment").exists():
         if server.poll() is not None or time.monotonic() > end:
             stop(folder)
-            with open(os.path.join(folder, "log"), errors="replace", encoding="utf-8") as log:
-                sys.exit("the store did not start:\n" + log.read()[-4000:])
+            sys.exit("the store did not start:\n" + (folder / "log").read_text(errors="replace", encoding="utf-8")[-4000:])
         time.sleep(0.05)
 
 
 def stop(folder):
     with contextlib.suppress(OSError, ValueError):
-        with open(os.path.join(folder, "pid"), encoding="ascii") as file:
-            server = int(file.read())
-        with open(f"/proc/{server}/cmdline", "rb") as file:
-            if os.fsencode(folder) not in file.read().split(b"\0"):
-                return  # long gone, and its number given to another
-        # It isn't waited for: nothing depends on its end, and removing thousands of files may take it a while.
-        os.kill(server, signal.SIGTERM)
+        server = int((folder / "pid").read_text(encoding="ascii"))
+        # Long gone, its number may have been given to another. It isn't waited for: nothing depends on its end.
+        if os.fsencode(folder) in Path(f"/proc/{server}/cmdline").read_bytes().split(b"\0"):
+            os.kill(server, signal.SIGTERM)
+
+
+def run(folder, *command):
+    store = json.loads((folder / "environment").read_text(encoding="ascii"))
+    # A profile or an endpoint of the user's own would be another store.
+    others = {name: value for name, value in os.environ.items() if not name.startswith("AWS_")}
+    os.execvpe(command[0], command, {**others, **store})
 
 
 if __name__ == "__main__":
-    action, place = sys.argv[1], os.path.abspath(sys.argv[2])
-    if action == "serve":
-        serve(place, int(sys.argv[3]))
-    else:
-        {"start": start, "stop": stop}[action](place)
+    place = Path(sys.argv[2]).absolute()
+    {"start": start, "stop": stop, "run": run, "serve": serve}[sys.argv[1]](place, *sys.argv[3:])

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -8,10 +9,10 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "foundation/storage/vfs/exception.hpp"
 #include "foundation/storage/vfs/provider.hpp"
+#include "foundation/storage/vfs/storage_system.hpp"
 #include "support/tree.hpp"
 
 namespace korvan::test {
@@ -19,10 +20,12 @@ namespace korvan::test {
 namespace vfs = foundation::storage::vfs;
 
 /// Serves a `Tree` as storage, counts what is asked of it, and does on demand what disks seldom do. Locations are told
-/// as paths from the tree's root; where an authority is required it is their first element. Safe on every thread.
+/// as paths from the tree's root; where an authority is required it is their first element. Safe on every thread, but
+/// for what isn't an operation of storage.
 class MemoryProvider final : public vfs::Provider {
  public:
   enum class Operation { kind, list, identity, subtree };
+  using Key = std::pair<Operation, std::string>;
 
   struct Options {
     Authority authority = Authority::empty;
@@ -34,25 +37,19 @@ class MemoryProvider final : public vfs::Provider {
     bool kindsUnsaid = false;
   };
 
-  explicit MemoryProvider(Tree tree) : MemoryProvider(std::move(tree), Options()) {}
-  MemoryProvider(Tree tree, Options options) : tree_(std::move(tree)), options_(options) {}
+  explicit MemoryProvider(Tree served) : MemoryProvider(std::move(served), Options()) {}
+  MemoryProvider(Tree served, Options options) : tree(std::move(served)), options_(options) {}
 
-  /// The tree, to be changed while no search runs.
-  Tree& tree() noexcept { return tree_; }
-
-  // Faults, from now on.
-  void fail(Operation operation, std::string const& path, vfs::ErrorCode code);
-  /// Listings of the folder fail once `entries` of its entries were given.
-  void failListingAfter(std::string const& path, std::size_t entries);
-  /// An interrupt becomes pending once `entries` more entries were given.
-  void interruptAfter(std::size_t entries);
+  Tree tree;
+  /// What fails from now on.
+  std::map<Key, vfs::ErrorCode> failures;
+  /// Called before an entry is given.
+  std::function<void()> onEntry = [] {};
 
   std::size_t requests() const;
-  std::size_t requests(Operation operation) const;
-  std::size_t requests(Operation operation, std::string const& path) const;
   /// The most that was asked for any one location.
   std::size_t mostRequests(Operation operation) const;
-  void forgetRequests();
+  void forgetRequests() { requests_.clear(); }
 
   Authority authority() const noexcept override { return options_.authority; }
   vfs::PathKind kind(vfs::AbsoluteIRI const& location) override;
@@ -62,25 +59,20 @@ class MemoryProvider final : public vfs::Provider {
   vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after) override;
 
  private:
-  using Key = std::pair<Operation, std::string>;
   std::string note(Operation operation, vfs::AbsoluteIRI const& location);
-  Node const& folderAt(std::string const& path, vfs::AbsoluteIRI const& location) const;
-  void countEntry();
 
-  Tree tree_;
   Options options_;
-  std::map<Key, vfs::ErrorCode> failures_;
-  std::map<std::string, std::size_t> cutListings_;
-  std::optional<std::size_t> entriesToInterrupt_;
   std::map<Key, std::size_t> requests_;
-  mutable std::mutex mutex_;
+  std::mutex mutex_;
 };
 
 /// Serves the scheme by the provider for as long as it lives.
 class ServedScheme {
  public:
-  ServedScheme(std::u16string scheme, std::shared_ptr<vfs::Provider> provider);
-  ~ServedScheme();
+  ServedScheme(std::u16string scheme, std::shared_ptr<vfs::Provider> provider) : scheme_(std::move(scheme)) {
+    vfs::StorageSystem::instance().registerProvider(scheme_, std::move(provider));
+  }
+  ~ServedScheme() { vfs::StorageSystem::instance().registerProvider(scheme_, nullptr); }
   ServedScheme(ServedScheme const&) = delete;
   ServedScheme& operator=(ServedScheme const&) = delete;
 

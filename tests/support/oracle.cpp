@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 #include <functional>
+#include <sstream>
+#include <utility>
 
 #include "support/text.hpp"
 
@@ -11,12 +12,7 @@ namespace korvan::test {
 namespace {
 
 std::string join(std::string const& folder, std::string const& name) {
-  if (folder.empty()) return name;
-  return folder.back() == '/' ? folder + name : folder + "/" + name;
-}
-
-bool isWildcard(std::string_view text) {
-  return text.find('*') != std::string_view::npos;
+  return folder.empty() || folder.back() == '/' ? folder + name : folder + "/" + name;
 }
 
 // Whether the text matches, by trying every length of every run.
@@ -37,104 +33,76 @@ class Search {
  public:
   Search(Tree const& tree, std::string root, std::string const& pattern, bool dots)
       : tree_(tree), root_(std::move(root)), dots_(dots) {
-    std::size_t start = 0;
-    for (std::size_t end; start <= pattern.size(); start = end + 1) {
-      end = std::min(pattern.find('/', start), pattern.size());
-      std::string segment = pattern.substr(start, end - start);
-      if (segment == "**" && !segments_.empty() && segments_.back() == "**") continue;
-      segments_.push_back(std::move(segment));
+    std::size_t const star = pattern.find('*');
+    if (star == std::string::npos) {
+      if (!pattern.empty() && tree_.resolve(full(pattern), false)) matches.push_back(pattern);
+      return;
     }
-    bool const foldersOnly = !pattern.empty() && pattern.back() == '/';
-    ending_ = foldersOnly ? "/" : "";
-    auto const first = std::find_if(segments_.begin(), segments_.end(), [](auto const& s) { return isWildcard(s); });
-    std::string prefix;
-    for (auto segment = segments_.begin(); segment != first; ++segment) {
-      prefix += (segment == segments_.begin() ? "" : "/") + *segment;
+    // Up to the first wildcard all is taken as it is written.
+    std::size_t const slash = pattern.rfind('/', star);
+    std::string const before = slash == std::string::npos ? "" : pattern.substr(0, slash);
+    std::istringstream rest(pattern.substr(slash + 1) + "/");
+    for (std::string segment; std::getline(rest, segment, '/');) {
+      if (segment != "**" || segments_.empty() || segments_.back() != "**") segments_.push_back(segment);
     }
-    if (first == segments_.end()) {
-      if (!pattern.empty() && stands(pattern, foldersOnly)) matches_.push_back(pattern);
-    } else if (stands(prefix, true)) {
-      from(prefix, first - segments_.begin());
-    }
+    if (tree_.isFolder(full(before))) from(before, 0);
   }
 
-  std::vector<std::string> take() { return std::move(matches_); }
+  std::vector<std::string> matches;
 
  private:
   std::string full(std::string const& path) const { return root_ + "/" + path; }
 
-  bool stands(std::string const& path, bool asFolder) const {
-    return asFolder ? tree_.isFolder(full(path)) : tree_.findEntry(full(path)) != nullptr;
-  }
-
-  void accept(std::string const& path, bool last, std::ptrdiff_t next) {
-    if (!last) {
-      if (stands(path, true)) from(path, next);
-      return;
-    }
-    matches_.push_back(path.empty() || path.back() == '/' ? path : path + ending_);
-  }
-
-  void from(std::string const& path, std::ptrdiff_t index) {
-    std::string const& segment = segments_[static_cast<std::size_t>(index)];
-    bool const last = static_cast<std::size_t>(index) + 1 == segments_.size();
-    if (!isWildcard(segment)) {
-      bool const there = segment.empty() ? stands(path, true) : stands(join(path, segment), false);
-      if (there) accept(segment.empty() ? path : join(path, segment), last, index + 1);
-    } else if (segment == "**") {
-      accept(path, last, index + 1);
-      std::vector<Node const*> chain{tree_.find(full(path))};
-      everyBelow(path, chain, last, [&](std::string const& below) { accept(below, last, index + 1); });
-    } else {
-      for (auto const& name : names(path)) {
-        bool const shown = dots_ || segment.front() == '.' || name.front() != '.';
-        if (!shown || !nameMatches(name, segment)) continue;
-        accept(join(path, name), last, index + 1);
+  // What the segments from the one at `index` on match below the path; after the last that is the path itself.
+  void from(std::string const& path, std::size_t index) {
+    std::string const& segment = segments_[index];
+    auto const meet = [&](std::string const& below) {
+      if (index + 1 == segments_.size()) {
+        matches.push_back(below);
+      } else if (tree_.isFolder(full(below))) {
+        from(below, index + 1);
       }
+    };
+    if (segment == "**") {
+      meet(path);
+      everyBelow(path, {}, meet);
+    } else if (segment.find('*') != std::string::npos) {
+      for (auto const& [name, kind] : tree_.children(full(path))) {
+        bool const isShown = dots_ || segment.front() == '.' || name.front() != '.';
+        if (isShown && nameMatches(name, segment)) meet(join(path, name));
+      }
+    } else if (segment.empty()) {
+      meet(index + 1 == segments_.size() ? join(path, "") : path);
+    } else if (tree_.resolve(full(join(path, segment)), false)) {
+      meet(join(path, segment));
     }
-  }
-
-  std::vector<std::string> names(std::string const& path) const {
-    std::vector<std::string> all;
-    for (auto const& child : tree_.find(full(path))->children) all.push_back(child.first);
-    return all;
   }
 
   // A folder that is its own ancestor is met, but not entered again.
-  void everyBelow(std::string const& path, std::vector<Node const*>& chain, bool files,
+  void everyBelow(std::string const& path, std::vector<std::string> chain,
                   std::function<void(std::string const&)> const& meet) const {
-    for (auto const& name : names(path)) {
+    chain.push_back(*tree_.resolve(full(path)));
+    for (auto const& [name, kind] : tree_.children(full(path))) {
       if (!dots_ && name.front() == '.') continue;
       std::string const below = join(path, name);
-      bool const folder = stands(below, true);
-      if (folder || files) meet(below);
-      Node const* node = tree_.find(full(below));
-      if (!folder || std::find(chain.begin(), chain.end(), node) != chain.end()) continue;
-      chain.push_back(node);
-      everyBelow(below, chain, files, meet);
-      chain.pop_back();
+      meet(below);
+      bool const isPassed = std::count(chain.begin(), chain.end(), tree_.resolve(full(below))) != 0;
+      if (tree_.isFolder(full(below)) && !isPassed) everyBelow(below, chain, meet);
     }
   }
 
   Tree const& tree_;
   std::string root_;
   bool dots_;
-  std::string ending_;
   std::vector<std::string> segments_;
-  std::vector<std::string> matches_;
 };
 
 }  // namespace
 
-std::vector<std::string> expectedMatchesBelow(Tree const& tree, std::string const& root, std::string const& pattern,
-                                              bool includeDotFiles) {
-  return Search(tree, root, pattern, includeDotFiles).take();
-}
-
 std::vector<std::string> expectedMatches(Tree const& tree, std::string const& root, std::string const& pattern,
-                                         bool includeDotFiles) {
-  auto matches = expectedMatchesBelow(tree, root, pattern, includeDotFiles);
-  matches.erase(std::remove(matches.begin(), matches.end(), std::string()), matches.end());
+                                         bool includeDotFiles, bool withRoot) {
+  auto matches = Search(tree, root, pattern, includeDotFiles).matches;
+  if (!withRoot) std::erase(matches, "");
   return matches;
 }
 
@@ -143,37 +111,32 @@ bool nameMatches(std::string_view name, std::string_view segment) {
 }
 
 std::string encodedForIRI(std::string_view bytes) {
-  constexpr std::string_view digits = "0123456789ABCDEF";
-  constexpr std::string_view unsafe = " \"<>\\^{|}`%#?";
-  std::string written;
-  std::u16string const text = toText(bytes);
-  for (std::size_t i = 0, length; i < text.size(); i += length) {
-    char16_t const unit = text[i];
-    length = unit >= 0xD800 && unit < 0xDC00 ? 2 : 1;
-    std::string const character = toBytes(std::u16string_view(text).substr(i, length));
-    bool const isControl = unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
-    bool const isByteOfNoCharacter = unit >= 0xDC80 && unit <= 0xDCFF;
-    bool const isUnsafe = unit < 0x80 && unsafe.find(static_cast<char>(unit)) != std::string_view::npos;
-    if (!isControl && !isByteOfNoCharacter && !isUnsafe) {
-      written += character;
-      continue;
-    }
-    for (char const c : character) {
-      auto const byte = static_cast<std::uint8_t>(c);
-      written += {'%', digits[byte >> 4U], digits[byte & 15U]};
+  std::u16string written;
+  auto const encode = [&](unsigned byte) {
+    written += {u'%', u"0123456789ABCDEF"[byte >> 4U], u"0123456789ABCDEF"[byte & 15U]};
+  };
+  for (char16_t const unit : toText(bytes)) {
+    bool const isPaired = !written.empty() && (written.back() & 0xFC00U) == 0xD800;
+    bool const isByteOfNoCharacter = !isPaired && unit >= 0xDC80 && unit <= 0xDCFF;
+    bool const isLateControl = unit >= 0x80 && unit < 0xA0;
+    if (isLateControl) encode(0xC2);
+    if (isByteOfNoCharacter || isLateControl || unit < 0x20 || unit == 0x7F ||
+        std::u16string_view(u" \"<>\\^{|}`%#?").find(unit) != std::u16string_view::npos) {
+      encode(unit & 0xFFU);
+    } else {
+      written += unit;
     }
   }
-  return written;
+  return toBytes(written);
 }
 
 std::string randomPattern(std::mt19937& random) {
   static constexpr std::array segments = {"**",  "**", "*",  "*",  "a",   "b",  "a*",    "*b", ".*", "*.*",
                                           "***", "?",  "a%", "ab", "*a*", "**", "\xC3*", "",   ".",  ".."};
-  std::size_t const count = 1 + random() % 5;
   std::string pattern;
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::size_t count = 1 + random() % 5; count > 0; --count) {
     std::string const segment = segments[random() % segments.size()];
-    if (i == 0 && segment.empty()) continue;
+    if (pattern.empty() && segment.empty()) continue;
     pattern += (pattern.empty() ? "" : "/") + segment;
   }
   return random() % 4 == 0 && !pattern.empty() ? pattern + "/" : pattern;

@@ -9,14 +9,9 @@ namespace korvan::test {
 
 /// What a search for the pattern below `root`, a folder of the tree, must give, in order and with duplicates: texts
 /// relative to the root, as bytes. Written from the pattern language alone and slow; the pattern is relative. The root
-/// itself is left out.
+/// itself, the empty text, is left out unless `withRoot`: it may match where it is written in the pattern.
 std::vector<std::string> expectedMatches(Tree const& tree, std::string const& root, std::string const& pattern,
-                                         bool includeDotFiles);
-
-/// The pattern's matches when it is written below `root` as an IRI or an absolute path: the root itself may match, and
-/// is the empty text.
-std::vector<std::string> expectedMatchesBelow(Tree const& tree, std::string const& root, std::string const& pattern,
-                                              bool includeDotFiles);
+                                         bool includeDotFiles, bool withRoot = false);
 
 /// Whether the name matches a segment in which "*" is any run of characters.
 bool nameMatches(std::string_view name, std::string_view segment);

@@ -3,16 +3,32 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
+#include "foundation/storage/vfs/read_session.hpp"
 #include "glob/glob.hpp"
 #include "support/text.hpp"
 
 namespace korvan::test {
 
 using Strings = std::vector<std::string>;
+using foundation::storage::vfs::ReadSession;
 
 /// The core search, with bytes in and out.
 inline Strings search(std::string const& pattern, std::string const& root, bool includeDotFiles = false) {
   return toBytes(io::internal::glob(toText(pattern), toText(root), includeDotFiles));
+}
+
+/// Holds the search against what is expected, without a session, in one, and in one that forgets all the time.
+inline void expectSearch(Strings const& expected, std::string const& pattern, std::string const& root,
+                         bool includeDotFiles = false) {
+  SCOPED_TRACE("\"" + pattern + "\" in " + root + (includeDotFiles ? " with dot files" : ""));
+  ASSERT_EQ(search(pattern, root, includeDotFiles), expected);
+  for (std::size_t const memory : {ReadSession::defaultMemoryBound, std::size_t{300}}) {
+    ReadSession const session(memory);
+    ASSERT_EQ(search(pattern, root, includeDotFiles), expected) << "in a session of " << memory << " bytes";
+    ASSERT_TRUE(session.failedListings().empty()) << session.failedListings()[0].what();
+  }
 }
 
 }  // namespace korvan::test

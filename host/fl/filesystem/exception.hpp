@@ -14,7 +14,7 @@ class KORVAN_HOST_EXPORT FsysExceptionBase : public std::exception {
   FsysExceptionBase(std::u16string path, int error);
   ~FsysExceptionBase() override;
 
-  /// The path text, as the operation was given it.
+  /// The path text, as the operation was given it or as it made it absolute.
   std::u16string const& path() const noexcept { return path_; }
   /// What the system said, as an `errno` value.
   int error() const noexcept { return error_; }

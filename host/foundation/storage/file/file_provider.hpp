@@ -13,6 +13,7 @@ class FileProvider final : public Provider {
   /// One `stat`; a second call where that finds nothing, to tell a broken link from nothing.
   PathKind kind(AbsoluteIRI const& location) override;
 
+  /// A path too long for the system is a failure here: a descent that comes so deep must not pass for whole.
   /// Reads the whole folder, whatever the prefix: `open`, one `getdents64` for each 64 KiB and one for the end,
   /// `close`.
   void list(AbsoluteIRI const& folder, std::string_view namePrefix, EntryTable& entries) override;

@@ -14,6 +14,7 @@ constexpr unsigned mostEmptyPages = 100;
 
 std::string nameOf(pugi::xml_node node, bool encoded) {
   std::string_view const text = node.text().get();
+  if (node.first_child() != node.last_child()) throw BadPage("a name is written in pieces");
   if (text.empty()) throw BadPage("an entry has no name");
   if (!encoded) return std::string(text);
   auto name = percentDecode(text);

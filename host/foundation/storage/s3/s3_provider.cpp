@@ -24,12 +24,23 @@ bool tellsOfFolder(ListPage const& page, std::string const& folderPrefix) {
          std::any_of(page.commonPrefixes.begin(), page.commonPrefixes.end(), past);
 }
 
+// The first page that holds a name, or the last one: a page may be empty and more follow.
+ListPage firstNames(Store& store, ListRequest request, PageCheck& check, vfs::AbsoluteIRI const& location) {
+  for (;;) {
+    ListPage page = store.list(request, check, location);
+    if (!page.truncated || !page.keys.empty() || !page.commonPrefixes.empty()) return page;
+    request.continuationToken = std::move(page.continuationToken);
+  }
+}
+
 // Whether anything begins with the prefix; for an empty one whether the bucket is there, which the store tells by an
 // answer at all.
 bool standsBelow(Store& store, std::string const& bucket, std::string const& prefix, vfs::AbsoluteIRI const& location) {
   PageCheck check(prefix, false);
-  ListPage const page = store.list({.bucket = bucket, .prefix = prefix, .maximumKeys = 1}, check, location);
-  return prefix.empty() || !page.keys.empty();
+  ListRequest const request{.bucket = bucket, .prefix = prefix, .maximumKeys = 1};
+  if (!prefix.empty()) return !firstNames(store, request, check, location).keys.empty();
+  store.list(request, check, location);
+  return true;
 }
 
 vfs::PathKind kindOf(Store& store, Place const& place, vfs::AbsoluteIRI const& location) {
@@ -39,8 +50,9 @@ vfs::PathKind kindOf(Store& store, Place const& place, vfs::AbsoluteIRI const& l
   if (place.folderOnly || place.key.empty()) return folderOr(vfs::PathKind::notFound);
 
   PageCheck check(place.key, true);
-  ListPage const page = store.list(
-      {.bucket = place.bucket, .prefix = place.key, .delimited = true, .maximumKeys = namesAroundKey}, check, location);
+  ListPage const page =
+      firstNames(store, {.bucket = place.bucket, .prefix = place.key, .delimited = true, .maximumKeys = namesAroundKey},
+                 check, location);
   if (contains(page.commonPrefixes, place.folderPrefix())) return vfs::PathKind::isFolder;
   auto const otherwise = contains(page.keys, place.key) ? vfs::PathKind::isFile : vfs::PathKind::notFound;
   return tellsOfFolder(page, place.folderPrefix()) ? otherwise : folderOr(otherwise);

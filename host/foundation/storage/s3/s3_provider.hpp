@@ -25,7 +25,7 @@ class Provider : public vfs::Provider {
   Authority authority() const noexcept override { return Authority::required; }
 
   /// One request; a second one where more than a hundred names sort between the key and the key with "/". None for a
-  /// key that no store can have.
+  /// key that no store can have; more where a store answers with empty pages and says that more follows.
   vfs::PathKind kind(vfs::AbsoluteIRI const& location) override;
 
   /// One request for each 1,000 entries whose names begin with `namePrefix`. With a prefix that nothing begins with it

@@ -29,7 +29,7 @@ Store::Store(Configuration configuration, std::unique_ptr<Transport> transport, 
 
 ListPage Store::list(ListRequest const& request, PageCheck& check, vfs::AbsoluteIRI const& location) {
   std::string const url = bucketUrl(configuration_, request.bucket) + '?' + canonicalQuery(queryOf(request));
-  Result const result = getWithRetries(*transport_, clock_, policy_, url);
+  Result const result = ask(url);
   auto const* const answer = std::get_if<Answer>(&result.outcome);
   if (answer == nullptr || answer->status != ok) throw exceptionOfResult(result, configuration_, location);
   try {
@@ -39,6 +39,24 @@ ListPage Store::list(ListRequest const& request, PageCheck& check, vfs::Absolute
   } catch (BadPage const& fault) {
     throw exceptionOfBadAnswer(*answer, fault.what(), configuration_, location);
   }
+}
+
+Result Store::ask(std::string const& url) {
+  {
+    std::lock_guard const lock(silenceMutex_);
+    if (silence_ && clock_.now() < silenceEnd_) return *silence_;
+  }
+  Result result = getWithRetries(*transport_, clock_, policy_, url);
+  std::lock_guard const lock(silenceMutex_);
+  auto const* const failure = std::get_if<Failure>(&result.outcome);
+  if (failure == nullptr || failure->kind == Failure::Kind::lasting) {
+    silence_.reset();
+    unanswered_ = 0;
+  } else if (++unanswered_ >= (failure->kind == Failure::Kind::unreachable ? 1 : 2)) {
+    silence_ = result;
+    silenceEnd_ = clock_.now() + 2 * result.spent;
+  }
+  return result;
 }
 
 }  // namespace foundation::storage::s3

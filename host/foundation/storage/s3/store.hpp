@@ -1,6 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
 
 #include "foundation/storage/s3/configuration.hpp"
@@ -33,10 +36,19 @@ class Store {
   ListPage list(ListRequest const& request, PageCheck& check, vfs::AbsoluteIRI const& location);
 
  private:
+  /// The result of the request with its repetitions. A store that has gone fails a search of many folders once, not for
+  /// each of them anew: for twice the time that it was waited for in vain, the same failure answers every request.
+  Result ask(std::string const& url);
+
   Configuration configuration_;
   RetryPolicy policy_;
   std::unique_ptr<Transport> transport_;
   Clock& clock_;
+
+  std::mutex silenceMutex_;  // guards what follows
+  unsigned unanswered_ = 0;  // requests in a row that got no answer at all
+  std::optional<Result> silence_;
+  std::chrono::milliseconds silenceEnd_{0};
 };
 
 }  // namespace foundation::storage::s3

@@ -14,26 +14,20 @@ namespace {
 
 constexpr std::size_t schemeSeparatorLength = 3;  // "://"
 
-// The decoded elements of a path without its final "/", "." and ".." removed; none for the root. What is joined to the
-// path comes after these, so empty elements stay, also at the end of a path that ends in several "/".
-std::vector<std::u16string> elementsBefore(std::u16string_view encodedPath) {
+// The decoded elements of a path: "." and ".." removed, and empty ones, which no provider takes for a folder; none for
+// the root.
+std::vector<std::u16string> resolvedElements(std::u16string_view encodedPath) {
   std::vector<std::u16string> elements;
-  if (!encodedPath.empty()) encodedPath.remove_prefix(1);
   while (!encodedPath.empty()) {
     std::size_t const end = std::min(encodedPath.find(u'/'), encodedPath.size());
     std::u16string element = iri_text::decoded(encodedPath.substr(0, end));
     encodedPath.remove_prefix(std::min(end + 1, encodedPath.size()));
     if (element == u"..") {
       if (!elements.empty()) elements.pop_back();
-    } else if (element != u".") {
+    } else if (!element.empty() && element != u".") {
       elements.push_back(std::move(element));
     }
   }
-  return elements;
-}
-
-std::vector<std::u16string> withoutFinalEmpty(std::vector<std::u16string> elements) {
-  while (!elements.empty() && elements.back().empty()) elements.pop_back();
   return elements;
 }
 
@@ -130,7 +124,7 @@ std::u16string AbsoluteIRI::getName() const {
 
 AbsoluteIRI AbsoluteIRI::getResolvedIRI() const {
   std::u16string text = text_.substr(0, pathStart_);
-  for (std::u16string const& element : withoutFinalEmpty(elementsBefore(encodedPath()))) {
+  for (std::u16string const& element : resolvedElements(encodedPath())) {
     text.push_back(u'/');
     iri_text::appendEncoded(text, element);
   }
@@ -142,9 +136,9 @@ std::u16string AbsoluteIRI::makePathRelativeTo(AbsoluteIRI const& base) const {
   if (text_.compare(0, pathStart_, base.text_, 0, base.pathStart_) != 0) {
     throw std::runtime_error("no relative path leads from one scheme or authority to another");
   }
-  std::vector<std::u16string> const to = withoutFinalEmpty(elementsBefore(encodedPath()));
-  std::vector<std::u16string> const from = elementsBefore(base.encodedPath());
-  if (to == withoutFinalEmpty(from)) return u".";
+  std::vector<std::u16string> const to = resolvedElements(encodedPath());
+  std::vector<std::u16string> const from = resolvedElements(base.encodedPath());
+  if (to == from) return u".";
   auto const [toRest, fromRest] = std::mismatch(to.begin(), to.end(), from.begin(), from.end());
   std::vector<std::u16string> steps(static_cast<std::size_t>(from.end() - fromRest), u"..");
   steps.insert(steps.end(), toRest, to.end());
@@ -153,9 +147,6 @@ std::u16string AbsoluteIRI::makePathRelativeTo(AbsoluteIRI const& base) const {
     if (&step != &steps.front()) path.push_back(u'/');
     path += step;
   }
-  // What looks absolute, because its first element is empty or ends in ":" before an empty one, begins with "." to stay
-  // relative.
-  if (path.front() == u'/' || hasIRIPrefix(path)) path.insert(0, u"./");
   return path;
 }
 

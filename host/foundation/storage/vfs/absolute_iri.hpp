@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "export.hpp"
 
@@ -18,7 +19,8 @@ KORVAN_HOST_EXPORT bool hasIRIPrefix(std::u16string const& text) noexcept;
 /// The text is kept in one written form: the scheme in lower case; space, controls, `"<>\^{|}`, the backtick, "%", "#",
 /// "?" and what is no character percent-encoded with upper case hex; every other character, "*" included, as itself.
 /// Two IRIs are equal when these texts are. Names that come out are decoded, names that go in are encoded, so callers
-/// see the names that entries really have. No operation makes a request.
+/// see the names that entries really have. No operation makes a request; the first use of a scheme may load its
+/// provider's module.
 class KORVAN_HOST_EXPORT AbsoluteIRI {
  public:
   /// The IRI that `text` writes. A raw character that an IRI must encode is encoded.
@@ -30,8 +32,23 @@ class KORVAN_HOST_EXPORT AbsoluteIRI {
   /// What the decoded text names below `base`, as an entry below a folder: each element is encoded and exactly one "/"
   /// put between. A text that begins with "/" starts at the base's root, one with an IRI prefix replaces the base, the
   /// empty text gives the base. "." and ".." are kept as written. Throws as the constructor from a text when the text
-  /// has an IRI prefix.
+  /// has an IRI prefix, and `InvalidIRIException` when it holds a surrogate that stands for no bytes.
   AbsoluteIRI(AbsoluteIRI const& base, std::u16string const& text);
+
+  AbsoluteIRI(AbsoluteIRI const&) = default;
+  AbsoluteIRI& operator=(AbsoluteIRI const&) = default;
+
+  /// What is moved from is left with the empty text, which names no place.
+  AbsoluteIRI(AbsoluteIRI&& other) noexcept
+      : text_(std::exchange(other.text_, {})),
+        schemeLength_(std::exchange(other.schemeLength_, 0)),
+        pathStart_(std::exchange(other.pathStart_, 0)) {}
+  AbsoluteIRI& operator=(AbsoluteIRI&& other) noexcept {
+    text_ = std::exchange(other.text_, {});
+    schemeLength_ = std::exchange(other.schemeLength_, 0);
+    pathStart_ = std::exchange(other.pathStart_, 0);
+    return *this;
+  }
 
   /// The written form.
   std::u16string const& toString() const noexcept { return text_; }
@@ -59,7 +76,8 @@ class KORVAN_HOST_EXPORT AbsoluteIRI {
   std::u16string getName() const;
 
   /// The same location with "." and ".." elements removed (RFC 3986, 5.2.4; ".." at the root is dropped), needless
-  /// percent-encodings undone, and a final "/" dropped except the root's own, which is always there.
+  /// percent-encodings undone, and empty elements dropped: no provider takes them for folders, so they and a final "/"
+  /// name nothing of their own. The root's "/" is always there.
   AbsoluteIRI getResolvedIRI() const;
 
   /// The decoded text that leads from `base` to this IRI, "." for the same location. Both are resolved first.

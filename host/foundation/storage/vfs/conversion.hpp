@@ -8,10 +8,10 @@
 
 namespace foundation::storage::vfs {
 
-/// The IRI of the scheme that names the local path. Where the scheme's IRIs have no authority ("file", RFC 8089) the
-/// path is all of the local path, otherwise its first element is the authority (a bucket). A relative path is taken
-/// from the process's current folder, one system call. Throws `UnsupportedIRISchemeException`, `InvalidIRIException`
-/// when there is no element to be the authority or the text holds what no bytes stand for,
+/// The IRI of the scheme (in lower case) that names the local path. Where the scheme's IRIs have no authority ("file",
+/// RFC 8089) the path is all of the local path, otherwise its first element is the authority (a bucket). A relative
+/// path is taken from the process's current folder, one system call. Throws `UnsupportedIRISchemeException`,
+/// `InvalidIRIException` when there is no element to be the authority or the text holds what no bytes stand for,
 /// `fl::filesystem::FsysExceptionBase` when the current folder can't be told.
 KORVAN_HOST_EXPORT AbsoluteIRI toAbsoluteIRI(std::u16string const& scheme, fl::filesystem::upath const& path);
 

@@ -104,7 +104,7 @@ PathKind ReadSession::Store::kind(StorageSystem& system, AbsoluteIRI const& loca
     if (auto const known = kinds_.find(location.toString()); known != kinds_.end()) return known->second;
     std::shared_ptr<Provider> const provider = system.provider(location.scheme());
     AbsoluteIRI const above = location.getParent();
-    if (scan_ && scan_->lastPageHelped && location.hasParent() && scan_->reaches(above, {})) {
+    if (scan_ && location.hasParent() && scan_->reaches(above, {}) && scan_->worthAPage()) {
       scan(*provider, above, {});
       entry = findEntry(location);
     }

@@ -1,12 +1,17 @@
 #include "foundation/storage/vfs/subtree_scan.hpp"
 
+#include <algorithm>
 #include <utility>
 
 #include "foundation/core/text/bytes.hpp"
+#include "foundation/storage/vfs/exception.hpp"
 #include "foundation/storage/vfs/iri_text.hpp"
 
 namespace foundation::storage::vfs {
 namespace {
+
+// Whatever came before, a page is tried again after a thousand questions.
+constexpr std::size_t mostPagesInVain = 10;
 
 std::u16string_view withoutFinalSeparator(std::u16string_view text) {
   if (!text.empty() && text.back() == u'/') text.remove_suffix(1);
@@ -49,15 +54,14 @@ std::string SubtreeScan::pathBelowRoot(AbsoluteIRI const& folder) const {
 
 void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, Receive const& receive) {
   std::string const wanted = pathBelowRoot(folder);
-  bool const underWay = !open_.empty() && position_.starts_with(wanted);
+  bool const underWay = intact_ && !open_.empty() && position_.starts_with(wanted);
+  intact_ = false;  // until this page has been gone through
   if (!underWay) beginAt(wanted);
-  std::vector<OpenFolder> held = std::exchange(open_, {});  // lost when the provider throws
-  SubtreePage const page = provider.subtree(root_, prefix_, position_);
-  open_ = std::move(held);
+  SubtreePage const page = pageFor(provider, folder);
 
-  lastPageHelped = false;
+  bool helped = false;
   Receive const note = [&](std::shared_ptr<FolderReading> reading) {
-    lastPageHelped = lastPageHelped || pathBelowRoot(reading->location) == wanted;
+    helped = helped || pathBelowRoot(reading->location) == wanted;
     receive(std::move(reading));
   };
   for (std::string const& path : page.paths) add(path, note);
@@ -69,6 +73,24 @@ void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, Receive
     closeUntil({}, note);
     open_.clear();
   }
+  pagesInVain_ = helped ? 0 : std::min(pagesInVain_ + 1, mostPagesInVain);
+  questionsToPass_ = (std::size_t{1} << pagesInVain_) - 1;
+  intact_ = true;
+}
+
+// A failure is one of the folder that the page was read for, not of the whole root.
+SubtreePage SubtreeScan::pageFor(Provider& provider, AbsoluteIRI const& folder) const {
+  try {
+    return provider.subtree(root_, prefix_, position_);
+  } catch (Exception const& failure) {
+    throw Exception(static_cast<ErrorCode>(failure.getErrorCode()), folder, failure.reason());
+  }
+}
+
+bool SubtreeScan::worthAPage() {
+  if (questionsToPass_ == 0) return true;
+  --questionsToPass_;
+  return false;
 }
 
 void SubtreeScan::beginAt(std::string const& path) {

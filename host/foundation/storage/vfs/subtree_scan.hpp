@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -29,8 +30,10 @@ class SubtreeScan {
   /// next call.
   void advance(Provider& provider, AbsoluteIRI const& folder, Receive const& receive);
 
-  /// Whether the last page made the folder that it was read for known.
-  bool lastPageHelped = true;
+  /// Whether a page is worth its request for a question that could also be asked by itself. Where pages make the
+  /// folder that they are read for known, they answer the next questions too; where they don't, twice as many questions
+  /// are to be asked by themselves with each page in vain, as what follows a huge folder may be small again.
+  bool worthAPage();
 
  private:
   struct OpenFolder {
@@ -39,6 +42,7 @@ class SubtreeScan {
     bool seen;  // whether a key has told that the folder exists; one that a page was only placed at may not
   };
 
+  SubtreePage pageFor(Provider& provider, AbsoluteIRI const& folder) const;
   std::string pathBelowRoot(AbsoluteIRI const& folder) const;
   void beginAt(std::string const& path);
   void open(std::string path, bool whole, bool seen);
@@ -49,6 +53,9 @@ class SubtreeScan {
   std::string prefix_;
   std::string position_;  // the last path read; the next page begins after it
   std::vector<OpenFolder> open_;
+  bool intact_ = true;  // whether the last page was gone through to its end; otherwise what is open may lack keys
+  std::size_t questionsToPass_ = 0;  // before the next page is worth its request
+  std::size_t pagesInVain_ = 0;      // in sequence
 };
 
 }  // namespace foundation::storage::vfs

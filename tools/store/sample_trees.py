@@ -1,7 +1,6 @@
 """The trees that tests search, as keys of a store: "a/b" is an object, "a/" a marker that makes an empty folder."""
 
 import os
-import urllib.parse
 
 # Names that a shell, a pattern, an IRI, XML or a request's signature could trip over. None is longer than a local disk allows.
 AWKWARD_NAMES = [
@@ -43,12 +42,6 @@ def odd():
     """Keys that only a store has, and what a search of everything finds of them: some can't be named by a path."""
     keys = ["a//b", "./x", "../y", "/lead", "both", "both/below", "dir/./z", "marker/", "marker/x", "only-marker/", "n" * 600]
     return keys, ["a", "both", "both/below", "dir", "marker", "marker/x", "n" * 600, "only-marker"]
-
-
-def conformance():
-    """The tree of the conformance suite: one percent-encoded key a line."""
-    with open(os.path.join(os.path.dirname(os.path.abspath(__file__)), "conformance_tree.txt"), encoding="ascii") as file:
-        return [urllib.parse.unquote(line.strip()) for line in file if line.strip() and not line.startswith("#")]
 
 
 def write_locally(folder, keys):
