@@ -38,11 +38,12 @@ bool maybeLink(AbsoluteIRI const& location) {
   return session == nullptr || session->store().maybeLink(location);
 }
 
-std::shared_ptr<FolderReading> read(Provider& provider, AbsoluteIRI const& location, NameFilter const& filter) {
+std::shared_ptr<FolderReading> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
+                                    NameFilter const& filter) {
   if (ReadSession* const session = ReadSession::current()) {
     return session->store().reading(provider, location, filter.literalHead());
   }
-  return readFolder(provider, location, filter.literalHead());
+  return readFolder(*provider, location, filter.literalHead());
 }
 
 // The filter of the text. A search lists thousands of folders with one and the same, so the thread's last one is kept.
@@ -109,7 +110,7 @@ struct FolderListing<T>::State {
 // NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a copy by the interface
 FolderListing<ListEntry> Folder::listAll(std::u16string filter) const {
   std::shared_ptr<NameFilter const> names = filterOf(filter);
-  auto reading = read(*node_->provider, node_->location, *names);
+  auto reading = read(node_->provider, node_->location, *names);
   using State = FolderListing<ListEntry>::State;
   return FolderListing<ListEntry>(std::make_shared<State const>(State{std::move(reading), std::move(names), *this}));
 }
@@ -117,7 +118,7 @@ FolderListing<ListEntry> Folder::listAll(std::u16string filter) const {
 // NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a copy by the interface
 FolderListing<Folder> Folder::listFolders(std::u16string filter) const {
   std::shared_ptr<NameFilter const> names = filterOf(filter);
-  auto reading = read(*node_->provider, node_->location, *names);
+  auto reading = read(node_->provider, node_->location, *names);
   resolveKinds(*reading, *names, *node_->provider);
   using State = FolderListing<Folder>::State;
   return FolderListing<Folder>(std::make_shared<State const>(State{std::move(reading), std::move(names), *this}));

@@ -55,26 +55,45 @@ std::shared_ptr<FolderReading> const* ReadSession::Store::find(std::u16string_vi
   return nullptr;
 }
 
-std::shared_ptr<FolderReading> ReadSession::Store::reading(Provider& provider, AbsoluteIRI const& location,
-                                                           std::string_view prefix) {
+std::shared_ptr<FolderReading> ReadSession::Store::reading(std::shared_ptr<Provider> const& provider,
+                                                           AbsoluteIRI const& location, std::string_view prefix) {
   std::u16string_view const key = keyOf(location);
-  if (!provider.servesSubtrees()) prefix = {};  // the provider reads whole folders anyway, so remember them as such
+  bool const flat = provider->servesSubtrees();
+  if (!flat) prefix = {};  // the provider reads whole folders anyway, so remember them as such
   if (auto const* const found = find(key, prefix)) return *found;
   if (auto const failure = failures_.find(std::u16string(key)); failure != failures_.end()) {
-    throw Exception(failure->second);
+    tell(failure->second);
+    throw Exception(failure->second.exception);
   }
   try {
-    if (provider.servesSubtrees()) {
-      scan(provider, location, prefix);
+    if (flat) {
+      scan(*provider, location, prefix);
       if (auto const* const found = find(key, prefix)) return *found;
     }
-    auto fresh = readFolder(provider, location, prefix);
+    auto fresh = flat ? readFolder(*provider, location, prefix) : read(provider, location);
     remember(fresh);
     return fresh;
   } catch (Exception const& failure) {
-    failures_.emplace(key, failure);
-    if (failure.getErrorCode() != static_cast<int>(ErrorCode::nothingThere)) failedListings.push_back(failure);
+    tell(failures_.try_emplace(std::u16string(key), Failure{failure}).first->second);
     throw;
+  }
+}
+
+std::shared_ptr<FolderReading> ReadSession::Store::read(std::shared_ptr<Provider> const& provider,
+                                                        AbsoluteIRI const& location) {
+  return reader_.read(provider, location, [this](ReadAhead::Result result) {
+    if (result.failure) {
+      failures_.try_emplace(std::u16string(keyOf(result.reading->location)), Failure{*result.failure});
+    } else if (find(keyOf(result.reading->location), {}) == nullptr) {
+      remember(std::move(result.reading));
+    }
+  });
+}
+
+void ReadSession::Store::tell(Failure& failure) {
+  bool const asNews = !std::exchange(failure.told, true);
+  if (asNews && failure.exception.getErrorCode() != static_cast<int>(ErrorCode::nothingThere)) {
+    failedListings.push_back(failure.exception);
   }
 }
 

@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "foundation/storage/vfs/descent_reader.hpp"
 #include "foundation/storage/vfs/exception.hpp"
 #include "foundation/storage/vfs/folder_reading.hpp"
 #include "foundation/storage/vfs/read_session.hpp"
@@ -23,7 +24,8 @@ class ReadSession::Store {
 
   /// The reading of the folder, which holds at least the entries whose names begin with `prefix`. Throws what reading
   /// it threw, also when that was earlier in the session.
-  std::shared_ptr<FolderReading> reading(Provider& provider, AbsoluteIRI const& location, std::string_view prefix);
+  std::shared_ptr<FolderReading> reading(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
+                                         std::string_view prefix);
 
   /// What stands at the location. The storage system is asked for the provider only where a reading doesn't tell.
   PathKind kind(StorageSystem& system, AbsoluteIRI const& location);
@@ -44,7 +46,14 @@ class ReadSession::Store {
     std::size_t index;
   };
   Entry findEntry(AbsoluteIRI const& location);
+
+  struct Failure {
+    Exception exception;
+    bool told = false;  // in `failedListings`; not where the folder was only read ahead
+  };
+  std::shared_ptr<FolderReading> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
   void scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix);
+  void tell(Failure& failure);
   void remember(std::shared_ptr<FolderReading> reading);
   void makeRoom(std::size_t bytes);
 
@@ -60,9 +69,10 @@ class ReadSession::Store {
   // Keys are the written forms of locations without a final "/", as a folder is one however its location ends. The
   // readings own theirs.
   std::unordered_multimap<std::u16string_view, std::shared_ptr<FolderReading>, KeyHash, KeyEqual> readings_;
-  std::unordered_map<std::u16string, Exception> failures_;
+  std::unordered_map<std::u16string, Failure> failures_;
   std::unordered_map<std::u16string, PathKind> kinds_;
   std::optional<SubtreeScan> scan_;
+  DescentReader reader_;
   std::size_t const memoryBound_;
   std::size_t memory_ = 0;
 
