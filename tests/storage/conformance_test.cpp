@@ -182,8 +182,6 @@ TEST_P(Conformance, FiltersChoose) {
       {"kinds", "f*", {"file", "folder", "folder-y", "folder.x"}, {"folder"}},
       {"kinds", "", {}, {}},
       {"filter", "*.csv", {"2023-12.csv", "2024-01.csv", "2024-02.csv", "abc.csv"}, {}},
-      {"filter", "a**b", {"a*b", "aaab", "aab", "ab", "axxb"}, {}},
-      {"filter", "[ab]", {"[ab]"}, {}},
       {"filter", "*a*a*a*a*a*a*a*a*a*a*a*a*a*b", {}, {}},
       {"dots", "*", {"...", "..c", ".a", ".b", "a."}, {".b"}},
       {"order", "\xc3*", {}, {}},  // half a character is none

@@ -1,8 +1,8 @@
 """What a search makes of a store of three nodes when one of them dies or freezes while it runs, or when the whole store goes."""
 
-import http.client
-import http.server
+import contextlib
 import os
+import socket
 import subprocess
 import sys
 import threading
@@ -20,31 +20,45 @@ SEARCHES = {"top*/*/1.csv": [key for key in KEYS if key.endswith("/1.csv")],
             "**/1*": [key for key in sorted(KEYS) if key.rsplit("/", 1)[1].startswith("1")]}
 
 
-class Relay(http.server.BaseHTTPRequestHandler):
-    """Passes requests on to the store; the fault happens before the second."""
+class Relay:
+    """Passes connections on to the store; the fault happens before the second request."""
 
-    protocol_version = "HTTP/1.1"
-    log_message = lambda *_: None
-    lock = threading.Lock()
+    def __init__(self, port, fault):
+        self.requests, self._port, self._fault, self._lock = 0, port, fault, threading.Lock()
+        self._listener = socket.create_server(("127.0.0.1", 0))
+        self.endpoint = "http://127.0.0.1:%d" % self._listener.getsockname()[1]
+        threading.Thread(target=self._accept, daemon=True).start()
 
-    def do_GET(self):
-        with self.lock:
-            self.server.requests += 1
-            if self.server.requests == 2:
-                self.server.fault()
-        try:
-            connection = http.client.HTTPConnection("127.0.0.1", self.server.store_port)
-            connection.request("GET", self.path, headers=dict(self.headers))
-            answer = connection.getresponse()
-            body = answer.read()
-        except (OSError, http.client.HTTPException):  # what the store doesn't answer isn't answered here
-            self.close_connection = True
-            return
-        self.send_response_only(answer.status)
-        for name, value in {**dict(answer.headers), "Content-Length": len(body)}.items():
-            self.send_header(name, value)
-        self.end_headers()
-        self.wfile.write(body)
+    def close(self):
+        # Closing alone would leave the waiting thread, and so the port, as they are.
+        with contextlib.suppress(OSError):  # closed already
+            self._listener.shutdown(socket.SHUT_RDWR)
+        self._listener.close()
+
+    def _accept(self):
+        with contextlib.suppress(OSError):  # of the listener or of the store: what the store refuses is refused here
+            while True:
+                client = self._listener.accept()[0]
+                server = socket.create_connection(("127.0.0.1", self._port))
+                threading.Thread(target=self._pass, args=(client, server), daemon=True).start()
+                threading.Thread(target=self._pass, args=(server, client), daemon=True).start()
+        self.close()
+
+    def _pass(self, source, target):
+        with contextlib.suppress(OSError):
+            while data := source.recv(65536):
+                if data.startswith(b"GET "):
+                    self._count()
+                target.sendall(data)
+        for end in (source, target):
+            with contextlib.suppress(OSError):
+                end.shutdown(socket.SHUT_RDWR)
+
+    def _count(self):
+        with self._lock:
+            self.requests += 1
+            if self.requests == 2:
+                self._fault()
 
 
 class Faults(unittest.TestCase):
@@ -57,12 +71,9 @@ class Faults(unittest.TestCase):
         cls.store.fill("faults", KEYS)
 
     def search(self, pattern, fault):
-        with http.server.ThreadingHTTPServer(("127.0.0.1", 0), Relay) as relay:
-            relay.requests, relay.fault, relay.store_port, relay.daemon_threads = 0, fault, self.store.port, True
-            threading.Thread(target=relay.serve_forever, daemon=True).start()
-            environment = {**os.environ, **self.store.environment(), "AWS_ENDPOINT_URL_S3": f"http://127.0.0.1:{relay.server_port}"}
+        with contextlib.closing(Relay(self.store.port, fault)) as relay:
+            environment = {**os.environ, **self.store.environment(), "AWS_ENDPOINT_URL_S3": relay.endpoint}
             done = subprocess.run([KGLOB, f"s3://faults/{pattern}"], env=environment, capture_output=True, timeout=150, check=False)
-            relay.shutdown()
         self.assertGreaterEqual(relay.requests, 2, "the search ended before the fault")
         return done.returncode, done.stdout.decode().splitlines(), done.stderr.decode()
 

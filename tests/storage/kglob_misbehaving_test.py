@@ -16,7 +16,6 @@ KGLOB = ""
 # that fails is told, and the search goes on without it: status 2. A folder of many pages may be tried as a flat listing
 # first, at the cost of one request.
 OUTCOMES = {
-    "well": (0, "", 1, 1, 0, 8),
     "trickle": (0, "", 1, 1, 0.5, 8),
     "busy-thrice": (0, "", 4, 4, 0, 8),
     "retry-after": (0, "", 2, 2, 1, 8),

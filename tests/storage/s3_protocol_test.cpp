@@ -34,9 +34,10 @@ TEST(S3Place, AnIRINamesABucketAndAKey) {
   };
   std::string const longest(1024, 'k');
   Case const cases[] = {
-      {"s3://b//a///c//", "a/c", true, true}, {"s3://b/a/x/.././c", "a/c", false, true},
-      {"s3://b/../../a/..", "", true, true},  {"s3://b/100%25%20+%3F%23", "100% +?#", false, true},
-      {"s3://b/\xFF", "\xFF", false, false},  {"s3://b/" + longest + "k", longest + "k", false, false},
+      {"s3://b//a///c//", "a/c", true, true},
+      {"s3://b/a/x/.././c", "a/c", false, true},
+      {"s3://b/\xFF", "\xFF", false, false},
+      {"s3://b/" + longest + "k", longest + "k", false, false},
   };
   for (Case const& c : cases) {
     Place const place = placeOf(vfs::AbsoluteIRI::fromWrittenForm(

@@ -45,7 +45,6 @@ TEST(S3Retry, TriesAgainWhatMayPassAndEndsWithinItsBounds) {
   auto const lost = Failure{Failure::Kind::lost, ""};
   unsigned const usual = RetryPolicy().attempts;
   Case const cases[] = {
-      {status(404), milliseconds(1), 0, usual, 1, milliseconds(1)},
       {Failure{Failure::Kind::lasting, ""}, milliseconds(1), 0, usual, 1, milliseconds(1)},
       {status(429), milliseconds(1), 0, usual, 10, milliseconds(10)},
       {status(500), milliseconds(1), 0.5, 4, 4, milliseconds(4 + 50 + 100 + 200)},
