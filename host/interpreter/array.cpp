@@ -33,7 +33,7 @@ vxArray_tag::vxArray_tag(std::vector<std::size_t> dimensions, Values values)
   while (dimensions_.size() > 2 && dimensions_.back() == 1) dimensions_.pop_back();
 }
 
-std::size_t vxArray_tag::size() const noexcept {
+std::size_t vxArray_tag::size() const {
   return valueCount(values_);
 }
 

@@ -29,7 +29,7 @@ struct KORVAN_HOST_EXPORT vxArray_tag {
   /// Two or more; as long as the array lives.
   std::span<std::size_t const> dimensions() const noexcept { return dimensions_; }
   /// The number of values: the product of the dimensions.
-  std::size_t size() const noexcept;
+  std::size_t size() const;
   /// The values of the array's class. Whoever changes them keeps their number.
   Values const& values() const noexcept { return values_; }
   Values& values() noexcept { return values_; }

@@ -67,7 +67,7 @@ void StringArray::setMissing(std::size_t index) noexcept {
 
 StringArray::Record StringArray::store(std::u16string_view text) {
   std::size_t const units = headerUnits(text.size()) + text.size();
-  if (units > freeUnits_) {
+  if (free_ == nullptr || units > freeUnits_) {
     // A text that would fill much of a block gets one of its own, so that the rest of the common block is not lost.
     bool const own = units > largestBlock / 4;
     std::size_t const size = own ? units : std::max(units, std::clamp(blockUnits_ * 2, firstBlock, largestBlock));
