@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include "foundation/storage/vfs/absolute_iri.hpp"
 #include "foundation/storage/vfs/read_session.hpp"
 #include "glob/glob.hpp"
 #include "support/text.hpp"
@@ -19,6 +20,18 @@ using io::internal::glob;
 
 std::vector<std::string> onDisk(std::string const& pattern, bool dots) {
   return toBytes(glob(toText(pattern), toText(std::getenv("KORVAN_TEST_MIRROR")), dots));
+}
+
+// The same search by an IRI pattern, its texts as paths below the store's root. That is found as well; on the disk it
+// has no relative text.
+std::vector<std::string> byIri(std::string const& pattern, bool dots) {
+  vfs::AbsoluteIRI const root{std::u16string(u"s3://mirror")};
+  std::vector<std::string> paths;
+  for (std::u16string const& text : glob(vfs::AbsoluteIRI(root, toText(pattern)).toString(), u"/", dots)) {
+    std::string const path = toBytes(vfs::AbsoluteIRI(text).makePathRelativeTo(root));
+    if (path != ".") paths.push_back(path + (pattern.back() == '/' ? "/" : ""));
+  }
+  return paths;
 }
 
 // Paths of the tree with parts of them replaced by stars find something more often than not.
@@ -58,6 +71,9 @@ TEST(Mirror, RandomPatternsFindTheSame) {
     std::vector<std::string> const found = onDisk(pattern, i % 2 == 0);
     if (!found.empty()) ++something;
     EXPECT_EQ(found, toBytes(glob(toText(pattern), u"s3://mirror", i % 2 == 0))) << pattern;
+    if (i < 100) {
+      EXPECT_EQ(found, byIri(pattern, i % 2 == 0)) << pattern;
+    }
   }
   EXPECT_GE(something, 200U);
 }
