@@ -44,6 +44,17 @@ bool namesNothing(int error) {
   return errorCodeOfErrno(error) == ErrorCode::nothingThere || error == ENAMETOOLONG;
 }
 
+// The result of a system call that a signal may cut short, as on a network's disk: made again, unless the signal was an
+// interrupt.
+template <class Call>
+auto uninterrupted(Call call) {
+  for (;;) {
+    auto const result = call();
+    if (result >= 0 || errno != EINTR) return result;
+    throwIfInterruptPending();
+  }
+}
+
 EntryKind kindOfType(unsigned char type) {
   switch (type) {
     case DT_DIR:
@@ -82,11 +93,13 @@ PathKind FileProvider::kind(AbsoluteIRI const& location) {
 void FileProvider::list(AbsoluteIRI const& folder, std::string_view /*namePrefix*/, EntryTable& entries) {
   std::string const path = systemPath(folder);
   if (path.empty()) throw exceptionOfErrno(ENOENT, folder);
-  Descriptor const descriptor(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK));
+  Descriptor const descriptor(
+      uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK); }));
   if (descriptor.get() < 0) throw exceptionOfErrno(errno, folder);
   alignas(DirectoryRecord) std::array<char, std::size_t{64} << 10> buffer;
   for (;;) {
-    auto const filled = ::syscall(SYS_getdents64, descriptor.get(), buffer.data(), buffer.size());
+    auto const filled =
+        uninterrupted([&] { return ::syscall(SYS_getdents64, descriptor.get(), buffer.data(), buffer.size()); });
     if (filled < 0) throw exceptionOfErrno(errno, folder);
     if (filled == 0) return;
     for (char const* at = buffer.data(); at < buffer.data() + filled;) {
