@@ -13,6 +13,7 @@ target_sources(
          host/fl/filesystem/path.hpp
          host/fl/filesystem/text.hpp
          host/foundation/core/except/base_msg_id.hpp
+         host/foundation/core/except/catalogue.hpp
          host/foundation/core/except/exception.hpp
          host/foundation/core/except/internal_exception.hpp
          host/foundation/core/except/msg_id_exception.hpp
@@ -31,7 +32,6 @@ target_sources(
          host/foundation/storage/vfs/storage_system.hpp
          host/interpreter/array.hpp
          host/interpreter/array_ptr.hpp
-         host/interpreter/catalogue.hpp
          host/interpreter/dispatcher.hpp
          host/interpreter/errors.hpp
          host/interpreter/string_array.hpp

@@ -5,10 +5,10 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include "foundation/core/except/catalogue.hpp"
 #include "foundation/core/except/msg_id_exception.hpp"
 #include "gateway/message_ids.hpp"
 #include "interpreter/array.hpp"
-#include "interpreter/catalogue.hpp"
 #include "interpreter/dispatcher.hpp"
 #include "interpreter/errors.hpp"
 #include "interpreter/string_array.hpp"

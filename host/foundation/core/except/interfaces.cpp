@@ -1,7 +1,7 @@
+#include "foundation/core/except/catalogue.hpp"
 #include "foundation/core/except/internal_exception.hpp"
 #include "foundation/core/except/msg_id_exception.hpp"
 #include "foundation/core/except/user_exception.hpp"
-#include "interpreter/catalogue.hpp"
 
 namespace foundation::core::except {
 

@@ -1,4 +1,4 @@
-#include "interpreter/catalogue.hpp"
+#include "foundation/core/except/catalogue.hpp"
 
 #include <array>
 #include <string_view>
