@@ -16,12 +16,14 @@ bool beginsWith(std::string_view text, std::string_view prefix) {
 }  // namespace
 
 std::size_t MemoryProvider::requests() const {
+  std::lock_guard const lock(mutex_);
   std::size_t sum = 0;
   for (auto const& counted : requests_) sum += counted.second;
   return sum;
 }
 
 std::size_t MemoryProvider::mostRequests(Operation operation) const {
+  std::lock_guard const lock(mutex_);
   std::size_t most = 0;
   for (auto const& [key, count] : requests_) most = key.first == operation ? std::max(most, count) : most;
   return most;

@@ -63,7 +63,7 @@ class MemoryProvider final : public vfs::Provider {
 
   Options options_;
   std::map<Key, std::size_t> requests_;
-  std::mutex mutex_;
+  mutable std::mutex mutex_;
 };
 
 /// Serves the scheme by the provider for as long as it lives.
