@@ -1,24 +1,13 @@
 #include "foundation/storage/vfs/session_store.hpp"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 #include "foundation/storage/vfs/iri_text.hpp"
+#include "foundation/storage/vfs/location_key.hpp"
 
 namespace foundation::storage::vfs {
 namespace {
-
-std::u16string_view keyOf(AbsoluteIRI const& location) {
-  std::u16string_view key = location.toString();
-  if (!location.encodedPath().empty() && key.back() == u'/') key.remove_suffix(1);
-  return key;
-}
-
-// Equality of UTF-16 texts as memory; the standard library compares unit by unit.
-bool same(std::u16string_view a, std::u16string_view b) {
-  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
-}
 
 // Whether the written form of an IRI's element shows this name character for character, ASCII and without a
 // percent-encoding.
@@ -36,16 +25,6 @@ std::size_t memoryOf(FolderReading const& reading) {
 }
 
 }  // namespace
-
-std::size_t ReadSession::Store::KeyHash::operator()(std::u16string_view key) const noexcept {
-  constexpr std::size_t hashedUnits = 24;
-  std::u16string_view const tail = key.substr(key.size() - std::min(key.size(), hashedUnits));
-  return std::hash<std::u16string_view>()(tail) + key.size();
-}
-
-bool ReadSession::Store::KeyEqual::operator()(std::u16string_view a, std::u16string_view b) const noexcept {
-  return same(a, b);
-}
 
 std::shared_ptr<FolderReading> const* ReadSession::Store::find(std::u16string_view key, std::string_view prefix) const {
   auto const [first, last] = readings_.equal_range(key);
@@ -81,7 +60,7 @@ std::shared_ptr<FolderReading> ReadSession::Store::reading(std::shared_ptr<Provi
 
 std::shared_ptr<FolderReading> ReadSession::Store::read(std::shared_ptr<Provider> const& provider,
                                                         AbsoluteIRI const& location) {
-  return reader_.read(provider, location, [this](ReadAhead::Result result) {
+  return reader_.read(provider, location, [this](DescentReader::Result result) {
     if (result.failure) {
       failures_.try_emplace(std::u16string(keyOf(result.reading->location)), Failure{*result.failure});
     } else if (find(keyOf(result.reading->location), {}) == nullptr) {
@@ -135,7 +114,7 @@ ReadSession::Store::Entry ReadSession::Store::findEntry(AbsoluteIRI const& locat
     return unknown;  // no element in the path
   std::u16string_view const writtenName = key.substr(nameStart);
   std::u16string_view const folderKey = key.substr(0, nameStart - 1);
-  if (lastAsked_ == nullptr || !same(keyOf(lastAsked_->location), folderKey)) {
+  if (lastAsked_ == nullptr || !KeyEqual()(keyOf(lastAsked_->location), folderKey)) {
     auto const* const whole = find(folderKey, {});
     lastAsked_ = whole == nullptr ? nullptr : whole->get();
   }

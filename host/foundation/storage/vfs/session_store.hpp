@@ -10,6 +10,7 @@
 #include "foundation/storage/vfs/descent_reader.hpp"
 #include "foundation/storage/vfs/exception.hpp"
 #include "foundation/storage/vfs/folder_reading.hpp"
+#include "foundation/storage/vfs/location_key.hpp"
 #include "foundation/storage/vfs/read_session.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
 #include "foundation/storage/vfs/subtree_scan.hpp"
@@ -57,17 +58,7 @@ class ReadSession::Store {
   void remember(std::shared_ptr<FolderReading> reading);
   void makeRoom(std::size_t bytes);
 
-  // Locations of one search share long heads, so only the tail is hashed; and they are compared as memory, not unit by
-  // unit.
-  struct KeyHash {
-    std::size_t operator()(std::u16string_view key) const noexcept;
-  };
-  struct KeyEqual {
-    bool operator()(std::u16string_view a, std::u16string_view b) const noexcept;
-  };
-
-  // Keys are the written forms of locations without a final "/", as a folder is one however its location ends. The
-  // readings own theirs.
+  // The readings own their keys.
   std::unordered_multimap<std::u16string_view, std::shared_ptr<FolderReading>, KeyHash, KeyEqual> readings_;
   std::unordered_map<std::u16string, Failure> failures_;
   std::unordered_map<std::u16string, PathKind> kinds_;

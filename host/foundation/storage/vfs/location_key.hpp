@@ -1,0 +1,37 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <functional>
+#include <string_view>
+
+#include "foundation/storage/vfs/absolute_iri.hpp"
+
+namespace foundation::storage::vfs {
+
+/// The text by which the storage layer knows a folder: the written form of its location without a final "/", as a
+/// folder is one however its location ends. Valid as long as the location.
+inline std::u16string_view keyOf(AbsoluteIRI const& location) noexcept {
+  std::u16string_view key = location.toString();
+  if (!location.encodedPath().empty() && key.back() == u'/') key.remove_suffix(1);
+  return key;
+}
+
+/// Equality as memory; the standard library compares UTF-16 unit by unit.
+struct KeyEqual {
+  bool operator()(std::u16string_view a, std::u16string_view b) const noexcept {
+    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
+  }
+};
+
+/// Locations of one search share long heads, so only the tail is hashed.
+struct KeyHash {
+  std::size_t operator()(std::u16string_view key) const noexcept {
+    constexpr std::size_t hashedUnits = 24;
+    std::u16string_view const tail = key.substr(key.size() - std::min(key.size(), hashedUnits));
+    return std::hash<std::u16string_view>()(tail) + key.size();
+  }
+};
+
+}  // namespace foundation::storage::vfs
