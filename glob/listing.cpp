@@ -21,12 +21,12 @@ bool isDotName(std::u16string const& name) {
 template <class Entry>
 void collect(std::vector<Path>& result, vfs::FolderListing<Entry> const& listing, bool showDotEntries) {
   constexpr std::size_t usualEntries = 16;  // growing to these would cost more than they do
-  result.reserve(usualEntries);
   auto const end = listing.end();
   for (auto entry = listing.begin(); entry != end; ++entry) {
-    auto const& name = entry->getName();
+    auto&& name = entry->getName();  // one kind of element has its name, the other makes it
     if (!showDotEntries && isDotName(name)) continue;
-    result.push_back(PathAccess::make(fl::filesystem::upath(name)));
+    if (result.empty()) result.reserve(usualEntries);
+    result.push_back(PathAccess::make(fl::filesystem::upath(std::forward<decltype(name)>(name))));
     if (utIsInterruptPending()) throw Quindarel::System::InterruptException();
   }
 }

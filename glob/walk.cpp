@@ -49,14 +49,15 @@ Path joined(Path const& folder, Path const& match) {
 // one. The prefix goes down with the descent, so that each path is put together once, however deep it lies.
 void descend(std::vector<Path>& result, vfs::Folder const& folder, Path const& prefix, bool foldersOnly,
              bool includeDotFiles) {
-  std::vector<Path> const entries = listFolderEntries(folder, u"*", foldersOnly, includeDotFiles);
+  std::vector<Path> entries = listFolderEntries(folder, u"*", foldersOnly, includeDotFiles);
+  if (entries.empty()) return;
   Path const location(folder.getLocation());
-  for (Path const& entry : entries) {
+  for (Path& entry : entries) {
     result.push_back(joined(prefix, entry));
     try {
       if (pathKind(entry, location) != PathKind::isFolder) continue;
       Path const below = result.back();
-      descend(result, vfs::Folder(folder, entry.string(false)), below, foldersOnly, includeDotFiles);
+      descend(result, vfs::Folder(folder, PathAccess::string(std::move(entry))), below, foldersOnly, includeDotFiles);
     } catch (vfs::Exception const&) {
       continue;  // the entry stays a match; what is below it can't be told
     }

@@ -19,11 +19,11 @@ upath absoluteLocal(upath const& path, upath const& base) {
 }  // namespace
 
 AbsoluteIRI resolveAgainstIRI(upath const& path, AbsoluteIRI const& base) {
-  upath const expanded(fl::filesystem::detail::make_expanded_path(path.native(), path.flag()));
-  if (fl::filesystem::detail::is_absolute(expanded.native())) {
-    return foundation::storage::vfs::toAbsoluteIRI(base.getScheme(), expanded);
+  std::u16string const& expanded = fl::filesystem::detail::make_expanded_path(path.native(), path.flag());
+  if (fl::filesystem::detail::is_absolute(expanded)) {
+    return foundation::storage::vfs::toAbsoluteIRI(base.getScheme(), upath(expanded));
   }
-  return {base, expanded.native()};
+  return {base, expanded};
 }
 
 bool isAbsolute(Path const& p) {

@@ -62,7 +62,9 @@ struct stat statusOf(upath const& path) {
 
 upath absolute(upath const& path, upath const& base) {
   if (detail::is_absolute(path.native())) return path;
-  std::u16string result = base.native();
+  std::u16string result;
+  result.reserve(base.native().size() + path.native().size() + 1);
+  result = base.native();
   if (!detail::is_absolute(result)) {
     std::u16string below = currentFolder(base.empty() ? path.native() : result);
     if (!result.empty()) detail::concatenate_pathname(below, result, base.flag());

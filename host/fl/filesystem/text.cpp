@@ -27,7 +27,7 @@ std::u16string make_generic_form(std::u16string const& text) {
   return text;
 }
 
-std::u16string make_expanded_path(std::u16string const& text, bool /*interpret*/) {
+std::u16string const& make_expanded_path(std::u16string const& text, bool /*interpret*/) noexcept {
   return text;
 }
 

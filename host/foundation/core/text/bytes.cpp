@@ -1,5 +1,6 @@
 #include "foundation/core/text/bytes.hpp"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -53,28 +54,21 @@ void appendCodePoint(std::string& bytes, char32_t codePoint) {
 template <class Unit>
 using UnsignedOf = std::conditional_t<sizeof(Unit) == 1, unsigned char, char16_t>;
 
-// How many units at the start of `in` are ASCII; they are copied to `out`, which has room for all of `in`. In blocks
-// without a branch inside, which compilers turn into vector code: nearly all names are ASCII, and every one of them
-// comes through here.
+// How many units at the start of `in` are ASCII; they are copied to `out`, which has room for all of `in`. Nearly all
+// names are ASCII, and every one of them comes through here: so first a loop without a branch inside, which compilers
+// turn into vector code.
 template <class To, class From>
 std::size_t copyAscii(From const* __restrict in, std::size_t size, To* __restrict out) {
-  constexpr std::size_t block = 16;
-  std::size_t done = 0;
-  for (; done + block <= size; done += block) {
-    std::uint32_t all = 0;
-    for (std::size_t i = 0; i < block; ++i) {
-      auto const unit = static_cast<UnsignedOf<From>>(in[done + i]);
-      all |= unit;
-      out[done + i] = static_cast<To>(unit);
-    }
-    if (all >= 0x80) break;
+  using Unit = UnsignedOf<From>;
+  Unit all = 0;
+  for (std::size_t i = 0; i < size; ++i) {
+    auto const unit = static_cast<Unit>(in[i]);
+    all = static_cast<Unit>(all | unit);
+    out[i] = static_cast<To>(unit);
   }
-  for (; done < size; ++done) {
-    auto const unit = static_cast<UnsignedOf<From>>(in[done]);
-    if (unit >= 0x80) break;
-    out[done] = static_cast<To>(unit);
-  }
-  return done;
+  if (all < 0x80) return size;
+  return static_cast<std::size_t>(
+      std::find_if(in, in + size, [](From unit) { return static_cast<Unit>(unit) >= 0x80; }) - in);
 }
 
 // Appends the bytes of the text; `unpaired` is called for a surrogate that stands for no bytes and says whether to go

@@ -76,12 +76,6 @@ void EntryTable::sort() {
                  records_.end());
 }
 
-std::optional<PathKind> EntryTable::kind(std::size_t index) const noexcept {
-  std::uint32_t const known = records_[index].flags & kindMask;
-  if (known == 0) return std::nullopt;
-  return static_cast<PathKind>(known - 1);
-}
-
 void EntryTable::setKind(std::size_t index, PathKind kind) noexcept {
   Record& record = records_[index];
   record.flags = (record.flags & ~kindMask) | (static_cast<std::uint32_t>(kind) + 1);

@@ -51,7 +51,11 @@ class KORVAN_HOST_EXPORT EntryTable {
   }
 
   /// What stands there, where the folder told it or a look at the entry has found it.
-  std::optional<PathKind> kind(std::size_t index) const noexcept;
+  std::optional<PathKind> kind(std::size_t index) const noexcept {
+    std::uint32_t const known = records_[index].flags & kindMask;
+    if (known == 0) return std::nullopt;
+    return static_cast<PathKind>(known - 1);
+  }
 
   /// Notes what a look at the entry found.
   void setKind(std::size_t index, PathKind kind) noexcept;

@@ -71,8 +71,10 @@ void resolveKinds(FolderReading& reading, NameFilter const& filter, Provider& pr
 
 }  // namespace
 
-Folder::Folder(AbsoluteIRI const& location, StorageSystemReference system)
-    : node_(std::make_shared<Node const>(Node{location, system.system().provider(location.scheme()), nullptr})) {}
+Folder::Folder(AbsoluteIRI location, StorageSystemReference system) {
+  std::shared_ptr<Provider> provider = system.system().provider(location.scheme());
+  node_ = std::make_shared<Node const>(Node{std::move(location), std::move(provider), nullptr});
+}
 
 Folder::Folder(Folder const& parent, std::u16string const& name) {
   Node const& from = *parent.node_;

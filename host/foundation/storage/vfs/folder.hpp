@@ -33,7 +33,7 @@ class KORVAN_HOST_EXPORT Folder {
  public:
   /// The folder at the IRI, whether or not one stands there. Throws `UnsupportedIRISchemeException` when no provider
   /// serves the scheme.
-  Folder(AbsoluteIRI const& location, StorageSystemReference system);
+  Folder(AbsoluteIRI location, StorageSystemReference system);
 
   /// The sub-folder of that name. It remembers the folders that led to it. Throws `Exception` (code `other`) when it is
   /// one of them, reached again through a link, so that no descent goes round a cycle. Asks for identities, one request

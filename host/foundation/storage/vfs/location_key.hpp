@@ -25,9 +25,11 @@ struct KeyEqual {
   }
 };
 
-/// Locations of one search share long heads, so only the tail is hashed.
+/// Locations of one search share long heads, so only the tail is hashed. It doesn't say `noexcept`: that lets the
+/// standard library keep the hashes in its tables, where it would else compute them anew for each neighbour in a
+/// bucket.
 struct KeyHash {
-  std::size_t operator()(std::u16string_view key) const noexcept {
+  std::size_t operator()(std::u16string_view key) const {
     constexpr std::size_t hashedUnits = 24;
     std::u16string_view const tail = key.substr(key.size() - std::min(key.size(), hashedUnits));
     return std::hash<std::u16string_view>()(tail) + key.size();

@@ -109,6 +109,7 @@ bool ReadSession::Store::maybeLink(AbsoluteIRI const& location) {
 ReadSession::Store::Entry ReadSession::Store::findEntry(AbsoluteIRI const& location) {
   constexpr Entry unknown{nullptr, EntryTable::npos};
   std::u16string_view const key = keyOf(location);
+  if (std::size_t const index = findNext(key); index != EntryTable::npos) return {lastAsked_, index};
   std::size_t const nameStart = iri_text::lastElement(key);
   if (nameStart + location.encodedPath().size() <= location.toString().size())
     return unknown;  // no element in the path
@@ -117,16 +118,6 @@ ReadSession::Store::Entry ReadSession::Store::findEntry(AbsoluteIRI const& locat
   if (lastAsked_ == nullptr || !KeyEqual()(keyOf(lastAsked_->location), folderKey)) {
     auto const* const whole = find(folderKey, {});
     lastAsked_ = whole == nullptr ? nullptr : whole->get();
-  }
-  // The walk asks in listing order, twice about a folder, and most names are written as they are: then nothing needs to
-  // be decoded or searched.
-  if (lastAsked_ != nullptr) {
-    for (std::size_t const likely : {lastAsked_->lastFound + 1, lastAsked_->lastFound}) {
-      if (likely < lastAsked_->entries.size() && writtenPlainly(lastAsked_->entries.name(likely), writtenName)) {
-        lastAsked_->lastFound = likely;
-        return {lastAsked_, likely};
-      }
-    }
   }
   name_.clear();
   iri_text::appendDecodedBytes(name_, writtenName);
@@ -139,6 +130,23 @@ ReadSession::Store::Entry ReadSession::Store::findEntry(AbsoluteIRI const& locat
   std::size_t const index = lastAsked_->entries.find(name_);
   if (index != EntryTable::npos) lastAsked_->lastFound = index;
   return {lastAsked_, index};
+}
+
+// The walk asks about the entries of a folder in listing order, twice about a sub-folder, and most names are written as
+// they are: then nothing needs to be taken apart, decoded or searched.
+std::size_t ReadSession::Store::findNext(std::u16string_view key) {
+  if (lastAsked_ == nullptr) return EntryTable::npos;
+  std::u16string_view const folderKey = keyOf(lastAsked_->location);
+  bool const below = key.size() > folderKey.size() && key[folderKey.size()] == u'/' &&
+                     KeyEqual()(key.substr(0, folderKey.size()), folderKey);
+  if (!below) return EntryTable::npos;
+  std::u16string_view const writtenName = key.substr(folderKey.size() + 1);
+  for (std::size_t const likely : {lastAsked_->lastFound + 1, lastAsked_->lastFound}) {
+    if (likely < lastAsked_->entries.size() && writtenPlainly(lastAsked_->entries.name(likely), writtenName)) {
+      return lastAsked_->lastFound = likely;
+    }
+  }
+  return EntryTable::npos;
 }
 
 void ReadSession::Store::scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix) {

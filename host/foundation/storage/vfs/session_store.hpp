@@ -47,6 +47,7 @@ class ReadSession::Store {
     std::size_t index;
   };
   Entry findEntry(AbsoluteIRI const& location);
+  std::size_t findNext(std::u16string_view key);
 
   struct Failure {
     Exception exception;
