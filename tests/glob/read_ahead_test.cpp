@@ -39,6 +39,9 @@ Tree largeTree() {
   tree.addFile("d1010/.dot/folder/file.txt")
       .addFile("d1020/e1003/.dot/file")
       .addLink("d1010/e1004/link", "d1030/e1001");
+  std::string chain = "z";
+  for (int i = 0; i < 100; ++i) chain += "/z";
+  tree.addFile(chain + "/file.txt");
   return tree;
 }
 
@@ -140,6 +143,28 @@ TEST_F(ReadAhead, KeepsWhatItReadWhenTheDescentTurnsElsewhere) {
   EXPECT_THROW(list("d1070"), vfs::Exception);
   EXPECT_EQ(session.failedListings().size(), 1U);
   for (int i = 80; i < 1000; ++i) EXPECT_EQ(list(numbered('d', i)), 1U);
+  EXPECT_EQ(store_->mostRequests(Operation::list), 1U);
+}
+
+TEST_F(ReadAhead, TheDescentReadsOnWhereTheOtherThreadIsHeldUp) {
+  Tree tree;
+  for (int i = 0; i < 1000; ++i) tree.addFile(numbered('d', i) + "/file");
+  serve(tree);
+  auto const own = std::this_thread::get_id();
+  std::atomic<bool> held = false;
+  std::atomic<int> readMeanwhile = 0;
+  vfs::ReadSession const session;
+  list("");
+  store_->onEntry = [&] {
+    if (std::this_thread::get_id() == own) {
+      if (held) ++readMeanwhile;
+    } else if (!held.exchange(true)) {
+      auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+      while (readMeanwhile < 10 && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+    }
+  };
+  for (int i = 0; i < 1000; ++i) EXPECT_EQ(list(numbered('d', i)), 1U);
+  EXPECT_GE(readMeanwhile, 10);
   EXPECT_EQ(store_->mostRequests(Operation::list), 1U);
 }
 
