@@ -20,6 +20,7 @@ inline std::u16string_view keyOf(AbsoluteIRI const& location) noexcept {
 
 /// Equality as memory; the standard library compares UTF-16 unit by unit.
 struct KeyEqual {
+  using is_transparent = void;
   bool operator()(std::u16string_view a, std::u16string_view b) const noexcept {
     return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
   }
@@ -29,6 +30,7 @@ struct KeyEqual {
 /// standard library keep the hashes in its tables, where it would else compute them anew for each neighbour in a
 /// bucket.
 struct KeyHash {
+  using is_transparent = void;
   std::size_t operator()(std::u16string_view key) const {
     constexpr std::size_t hashedUnits = 24;
     std::u16string_view const tail = key.substr(key.size() - std::min(key.size(), hashedUnits));

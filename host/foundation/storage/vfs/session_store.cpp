@@ -18,6 +18,11 @@ bool writtenPlainly(std::string_view name, std::u16string_view written) {
          });
 }
 
+// Whether it is a reading of the folder that holds all entries whose names begin with the prefix.
+bool holds(FolderReading const& reading, std::u16string_view key, std::string_view prefix) {
+  return KeyEqual()(keyOf(reading.location), key) && prefix.starts_with(reading.prefix);
+}
+
 std::size_t memoryOf(FolderReading const& reading) {
   constexpr std::size_t perReading =
       sizeof(FolderReading) + 64;  // with the map's node and the counts of the shared pointer
@@ -26,12 +31,21 @@ std::size_t memoryOf(FolderReading const& reading) {
 
 }  // namespace
 
-std::shared_ptr<FolderReading> const* ReadSession::Store::find(std::u16string_view key, std::string_view prefix) const {
+ReadSession::Store::Kept* ReadSession::Store::find(std::u16string_view key, std::string_view prefix) {
+  if (lastGiven_ != nullptr && holds(*lastGiven_->reading, key, prefix)) return lastGiven_;
   auto const [first, last] = readings_.equal_range(key);
   for (auto it = first; it != last; ++it) {
-    if (prefix.starts_with(it->second->prefix)) return &it->second;
+    if (prefix.starts_with(it->second.reading->prefix)) return &it->second;
   }
   return nullptr;
+}
+
+// A search lists the folders below one again and again, always in the same order: a guess saves the walk through cold
+// memory that a look into the table is.
+ReadSession::Store::Kept* ReadSession::Store::findInTurn(std::u16string_view key, std::string_view prefix) {
+  Kept* const guess = lastGiven_ == nullptr ? nullptr : lastGiven_->next;
+  bool const right = guess != nullptr && holds(*guess->reading, key, prefix);
+  return right ? guess : find(key, prefix);
 }
 
 std::shared_ptr<FolderReading> ReadSession::Store::reading(std::shared_ptr<Provider> const& provider,
@@ -39,23 +53,27 @@ std::shared_ptr<FolderReading> ReadSession::Store::reading(std::shared_ptr<Provi
   std::u16string_view const key = keyOf(location);
   bool const flat = provider->servesSubtrees();
   if (!flat) prefix = {};  // the provider reads whole folders anyway, so remember them as such
-  if (auto const* const found = find(key, prefix)) return *found;
-  if (auto const failure = failures_.find(std::u16string(key)); failure != failures_.end()) {
+  if (Kept* const found = findInTurn(key, prefix)) return give(*found);
+  if (auto const failure = failures_.find(key); failure != failures_.end()) {
     tell(failure->second);
     throw Exception(failure->second.exception);
   }
   try {
     if (flat) {
       scan(*provider, location, prefix);
-      if (auto const* const found = find(key, prefix)) return *found;
+      if (Kept* const found = find(key, prefix)) return give(*found);
     }
-    auto fresh = flat ? readFolder(*provider, location, prefix) : read(provider, location);
-    remember(fresh);
-    return fresh;
+    return give(remember(flat ? readFolder(*provider, location, prefix) : read(provider, location)));
   } catch (Exception const& failure) {
     tell(failures_.try_emplace(std::u16string(key), Failure{failure}).first->second);
     throw;
   }
+}
+
+std::shared_ptr<FolderReading> const& ReadSession::Store::give(Kept& kept) {
+  if (lastGiven_ != nullptr) lastGiven_->next = &kept;
+  lastGiven_ = &kept;
+  return kept.reading;
 }
 
 std::shared_ptr<FolderReading> ReadSession::Store::read(std::shared_ptr<Provider> const& provider,
@@ -116,16 +134,16 @@ ReadSession::Store::Entry ReadSession::Store::findEntry(AbsoluteIRI const& locat
   std::u16string_view const writtenName = key.substr(nameStart);
   std::u16string_view const folderKey = key.substr(0, nameStart - 1);
   if (lastAsked_ == nullptr || !KeyEqual()(keyOf(lastAsked_->location), folderKey)) {
-    auto const* const whole = find(folderKey, {});
-    lastAsked_ = whole == nullptr ? nullptr : whole->get();
+    Kept* const whole = find(folderKey, {});
+    lastAsked_ = whole == nullptr ? nullptr : whole->reading.get();
   }
   name_.clear();
   iri_text::appendDecodedBytes(name_, writtenName);
   if (name_.empty() || name_ == "." || name_ == "..") return unknown;
   if (lastAsked_ == nullptr || !name_.starts_with(lastAsked_->prefix)) {
-    auto const* const covering = find(folderKey, name_);
+    Kept* const covering = find(folderKey, name_);
     if (covering == nullptr) return unknown;
-    lastAsked_ = covering->get();
+    lastAsked_ = covering->reading.get();
   }
   std::size_t const index = lastAsked_->entries.find(name_);
   if (index != EntryTable::npos) lastAsked_->lastFound = index;
@@ -156,12 +174,12 @@ void ReadSession::Store::scan(Provider& provider, AbsoluteIRI const& location, s
   });
 }
 
-void ReadSession::Store::remember(std::shared_ptr<FolderReading> reading) {
+ReadSession::Store::Kept& ReadSession::Store::remember(std::shared_ptr<FolderReading> reading) {
   activity.folders.fetch_add(1, std::memory_order_relaxed);
   activity.entries.fetch_add(reading->entries.size(), std::memory_order_relaxed);
   makeRoom(memoryOf(*reading));
   std::u16string_view const key = keyOf(reading->location);
-  readings_.emplace(key, std::move(reading));
+  return readings_.emplace(key, Kept{std::move(reading)})->second;
 }
 
 void ReadSession::Store::makeRoom(std::size_t bytes) {
@@ -170,6 +188,7 @@ void ReadSession::Store::makeRoom(std::size_t bytes) {
     kinds_.clear();
     memory_ = 0;
     lastAsked_ = nullptr;
+    lastGiven_ = nullptr;
   }
   memory_ += bytes;
 }

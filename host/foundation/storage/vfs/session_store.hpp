@@ -38,7 +38,13 @@ class ReadSession::Store {
   std::vector<Exception> failedListings;
 
  private:
-  std::shared_ptr<FolderReading> const* find(std::u16string_view key, std::string_view prefix) const;
+  struct Kept {
+    std::shared_ptr<FolderReading> reading;
+    Kept* next = nullptr;  // the one that was asked for after it the last time
+  };
+  Kept* find(std::u16string_view key, std::string_view prefix);
+  Kept* findInTurn(std::u16string_view key, std::string_view prefix);
+  std::shared_ptr<FolderReading> const& give(Kept& kept);
 
   // The entry at the location in a reading of the folder above it: null where that isn't read or the location ends in
   // no name; the index is `EntryTable::npos` where the folder has no such entry.
@@ -56,18 +62,19 @@ class ReadSession::Store {
   std::shared_ptr<FolderReading> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
   void scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix);
   void tell(Failure& failure);
-  void remember(std::shared_ptr<FolderReading> reading);
+  Kept& remember(std::shared_ptr<FolderReading> reading);
   void makeRoom(std::size_t bytes);
 
   // The readings own their keys.
-  std::unordered_multimap<std::u16string_view, std::shared_ptr<FolderReading>, KeyHash, KeyEqual> readings_;
-  std::unordered_map<std::u16string, Failure> failures_;
+  std::unordered_multimap<std::u16string_view, Kept, KeyHash, KeyEqual> readings_;
+  std::unordered_map<std::u16string, Failure, KeyHash, KeyEqual> failures_;
   std::unordered_map<std::u16string, PathKind> kinds_;
   std::optional<SubtreeScan> scan_;
   DescentReader reader_;
   std::size_t const memoryBound_;
   std::size_t memory_ = 0;
 
+  Kept* lastGiven_ = nullptr;
   FolderReading* lastAsked_ = nullptr;  // the walk asks about many entries of one folder in turn
   std::string name_;                    // of the entry asked about; kept for its capacity
 };
