@@ -25,7 +25,7 @@ bool holds(FolderReading const& reading, std::u16string_view key, std::string_vi
 
 std::size_t memoryOf(FolderReading const& reading) {
   constexpr std::size_t perReading =
-      sizeof(FolderReading) + 64;  // with the map's node and the counts of the shared pointer
+      sizeof(FolderReading) + 96;  // with the node and the bucket of the table and the counts of the shared pointer
   return perReading + reading.entries.memory() + reading.location.toString().capacity() * sizeof(char16_t);
 }
 
