@@ -59,13 +59,17 @@ class ReadAhead : public testing::Test {
     return static_cast<std::size_t>(std::distance(listing.begin(), listing.end()));
   }
 
-  // Waits for requests of another thread.
-  bool listsInTime(std::size_t atLeast) const {
+  // Waits for another thread.
+  template <class Condition>
+  static bool inTime(Condition const& condition) {
     auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (store_->requests() < atLeast && std::chrono::steady_clock::now() < end) {
+    while (!condition() && std::chrono::steady_clock::now() < end) {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    return store_->requests() >= atLeast;
+    return condition();
+  }
+  bool listsInTime(std::size_t atLeast) const {
+    return inTime([&] { return store_->requests() >= atLeast; });
   }
 
   std::shared_ptr<MemoryProvider> store_;
@@ -159,11 +163,12 @@ TEST_F(ReadAhead, TheDescentReadsOnWhereTheOtherThreadIsHeldUp) {
     if (std::this_thread::get_id() == own) {
       if (held) ++readMeanwhile;
     } else if (!held.exchange(true)) {
-      auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-      while (readMeanwhile < 10 && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+      inTime([&] { return readMeanwhile >= 10; });
     }
   };
-  for (int i = 0; i < 1000; ++i) EXPECT_EQ(list(numbered('d', i)), 1U);
+  for (int i = 0; i < 40; ++i) EXPECT_EQ(list(numbered('d', i)), 1U);
+  ASSERT_TRUE(inTime([&] { return held.load(); }));
+  for (int i = 40; i < 1000; ++i) EXPECT_EQ(list(numbered('d', i)), 1U);
   EXPECT_GE(readMeanwhile, 10);
   EXPECT_EQ(store_->mostRequests(Operation::list), 1U);
 }

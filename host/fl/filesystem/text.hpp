@@ -41,7 +41,7 @@ KORVAN_HOST_EXPORT std::u16string make_generic_form(std::u16string const& text);
 /// The text with the path library's expansions applied: here the text itself, as "~" and "$HOME" are lawful names.
 /// Valid as long as `text`.
 KORVAN_HOST_EXPORT std::u16string const& make_expanded_path(std::u16string const& text, bool interpret) noexcept;
-std::u16string const& make_expanded_path(std::u16string&& text, bool interpret) = delete;
+std::u16string const& make_expanded_path(std::u16string&& text, bool interpret) = delete;  // would not outlive the call
 
 /// Adds `element` to `text` with exactly one "/" between: none is added after a text that ends in one, and those that
 /// `element` begins with are dropped. An empty text becomes the element itself.

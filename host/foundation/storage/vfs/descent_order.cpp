@@ -41,7 +41,7 @@ DescentOrder::Place DescentOrder::takeAside(AbsoluteIRI folder) {
   return rests_.insert(rests_.begin(), Rest{std::move(folder)});
 }
 
-void DescentOrder::enter(Place place, EntryTable subfolders) {
+void DescentOrder::enter(Place place, EntryTable subfolders) noexcept {
   size_ += subfolders.size();
   place->subfolders = std::move(subfolders);
   if (place->subfolders.size() == 0) rests_.erase(place);

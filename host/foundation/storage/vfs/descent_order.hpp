@@ -33,9 +33,10 @@ class DescentOrder {
   Place takeAside(AbsoluteIRI folder);
 
   /// Puts the sub-folders of the one that was taken into its place: none of one that couldn't be read.
-  void enter(Place place, EntryTable subfolders);
+  void enter(Place place, EntryTable subfolders) noexcept;
 
-  /// Forgets all that is to come. No place may be taken.
+  /// Leaves nothing to come. No place may be taken. What was taken aside stays so: the folder above it may be entered
+  /// yet.
   void clear() noexcept;
 
   /// How many folders are known to come, about: some of them may have been taken aside.
@@ -46,7 +47,7 @@ class DescentOrder {
   // shared reading is changed by the thread that asked for it.
   std::list<Rest> rests_;
   std::size_t size_ = 0;
-  std::unordered_set<std::size_t> aside_;  // hashes: should two be equal, a folder too many is passed over
+  std::unordered_set<std::size_t> aside_;  // hashes of keys: should two be equal, a folder too many is passed over
 
   std::list<Rest>::iterator nextRest() noexcept;
   void pass(Place rest) noexcept;

@@ -2,9 +2,9 @@
 
 #include <csignal>
 #include <string>
-#include <system_error>
 #include <utility>
 
+#include "foundation/storage/vfs/exception.hpp"
 #include "interrupt/interrupt_state.hpp"
 
 namespace foundation::storage::vfs {
@@ -20,8 +20,12 @@ constexpr std::size_t astrayAfter = 32;
 constexpr std::size_t capacity = 256;
 constexpr std::size_t memoryBound = std::size_t{4} << 20;
 
-// A thread that sleeps is woken when there is this much for it to do, lest every folder cost a system call.
+// The second thread is woken when there is this much for it to do, lest every folder cost a system call.
 constexpr std::size_t worthWaking = 8;
+
+// How often something that comes in a moment is looked for before a thread sleeps: being put to sleep and woken again
+// takes longer than a folder of a disk.
+constexpr int patience = 50;
 
 // A thread that is made while this lives takes no signals: they are for the host's own threads.
 class SignalsBlocked {
@@ -39,45 +43,65 @@ class SignalsBlocked {
   sigset_t before_;
 };
 
-bool sameFolder(AbsoluteIRI const& a, AbsoluteIRI const& b) {
-  return KeyEqual()(keyOf(a), keyOf(b));
-}
-
-// The other thread keeps the lock so shortly that it is not worth a system call to sleep until it is free.
-void lockSoon(std::unique_lock<std::mutex>& lock) {
-  constexpr int tries = 50;
-  for (int i = 0; i < tries; ++i) {
+void lockPatiently(std::unique_lock<std::mutex>& lock) {
+  for (int i = 0; i < patience; ++i) {
     if (lock.try_lock()) return;
     std::this_thread::yield();
   }
   lock.lock();
 }
 
+// Gives the lock up while it lives.
+class Unlocked {
+ public:
+  explicit Unlocked(std::unique_lock<std::mutex>& lock) : lock_(lock) { lock_.unlock(); }
+  ~Unlocked() { lockPatiently(lock_); }
+  Unlocked(Unlocked const&) = delete;
+  Unlocked& operator=(Unlocked const&) = delete;
+
+ private:
+  std::unique_lock<std::mutex>& lock_;
+};
+
+bool sameFolder(AbsoluteIRI const& a, AbsoluteIRI const& b) {
+  return KeyEqual()(keyOf(a), keyOf(b));
+}
+
 }  // namespace
 
+DescentReader::~DescentReader() {
+  Lock lock(mutex_);
+  stop(lock);
+}
+
 std::shared_ptr<FolderReading> DescentReader::read(std::shared_ptr<Provider> const& provider,
-                                                   AbsoluteIRI const& location, Receive const& receive) {
+                                                   AbsoluteIRI const& location) {
+  Lock lock(mutex_, std::defer_lock);
+  lockPatiently(lock);
   if (provider != provider_) {
-    handOver(receive);
+    turnElsewhere(lock);
     provider_ = provider;
   }
-  Lock lock(mutex_, std::defer_lock);
-  lockSoon(lock);
   awaitOther(lock, location);
   std::optional<Result> result = takeAhead(location);
-  if (!result) result = readNow(lock, location, receive);
+  if (!result) result = readNow(lock, location);
   wakeOther();
   lock.unlock();
-  if (result->failure) throw Exception(*result->failure);
+  if (result->failure) std::rethrow_exception(result->failure);
   if (inOrder_ >= descentAfter && !thread_.joinable() && mayStart_) start();
   return std::move(result->reading);
 }
 
 // Returns when the second thread isn't reading the folder.
 void DescentReader::awaitOther(Lock& lock, AbsoluteIRI const& location) {
-  while (otherReads_ != nullptr && sameFolder(*otherReads_, location)) {
-    if (auto const next = takeNext()) {
-      keep(readTaken(lock, *next));
+  bool readsAhead = true;
+  for (int looks = 0; otherReads_ != nullptr && sameFolder(*otherReads_, location); ++looks) {
+    auto const next = readsAhead ? takeNext() : std::nullopt;
+    if (next) {
+      readsAhead = readAhead(lock, *next);
+    } else if (looks < patience) {
+      Unlocked const unlocked(lock);
+      std::this_thread::yield();
     } else {
       callerSleeps_ = true;
       callerWakes_.wait(lock, [this] { return !callerSleeps_; });
@@ -95,41 +119,27 @@ std::optional<DescentReader::Result> DescentReader::takeAhead(AbsoluteIRI const&
   return result;
 }
 
-DescentReader::Result DescentReader::readNow(Lock& lock, AbsoluteIRI const& location, Receive const& receive) {
+DescentReader::Result DescentReader::readNow(Lock& lock, AbsoluteIRI const& location) {
   auto next = order_.next();
-  if (next && sameFolder(*next, location)) {
+  bool const follows = next && sameFolder(*next, location);
+  if (follows) {
     ++inOrder_;
     outOfOrder_ = 0;
-    return readTaken(lock, order_.take(std::move(*next)));
+    // What the descent has passed over mustn't keep the second thread from reading on.
+    if (otherSleeps_ && !hasMuchRoom()) handOver();
+  } else {
+    inOrder_ = 0;
+    if (++outOfOrder_ >= astrayAfter) turnElsewhere(lock);
   }
-  inOrder_ = 0;
-  if (++outOfOrder_ == astrayAfter) {
-    lock.unlock();
-    handOver(receive);
-    lock.lock();
-  }
-  return readTaken(lock, order_.takeAside(location));
-}
-
-// Reads without the lock.
-DescentReader::Result DescentReader::readTaken(Lock& lock, DescentOrder::Place place) {
-  lock.unlock();
-  Result result;
-  EntryTable subfolders;
+  DescentOrder::Place const place = follows ? order_.take(std::move(*next)) : order_.takeAside(location);
   try {
-    result.reading = readFolder(*provider_, place->folder, {});
-    subfolders = followedSubfolders(*result.reading);
-  } catch (Exception const& failure) {
-    result = {std::make_shared<FolderReading>(place->folder, std::string()),
-              std::make_unique<Exception const>(failure)};
+    Found found = readUnlocked(lock, location);
+    order_.enter(place, std::move(found.subfolders));
+    return std::move(found.result);
   } catch (...) {
-    lock.lock();
     order_.enter(place, {});
     throw;
   }
-  lockSoon(lock);
-  order_.enter(place, std::move(subfolders));
-  return result;
 }
 
 // Takes the folder to be read ahead: none when none is known, or enough has been read.
@@ -140,10 +150,35 @@ std::optional<DescentOrder::Place> DescentReader::takeNext() {
   return order_.take(std::move(*next));
 }
 
-void DescentReader::keep(Result result) {
-  std::u16string_view const key = keyOf(result.reading->location);
-  std::size_t const memory = result.reading->entries.memory();
-  if (ahead_.try_emplace(key, std::move(result)).second) memory_ += memory;
+// Whether that went well. An interrupt or a lack of memory is nothing to those who didn't ask for this folder: whoever
+// does reads it anew, and meets it there.
+bool DescentReader::readAhead(Lock& lock, DescentOrder::Place place) noexcept {
+  try {
+    Found found = readUnlocked(lock, place->folder);
+    std::u16string_view const key = keyOf(found.result.reading->location);
+    std::size_t const memory = found.result.reading->entries.memory();
+    if (ahead_.try_emplace(key, std::move(found.result)).second) memory_ += memory;
+    order_.enter(place, std::move(found.subfolders));
+    return true;
+  } catch (...) {
+    order_.enter(place, {});
+    return false;
+  }
+}
+
+DescentReader::Found DescentReader::readUnlocked(Lock& lock, AbsoluteIRI const& location) {
+  Unlocked const unlocked(lock);
+  return readOrFail(*provider_, location);
+}
+
+DescentReader::Found DescentReader::readOrFail(Provider& provider, AbsoluteIRI const& location) {
+  try {
+    auto reading = readFolder(provider, location, {});
+    EntryTable subfolders = followedSubfolders(*reading);
+    return {{std::move(reading), nullptr}, std::move(subfolders)};
+  } catch (Exception const&) {
+    return {{std::make_shared<FolderReading>(location, std::string()), std::current_exception()}, {}};
+  }
 }
 
 void DescentReader::start() {
@@ -151,65 +186,71 @@ void DescentReader::start() {
   SignalsBlocked const blocked;
   try {
     thread_ = std::thread([this] { run(); });
-  } catch (std::system_error const&) {
+  } catch (std::exception const&) {
     mayStart_ = false;  // no thread to be had: it goes without
   }
 }
 
-void DescentReader::stop() noexcept {
+// With the lock from the decision on, so that the second thread takes no other folder.
+void DescentReader::stop(Lock& lock) noexcept {
   if (!thread_.joinable()) return;
-  {
-    Lock const lock(mutex_);
-    stopping_ = true;
-    otherSleeps_ = false;
-  }
+  stopping_ = true;
+  otherSleeps_ = false;
   otherWakes_.notify_one();
+  lock.unlock();
   thread_.join();
+  lock.lock();
   stopping_ = false;
-}
-
-void DescentReader::handOver(Receive const& receive) {
-  stop();
-  for (auto& read : ahead_) receive(std::move(read.second));
-  ahead_.clear();
-  memory_ = 0;
-  order_.clear();
-  outOfOrder_ = 0;
 }
 
 void DescentReader::run() noexcept {
   Lock lock(mutex_);
-  try {
-    while (!stopping_ && !utIsInterruptPending()) {
-      if (auto const next = takeNext()) {
-        otherReads_ = &(*next)->folder;
-        Result result = readTaken(lock, *next);
-        otherReads_ = nullptr;
-        keep(std::move(result));
-        if (ahead_.size() + order_.size() >= worthWaking) wakeCaller();
-      } else {
-        wakeCaller();
-        otherSleeps_ = true;
-        otherWakes_.wait(lock, [this] { return !otherSleeps_; });
-      }
+  bool goesWell = true;
+  while (goesWell && !stopping_ && !utIsInterruptPending()) {
+    std::optional<DescentOrder::Place> next;
+    try {
+      next = takeNext();
+    } catch (...) {
+      break;  // a lack of memory
     }
-  } catch (...) {
-    // An interrupt or a lack of memory. The other thread reads this folder itself, and meets it there.
+    if (next) {
+      otherReads_ = &(*next)->folder;
+      goesWell = readAhead(lock, *next);
+      otherReads_ = nullptr;
+      wakeCaller();
+    } else {
+      otherSleeps_ = true;
+      otherWakes_.wait(lock, [this] { return !otherSleeps_; });
+    }
   }
-  otherReads_ = nullptr;
-  wakeCaller();
 }
 
-void DescentReader::wakeOther() {
-  bool const worthIt =
-      order_.size() >= worthWaking && ahead_.size() + worthWaking <= capacity && memory_ <= memoryBound / 2;
-  if (otherSleeps_ && worthIt) {
+// The order isn't followed any more: reads ahead no further.
+void DescentReader::turnElsewhere(Lock& lock) {
+  stop(lock);
+  order_.clear();
+  outOfOrder_ = 0;
+  handOver();
+}
+
+void DescentReader::handOver() {
+  auto const passedOver = std::exchange(ahead_, {});
+  memory_ = 0;
+  for (auto const& [key, result] : passedOver) receive_(result);
+}
+
+bool DescentReader::hasMuchRoom() const noexcept {
+  return ahead_.size() + worthWaking <= capacity && memory_ <= memoryBound / 2;
+}
+
+void DescentReader::wakeOther() noexcept {
+  if (otherSleeps_ && order_.size() >= worthWaking && hasMuchRoom()) {
     otherSleeps_ = false;
     otherWakes_.notify_one();
   }
 }
 
-void DescentReader::wakeCaller() {
+void DescentReader::wakeCaller() noexcept {
   if (callerSleeps_) {
     callerSleeps_ = false;
     callerWakes_.notify_one();

@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <cstddef>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -9,58 +10,65 @@
 #include <string_view>
 #include <thread>
 #include <unordered_map>
+#include <utility>
 
 #include "foundation/storage/vfs/descent_order.hpp"
-#include "foundation/storage/vfs/exception.hpp"
 #include "foundation/storage/vfs/folder_reading.hpp"
 #include "foundation/storage/vfs/location_key.hpp"
 
 namespace foundation::storage::vfs {
 
-/// Reads folders for one thread. When those asked for have long been the ones that a descent reads, a second thread
-/// reads further ones ahead, a bounded distance; where the first would have to wait for it, it reads ahead as well. The
-/// second thread only calls the provider and takes no signals. Internal to the session.
+/// Reads folders for one thread, the caller's. When those asked for have long been the ones that a descent reads, a
+/// second thread reads further ones ahead, a bounded distance; where the caller would have to wait for it, the caller
+/// reads ahead as well. The second thread only calls the provider and takes no signals. Internal to the session.
 class DescentReader {
  public:
   /// A folder that was read, or could not be.
   struct Result {
     std::shared_ptr<FolderReading> reading;  ///< holds only the location where there is a failure
-    std::unique_ptr<Exception const> failure;
+    std::exception_ptr failure;              ///< an `Exception` as the provider threw it, or null
   };
-  using Receive = std::function<void(Result)>;
+  using Receive = std::function<void(Result const&)>;
 
-  DescentReader() = default;
-  ~DescentReader() { stop(); }
+  /// `receive` is called in `read`, with folders that were read ahead and passed over since.
+  explicit DescentReader(Receive receive) : receive_(std::move(receive)) {}
+  ~DescentReader();
   DescentReader(DescentReader const&) = delete;
   DescentReader& operator=(DescentReader const&) = delete;
 
-  /// Reads the folder, or takes what was read ahead. Throws as `Provider::list` does. When the descent has turned
-  /// elsewhere, all that was read ahead goes to `receive`, so that it needn't be read again.
-  std::shared_ptr<FolderReading> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
-                                      Receive const& receive);
+  /// Reads the folder, or takes what was read ahead. Throws as `Provider::list` does, and what `receive` throws.
+  std::shared_ptr<FolderReading> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
 
  private:
   using Lock = std::unique_lock<std::mutex>;
+  struct Found {
+    Result result;
+    EntryTable subfolders;
+  };
 
   void awaitOther(Lock& lock, AbsoluteIRI const& location);
   std::optional<Result> takeAhead(AbsoluteIRI const& location);
-  Result readNow(Lock& lock, AbsoluteIRI const& location, Receive const& receive);
-  Result readTaken(Lock& lock, DescentOrder::Place place);
+  Result readNow(Lock& lock, AbsoluteIRI const& location);
   std::optional<DescentOrder::Place> takeNext();
-  void keep(Result result);
+  bool readAhead(Lock& lock, DescentOrder::Place place) noexcept;
+  Found readUnlocked(Lock& lock, AbsoluteIRI const& location);
+  static Found readOrFail(Provider& provider, AbsoluteIRI const& location);
 
   void start();
-  void stop() noexcept;
-  void handOver(Receive const& receive);
+  void stop(Lock& lock) noexcept;
   void run() noexcept;
-  void wakeOther();
-  void wakeCaller();
+  void turnElsewhere(Lock& lock);
+  void handOver();
+  bool hasMuchRoom() const noexcept;
+  void wakeOther() noexcept;
+  void wakeCaller() noexcept;
 
+  Receive const receive_;
   std::shared_ptr<Provider> provider_;
   std::size_t inOrder_ = 0;     // folders in a row that were the next in the order
   std::size_t outOfOrder_ = 0;  // folders in a row that were neither that nor read ahead
   bool mayStart_ = true;
-  std::thread thread_;
+  std::thread thread_;  // one that an interrupt or a lack of memory has ended stays until the descent turns elsewhere
 
   std::mutex mutex_;  // guards all that follows
   DescentOrder order_;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <functional>
@@ -26,16 +25,11 @@ struct KeyEqual {
   }
 };
 
-/// Locations of one search share long heads, so only the tail is hashed. It doesn't say `noexcept`: that lets the
-/// standard library keep the hashes in its tables, where it would else compute them anew for each neighbour in a
-/// bucket.
+/// Hashes the whole key: the tails of many folders are the same as well. It doesn't say `noexcept`, as libstdc++ then
+/// keeps the hashes in its tables; else it computes them anew for each neighbour in a bucket.
 struct KeyHash {
   using is_transparent = void;
-  std::size_t operator()(std::u16string_view key) const {
-    constexpr std::size_t hashedUnits = 24;
-    std::u16string_view const tail = key.substr(key.size() - std::min(key.size(), hashedUnits));
-    return std::hash<std::u16string_view>()(tail) + key.size();
-  }
+  std::size_t operator()(std::u16string_view key) const { return std::hash<std::u16string_view>()(key); }
 };
 
 }  // namespace foundation::storage::vfs

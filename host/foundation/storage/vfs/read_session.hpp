@@ -22,10 +22,10 @@ struct Activity {
 /// One consistent look at storage: opened by the host around one builtin call, on the thread that makes the call. While
 /// it is open each folder is read at most once on that thread, and listings, kinds and existence below it are answered
 /// from that reading. Where a search descends through dozens of local folders, the session reads those that come next
-/// ahead of it, on one thread of its own: that takes no signals, uses nothing but the provider, and ends with the
-/// session at the latest, which waits for the listing under way. Past its memory bound it forgets and reads again.
-/// Closed, everything is forgotten. Without a session every question goes to the disk or store. Sessions nest: the
-/// innermost is the one in force.
+/// ahead of it, on one thread of its own and, rather than wait for that, on the calling one. Its own takes no signals,
+/// uses nothing but the provider, and ends with the session at the latest, which waits for the listing under way. Past
+/// its memory bound it forgets and reads again. Closed, everything is forgotten. Without a session every question goes
+/// to the disk or store. Sessions nest: the innermost is the one in force.
 class KORVAN_HOST_EXPORT ReadSession {
  public:
   /// In bytes.

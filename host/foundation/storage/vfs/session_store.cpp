@@ -31,6 +31,9 @@ std::size_t memoryOf(FolderReading const& reading) {
 
 }  // namespace
 
+ReadSession::Store::Store(std::size_t memoryBound)
+    : reader_([this](DescentReader::Result const& ahead) { receive(ahead); }), memoryBound_(memoryBound) {}
+
 ReadSession::Store::Kept* ReadSession::Store::find(std::u16string_view key, std::string_view prefix) {
   if (lastGiven_ != nullptr && holds(*lastGiven_->reading, key, prefix)) return lastGiven_;
   auto const [first, last] = readings_.equal_range(key);
@@ -63,7 +66,7 @@ std::shared_ptr<FolderReading> ReadSession::Store::reading(std::shared_ptr<Provi
       scan(*provider, location, prefix);
       if (Kept* const found = find(key, prefix)) return give(*found);
     }
-    return give(remember(flat ? readFolder(*provider, location, prefix) : read(provider, location)));
+    return give(remember(flat ? readFolder(*provider, location, prefix) : reader_.read(provider, location)));
   } catch (Exception const& failure) {
     tell(failures_.try_emplace(std::u16string(key), Failure{failure}).first->second);
     throw;
@@ -76,15 +79,18 @@ std::shared_ptr<FolderReading> const& ReadSession::Store::give(Kept& kept) {
   return kept.reading;
 }
 
-std::shared_ptr<FolderReading> ReadSession::Store::read(std::shared_ptr<Provider> const& provider,
-                                                        AbsoluteIRI const& location) {
-  return reader_.read(provider, location, [this](DescentReader::Result result) {
-    if (result.failure) {
-      failures_.try_emplace(std::u16string(keyOf(result.reading->location)), Failure{*result.failure});
-    } else if (find(keyOf(result.reading->location), {}) == nullptr) {
-      remember(std::move(result.reading));
-    }
-  });
+// A folder that was read ahead and may be asked for later or never.
+void ReadSession::Store::receive(DescentReader::Result const& ahead) {
+  std::u16string_view const key = keyOf(ahead.reading->location);
+  if (!ahead.failure) {
+    if (find(key, {}) == nullptr) remember(ahead.reading);
+    return;
+  }
+  try {
+    std::rethrow_exception(ahead.failure);
+  } catch (Exception const& failure) {
+    failures_.try_emplace(std::u16string(key), Failure{failure});
+  }
 }
 
 void ReadSession::Store::tell(Failure& failure) {

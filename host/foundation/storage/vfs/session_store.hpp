@@ -21,7 +21,7 @@ namespace foundation::storage::vfs {
 /// answers about locations whose folder wasn't read. Used by the session's thread alone, but for `activity`.
 class ReadSession::Store {
  public:
-  explicit Store(std::size_t memoryBound) noexcept : memoryBound_(memoryBound) {}
+  explicit Store(std::size_t memoryBound);
 
   /// The reading of the folder, which holds at least the entries whose names begin with `prefix`. Throws what reading
   /// it threw, also when that was earlier in the session.
@@ -59,7 +59,7 @@ class ReadSession::Store {
     Exception exception;
     bool told = false;  // in `failedListings`; not where the folder was only read ahead
   };
-  std::shared_ptr<FolderReading> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
+  void receive(DescentReader::Result const& ahead);
   void scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix);
   void tell(Failure& failure);
   Kept& remember(std::shared_ptr<FolderReading> reading);
