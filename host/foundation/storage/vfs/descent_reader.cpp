@@ -92,7 +92,8 @@ std::shared_ptr<FolderReading> DescentReader::read(std::shared_ptr<Provider> con
   return std::move(result->reading);
 }
 
-// Returns when the second thread isn't reading the folder.
+// Returns when the second thread isn't reading the folder (any more). Until then it reads others ahead, and only where
+// there is none it waits.
 void DescentReader::awaitOther(Lock& lock, AbsoluteIRI const& location) {
   bool readsAhead = true;
   for (int looks = 0; otherReads_ != nullptr && sameFolder(*otherReads_, location); ++looks) {

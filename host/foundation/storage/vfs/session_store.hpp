@@ -24,7 +24,7 @@ class ReadSession::Store {
   explicit Store(std::size_t memoryBound);
 
   /// The reading of the folder, which holds at least the entries whose names begin with `prefix`. Throws what reading
-  /// it threw, also when that was earlier in the session.
+  /// it threw; where that was earlier in the session, as a plain `Exception`.
   std::shared_ptr<FolderReading> reading(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
                                          std::string_view prefix);
 
