@@ -3,7 +3,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "fl/filesystem/path.hpp"
+#include "fl/filesystem/basic_path.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
 #include "foundation/storage/vfs/conversion.hpp"
 

@@ -6,7 +6,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "fl/filesystem/path.hpp"
+#include "fl/filesystem/basic_path.hpp"
 #include "foundation/storage/vfs/conversion.hpp"
 #include "foundation/storage/vfs/folder.hpp"
 #include "foundation/storage/vfs/read_session.hpp"

@@ -3,7 +3,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "foundation/storage/vfs/name_filter.hpp"
+#include "foundation/storage/vfs/detail/name_filter.hpp"
 
 namespace {
 

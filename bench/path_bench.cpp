@@ -3,7 +3,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "path/path.hpp"
+#include "korvan/io/path.hpp"
 
 namespace {
 

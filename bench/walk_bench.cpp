@@ -5,7 +5,7 @@
 #include <benchmark/benchmark.h>
 
 #include "foundation/storage/vfs/read_session.hpp"
-#include "glob/glob.hpp"
+#include "korvan/io/glob.hpp"
 #include "temporary_tree.hpp"
 
 namespace {

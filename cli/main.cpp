@@ -24,9 +24,9 @@
 #include "foundation/storage/vfs/conversion.hpp"
 #include "foundation/storage/vfs/exists.hpp"
 #include "foundation/storage/vfs/read_session.hpp"
-#include "interpreter/errors.hpp"
-#include "interpreter/string_array.hpp"
-#include "interrupt/interrupt_exception.hpp"
+#include "quindarel/interpreter/errors.hpp"
+#include "quindarel/interpreter/string_array.hpp"
+#include "quindarel/interrupt/interrupt_exception.hpp"
 
 namespace kglob {
 namespace {

@@ -9,7 +9,7 @@
 #include "cli/shown_text.hpp"
 #include "cli/signals.hpp"
 #include "foundation/core/text/bytes.hpp"
-#include "interrupt/interrupt_state.hpp"
+#include "quindarel/interrupt/interrupt_state.hpp"
 
 namespace kglob {
 namespace {

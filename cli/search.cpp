@@ -3,8 +3,8 @@
 #include <stdexcept>
 #include <vector>
 
-#include "interpreter/array.hpp"
-#include "interpreter/string_array.hpp"
+#include "quindarel/interpreter/array.hpp"
+#include "quindarel/interpreter/string_array.hpp"
 
 namespace kglob {
 namespace {

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "cli/search_library.hpp"
-#include "interpreter/array_ptr.hpp"
+#include "quindarel/interpreter/array_ptr.hpp"
 
 namespace kglob {
 

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "interpreter/array_ptr.hpp"
+#include "quindarel/interpreter/array_ptr.hpp"
 
 namespace kglob {
 

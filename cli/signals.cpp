@@ -5,7 +5,7 @@
 #include <pthread.h>
 #include <unistd.h>
 
-#include "interrupt/interrupt_state.hpp"
+#include "quindarel/interrupt/interrupt_state.hpp"
 
 namespace kglob {
 namespace {

@@ -5,8 +5,8 @@
 
 #include "foundation/core/text/bytes.hpp"
 #include "foundation/storage/vfs/read_session.hpp"
-#include "interpreter/array.hpp"
-#include "interpreter/errors.hpp"
+#include "quindarel/interpreter/array.hpp"
+#include "quindarel/interpreter/errors.hpp"
 
 using foundation::core::text::fromBytes;
 using foundation::core::text::toBytesLossy;

@@ -3,8 +3,8 @@
 #include <iostream>
 
 #include "foundation/core/text/bytes.hpp"
-#include "glob/glob.hpp"
-#include "path/path.hpp"
+#include "korvan/io/glob.hpp"
+#include "korvan/io/path.hpp"
 
 using foundation::core::text::fromBytes;
 using foundation::core::text::toBytesLossy;

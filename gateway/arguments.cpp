@@ -7,9 +7,9 @@
 #include <string_view>
 
 #include "foundation/core/except/msg_id_exception.hpp"
-#include "gateway/message_ids.hpp"
-#include "interpreter/array.hpp"
-#include "interpreter/string_array.hpp"
+#include "korvan/io/message_ids.hpp"
+#include "quindarel/interpreter/array.hpp"
+#include "quindarel/interpreter/string_array.hpp"
 
 namespace korvan::io::internal {
 

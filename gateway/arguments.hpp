@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "interpreter/array_ptr.hpp"
+#include "quindarel/interpreter/array_ptr.hpp"
 
 namespace korvan::io::internal {
 

@@ -1,4 +1,4 @@
-#include "gateway/builtin_glob.hpp"
+#include "korvan/io/builtin_glob.hpp"
 
 #include <string>
 #include <utility>
@@ -8,15 +8,15 @@
 #include "foundation/storage/vfs/folder.hpp"
 #include "gateway/arguments.hpp"
 #include "gateway/failure_translation.hpp"
-#include "gateway/message_ids.hpp"
-#include "gateway/vx_err_msg_id.hpp"
-#include "glob/glob.hpp"
-#include "interpreter/array.hpp"
-#include "interpreter/dispatcher.hpp"
-#include "interpreter/errors.hpp"
-#include "interpreter/string_array.hpp"
-#include "interrupt/interrupt_state.hpp"
-#include "path/path.hpp"
+#include "korvan/io/glob.hpp"
+#include "korvan/io/message_ids.hpp"
+#include "korvan/io/path.hpp"
+#include "korvan/io/vx_err_msg_id.hpp"
+#include "quindarel/interpreter/array.hpp"
+#include "quindarel/interpreter/dispatcher.hpp"
+#include "quindarel/interpreter/errors.hpp"
+#include "quindarel/interpreter/string_array.hpp"
+#include "quindarel/interrupt/interrupt_state.hpp"
 
 namespace korvan::io::internal {
 

@@ -1,10 +1,10 @@
 #include "gateway/failure_translation.hpp"
 
-#include "fl/filesystem/exception.hpp"
+#include "fl/filesystem/fsys_exception.hpp"
 #include "foundation/storage/vfs/conversion.hpp"
-#include "foundation/storage/vfs/exception.hpp"
-#include "gateway/message_ids.hpp"
-#include "gateway/vx_err_msg_id.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
+#include "korvan/io/message_ids.hpp"
+#include "korvan/io/vx_err_msg_id.hpp"
 
 namespace korvan::io::internal {
 

@@ -1,8 +1,8 @@
-#include "gateway/load_hooks.hpp"
+#include "korvan/io/load_hooks.hpp"
 
 #include <mutex>
 
-#include "interpreter/class_system.hpp"
+#include "quindarel/interpreter/class_system.hpp"
 
 namespace {
 std::once_flag initialised;

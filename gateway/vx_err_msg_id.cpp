@@ -1,8 +1,8 @@
-#include "gateway/vx_err_msg_id.hpp"
+#include "korvan/io/vx_err_msg_id.hpp"
 
 #include "foundation/core/except/msg_id_exception.hpp"
-#include "gateway/message_ids.hpp"
-#include "interpreter/errors.hpp"
+#include "korvan/io/message_ids.hpp"
+#include "quindarel/interpreter/errors.hpp"
 
 namespace korvan::io::internal {
 

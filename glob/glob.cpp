@@ -1,10 +1,10 @@
-#include "glob/glob.hpp"
+#include "korvan/io/glob.hpp"
 
 #include <string_view>
 
 #include "foundation/storage/vfs/absolute_iri.hpp"
 #include "glob/walk.hpp"
-#include "path/path.hpp"
+#include "korvan/io/path.hpp"
 #include "path/path_access.hpp"
 #include "scl/regex/regex.hpp"
 

@@ -2,11 +2,10 @@
 
 #include <utility>
 
-#include "foundation/storage/vfs/exception.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
-#include "interrupt/interrupt_exception.hpp"
-#include "interrupt/interrupt_state.hpp"
 #include "path/path_access.hpp"
+#include "quindarel/interrupt/interrupt_poll.hpp"
 
 namespace korvan::io::internal {
 namespace {
@@ -27,7 +26,7 @@ void collect(std::vector<Path>& result, vfs::FolderListing<Entry> const& listing
     if (!showDotEntries && isDotName(name)) continue;
     if (result.empty()) result.reserve(usualEntries);
     result.push_back(PathAccess::make(fl::filesystem::upath(std::forward<decltype(name)>(name))));
-    if (utIsInterruptPending()) throw Quindarel::System::InterruptException();
+    utThrowIfInterruptPending();
   }
 }
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "foundation/storage/vfs/folder.hpp"
-#include "path/path.hpp"
+#include "korvan/io/path.hpp"
 
 namespace korvan::io::internal {
 

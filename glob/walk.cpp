@@ -3,13 +3,12 @@
 #include <string>
 #include <utility>
 
-#include "foundation/storage/vfs/exception.hpp"
 #include "foundation/storage/vfs/exists.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
 #include "glob/listing.hpp"
-#include "interrupt/interrupt_exception.hpp"
-#include "interrupt/interrupt_state.hpp"
 #include "path/path_access.hpp"
+#include "quindarel/interrupt/interrupt_poll.hpp"
 
 namespace korvan::io::internal {
 namespace {
@@ -71,7 +70,7 @@ std::vector<Path> expandPattern(Path const& pattern, Path const& root, bool fold
     if (!literalMatches(pattern, root, foldersOnly)) return {};
     return {pattern};
   }
-  if (utIsInterruptPending()) throw Quindarel::System::InterruptException();
+  utThrowIfInterruptPending();
 
   std::u16string const lastSegment = pattern.name();
   Path const parent = pattern.parent();

@@ -4,7 +4,7 @@
 
 #include "foundation/storage/vfs/folder.hpp"
 #include "foundation/storage/vfs/path_kind.hpp"
-#include "path/path.hpp"
+#include "korvan/io/path.hpp"
 
 namespace korvan::io::internal {
 

@@ -1,4 +1,4 @@
-#include "path/path.hpp"
+#include "korvan/io/path.hpp"
 #include "path/path_access.hpp"
 
 namespace korvan::io::internal {

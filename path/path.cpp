@@ -1,4 +1,4 @@
-#include "path/path.hpp"
+#include "korvan/io/path.hpp"
 
 #include "foundation/storage/vfs/conversion.hpp"
 #include "path/path_access.hpp"

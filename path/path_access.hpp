@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "path/path.hpp"
+#include "korvan/io/path.hpp"
 
 namespace korvan::io::internal {
 

@@ -2,7 +2,7 @@
 
 #include "fl/filesystem/operations.hpp"
 #include "foundation/storage/vfs/conversion.hpp"
-#include "path/path.hpp"
+#include "korvan/io/path.hpp"
 #include "path/path_access.hpp"
 #include "path/resolve_against_iri.hpp"
 

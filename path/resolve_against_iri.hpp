@@ -1,6 +1,6 @@
 #pragma once
 
-#include "fl/filesystem/path.hpp"
+#include "fl/filesystem/basic_path.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
 
 namespace korvan::io::internal {

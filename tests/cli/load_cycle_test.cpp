@@ -8,8 +8,8 @@
 #include "cli/search.hpp"
 #include "cli/search_library.hpp"
 #include "gtest/gtest.h"
-#include "interpreter/errors.hpp"
-#include "interpreter/string_array.hpp"
+#include "quindarel/interpreter/errors.hpp"
+#include "quindarel/interpreter/string_array.hpp"
 #include "support/temporary_folder.hpp"
 
 namespace {

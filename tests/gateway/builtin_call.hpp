@@ -9,10 +9,10 @@
 #include <gtest/gtest.h>
 
 #include "foundation/core/except/msg_id_exception.hpp"
-#include "gateway/builtin_glob.hpp"
-#include "interpreter/array.hpp"
-#include "interpreter/errors.hpp"
-#include "interrupt/interrupt_state.hpp"
+#include "korvan/io/builtin_glob.hpp"
+#include "quindarel/interpreter/array.hpp"
+#include "quindarel/interpreter/errors.hpp"
+#include "quindarel/interrupt/interrupt_state.hpp"
 #include "support/text.hpp"
 
 namespace korvan::test {

@@ -3,9 +3,9 @@
 #include <new>
 
 #include "builtin_call.hpp"
-#include "fl/filesystem/exception.hpp"
-#include "foundation/storage/vfs/exception.hpp"
-#include "interpreter/dispatcher.hpp"
+#include "fl/filesystem/fsys_exception.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
+#include "quindarel/interpreter/dispatcher.hpp"
 #include "support/memory_provider.hpp"
 #include "support/temporary_folder.hpp"
 

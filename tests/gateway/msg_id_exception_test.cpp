@@ -4,7 +4,7 @@
 #include <boost/exception/info.hpp>
 
 #include "builtin_call.hpp"
-#include "gateway/message_ids.hpp"
+#include "korvan/io/message_ids.hpp"
 
 namespace korvan::test {
 namespace {

@@ -8,7 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "foundation/storage/vfs/exception.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
 #include "support/oracle.hpp"
 #include "support/search.hpp"
 #include "support/temporary_folder.hpp"

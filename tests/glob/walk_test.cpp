@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include "foundation/storage/vfs/exception.hpp"
-#include "interrupt/interrupt_exception.hpp"
-#include "interrupt/interrupt_state.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
+#include "quindarel/interrupt/interrupt_exception.hpp"
+#include "quindarel/interrupt/interrupt_state.hpp"
 #include "support/memory_provider.hpp"
 #include "support/search.hpp"
 #include "support/temporary_folder.hpp"

@@ -7,12 +7,12 @@
 
 #include "foundation/core/except/catalogue.hpp"
 #include "foundation/core/except/msg_id_exception.hpp"
-#include "gateway/message_ids.hpp"
-#include "interpreter/array.hpp"
-#include "interpreter/dispatcher.hpp"
-#include "interpreter/errors.hpp"
-#include "interpreter/string_array.hpp"
-#include "interrupt/interrupt_exception.hpp"
+#include "korvan/io/message_ids.hpp"
+#include "quindarel/interpreter/array.hpp"
+#include "quindarel/interpreter/dispatcher.hpp"
+#include "quindarel/interpreter/errors.hpp"
+#include "quindarel/interpreter/string_array.hpp"
+#include "quindarel/interrupt/interrupt_exception.hpp"
 #include "support/text.hpp"
 
 namespace korvan::test {
@@ -26,7 +26,7 @@ class Unknown : public resource_core::BaseMsgID {
 TEST(Catalogue, HasOneLineWithTheArgumentsForEachMessageOfTheLibrary) {
   namespace glob = KORVAN::automation::io::glob;
   std::u16string const path = u"/\u00e9 {1}%s\n\x1B\u2028" + toText("\xFF");
-  std::string const shown = "\"/\xC3\xA9 {1}%s\\n\\x1B\\u2028\xFF\"";
+  std::string const shown = "\"/\xC3\xA9 {1}%s\\n\\x1B\\xE2\\x80\\xA8\\xFF\"";
   struct {
     resource_core::BaseMsgID id;
     std::string part;

@@ -5,7 +5,7 @@
 
 #include "fl/filesystem/operations.hpp"
 #include "foundation/storage/vfs/conversion.hpp"
-#include "interpreter/dispatcher.hpp"
+#include "quindarel/interpreter/dispatcher.hpp"
 #include "support/temporary_folder.hpp"
 #include "support/text.hpp"
 

@@ -6,10 +6,10 @@
 #include <gtest/gtest.h>
 
 #include "foundation/core/text/bytes.hpp"
-#include "foundation/storage/vfs/entry_table.hpp"
-#include "foundation/storage/vfs/name_filter.hpp"
-#include "interrupt/interrupt_exception.hpp"
-#include "interrupt/interrupt_state.hpp"
+#include "foundation/storage/vfs/detail/entry_table.hpp"
+#include "foundation/storage/vfs/detail/name_filter.hpp"
+#include "quindarel/interrupt/interrupt_exception.hpp"
+#include "quindarel/interrupt/interrupt_state.hpp"
 #include "support/oracle.hpp"
 #include "support/text.hpp"
 

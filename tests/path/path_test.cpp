@@ -1,4 +1,4 @@
-#include "path/path.hpp"
+#include "korvan/io/path.hpp"
 
 #include <random>
 #include <string>
@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "fl/filesystem/exception.hpp"
-#include "foundation/storage/vfs/exception.hpp"
+#include "fl/filesystem/fsys_exception.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
 #include "support/memory_provider.hpp"
 #include "support/temporary_folder.hpp"
 #include "support/text.hpp"

@@ -10,8 +10,8 @@
 #include <string_view>
 #include <utility>
 
-#include "foundation/storage/vfs/exception.hpp"
 #include "foundation/storage/vfs/provider.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
 #include "support/tree.hpp"
 

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/storage/vfs/read_session.hpp"
-#include "glob/glob.hpp"
+#include "korvan/io/glob.hpp"
 #include "support/text.hpp"
 
 namespace korvan::test {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "export.hpp"
-#include "fl/filesystem/exception.hpp"
-#include "fl/filesystem/path.hpp"
+#include "fl/filesystem/basic_path.hpp"
+#include "fl/filesystem/fsys_exception.hpp"
+#include "foundation/core/host_export.hpp"
 
 /// The operations of the local path library that look at the system. All throw `FsysExceptionBase`, with the path
 /// concerned, when the system refuses; a text that no bytes stand for, or with U+0000 in it, names nothing (ENOENT).

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "export.hpp"
+#include "foundation/core/host_export.hpp"
 
 /// The text side of local paths (POSIX pathnames): no function here looks at a disk. The native and the generic
 /// separator are both "/"; a backslash is an ordinary character of a name. No function collapses doubled separators,

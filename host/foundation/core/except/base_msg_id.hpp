@@ -5,7 +5,7 @@
 #include <variant>
 #include <vector>
 
-#include "export.hpp"
+#include "foundation/core/host_export.hpp"
 
 namespace resource_core {
 

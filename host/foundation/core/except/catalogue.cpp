@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "foundation/core/text/bytes.hpp"
+#include "foundation/core/text/escape.hpp"
 
 namespace resource_core {
 
@@ -18,9 +19,7 @@ struct Entry {
 
 constexpr Entry entries[] = {
     {"KORVAN:automation:io:glob", "InvalidNumArgs",
-     u"Each option needs a name and a value: call glob(PATTERN), glob(PATTERN, NAME, VALUE) or glob(PATTERN, NAME, "
-     u"VALUE, "
-     u"NAME, VALUE)."},
+     u"Each option needs a name and a value: call glob(PATTERN), glob(PATTERN, NAME, VALUE) or glob(PATTERN, NAME, VALUE, NAME, VALUE)."},
     {"KORVAN:automation:io:glob", "InvalidArgName",
      u"There is no option \"{0}\"; the options are \"RootFolder\" and \"IncludeDotFiles\"."},
     {"KORVAN:automation:io:glob", "InvalidArgScalar",
@@ -28,20 +27,13 @@ constexpr Entry entries[] = {
     {"KORVAN:automation:io:FileIO", "InvalidFile",
      u"\"{0}\" can't be reached: name a file or folder that exists, on a disk or in a store that answers."},
     {"KORVAN:virtualfilesystem", "invalidIRI",
-     u"\"{0}\" is no valid location: write SCHEME://PATH, in it \"%\" only before two hex digits (\"%25\" is \"%\" "
-     u"itself), "
-     u"\"?\" as \"%3F\" and \"#\" as \"%23\"."},
+     u"\"{0}\" is no valid location: write SCHEME://PATH, in it \"%\" only before two hex digits (\"%25\" is \"%\" itself), \"?\" as \"%3F\" and \"#\" as \"%23\"."},
     {"KORVAN:virtualfilesystem", "unsupportedProvider",
-     u"No storage provider serves the scheme \"{0}\"; file:///FOLDER names a place on the local disk, "
-     u"s3://BUCKET/FOLDER one in "
-     u"an object store."},
+     u"No storage provider serves the scheme \"{0}\"; file:///FOLDER names a place on the local disk, s3://BUCKET/FOLDER one in an object store."},
     {"KORVAN:virtualfilesystem", "permissionDenied",
-     u"Permission denied for \"{0}\": the search needs the right to read each folder that it lists and to pass through "
-     u"those "
-     u"above it."},
+     u"Permission denied for \"{0}\": the search needs the right to read each folder that it lists and to pass through those above it."},
     {"KORVAN:string", "MustBeStringScalarOrCharacterVector",
-     u"A pattern, an option's name and the value of \"RootFolder\" must be text: a string scalar or a character row "
-     u"vector."},
+     u"A pattern, an option's name and the value of \"RootFolder\" must be text: a string scalar or a character row vector."},
     {"KORVAN:string", "MissingNotSupported",
      u"A pattern, an option's name and the value of \"RootFolder\" must be text; a missing string has none."},
     {"KORVAN:interpreter", "NotEnoughInputs", u"Not enough inputs: the function needs at least one more."},
@@ -54,27 +46,12 @@ constexpr Entry entries[] = {
     {"KORVAN:interpreter", "Failure", u"The call failed: {0}"},
 };
 
-/// Adds text that came from outside, control characters made visible.
-void appendShown(std::u16string& line, std::u16string_view text) {
-  constexpr std::u16string_view digits = u"0123456789ABCDEF";
-  for (char16_t unit : text) {
-    if (unit >= 0x20 && (unit < 0x7F || unit > 0x9F) && unit != 0x2028 && unit != 0x2029)
-      line += unit;
-    else if (unit == u'\n')
-      line += u"\\n";
-    else if (unit == u'\t')
-      line += u"\\t";
-    else if (unit <= 0xFF)
-      (((line += u"\\x") += digits[unit >> 4]) += digits[unit & 0xF]);
-    else
-      (line += u"\\u202") += digits[unit & 0xF];
-  }
-}
+using foundation::core::text::appendOneLine;
 
 void appendArgument(std::u16string& line, MsgArgument const& argument) {
-  if (auto const* wide = std::get_if<std::u16string>(&argument)) return appendShown(line, *wide);
+  if (auto const* wide = std::get_if<std::u16string>(&argument)) return appendOneLine(line, *wide);
   auto const* narrow = std::get_if<std::string>(&argument);
-  appendShown(line, foundation::core::text::fromBytes(narrow ? *narrow : std::to_string(std::get<long>(argument))));
+  appendOneLine(line, foundation::core::text::fromBytes(narrow ? *narrow : std::to_string(std::get<long>(argument))));
 }
 
 std::u16string filled(std::u16string_view text, std::vector<MsgArgument> const& arguments) {

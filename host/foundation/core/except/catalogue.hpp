@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "export.hpp"
 #include "foundation/core/except/base_msg_id.hpp"
+#include "foundation/core/host_export.hpp"
 
 namespace resource_core {
 

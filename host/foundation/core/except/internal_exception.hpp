@@ -2,7 +2,7 @@
 
 #include <exception>
 
-#include "foundation/core/except/exception.hpp"
+#include "foundation/core/except/exception_template.hpp"
 #include "foundation/core/except/root_exception.hpp"
 
 namespace foundation::core::except {

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "foundation/core/except/base_msg_id.hpp"
-#include "foundation/core/except/exception.hpp"
+#include "foundation/core/except/exception_template.hpp"
 #include "foundation/core/except/user_exception.hpp"
 
 namespace foundation::core::except {

@@ -5,7 +5,7 @@
 
 #include <boost/exception/exception.hpp>
 
-#include "export.hpp"
+#include "foundation/core/host_export.hpp"
 
 namespace foundation::core::except {
 

@@ -5,10 +5,10 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "foundation/core/text/utf16.hpp"
+
 namespace foundation::core::text {
 namespace {
-
-constexpr char16_t escapedByteBase = 0xDC00;  // the byte 0xNN that is no part of valid UTF-8 is U+DC00 + 0xNN
 
 bool isContinuation(unsigned char byte) {
   return (byte & 0xC0U) == 0x80U;
@@ -81,12 +81,12 @@ bool encode(std::string& bytes, std::u16string_view text, Unpaired unpaired) {
   bytes.resize(start + ascii);
   for (std::size_t i = ascii; i < text.size(); ++i) {
     char16_t const unit = text[i];
-    if (unit < 0xD800 || unit > 0xDFFF) {
+    if (!isSurrogate(unit)) {
       appendCodePoint(bytes, unit);
-    } else if (unit < 0xDC00 && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
-      appendCodePoint(bytes, 0x10000 + ((static_cast<char32_t>(unit) - 0xD800) << 10) + (text[i + 1] - 0xDC00U));
+    } else if (isPairAt(text, i)) {
+      appendCodePoint(bytes, codePointOfPair(unit, text[i + 1]));
       ++i;
-    } else if (unit >= escapedByteBase + 0x80 && unit <= escapedByteBase + 0xFF) {
+    } else if (isEscapedByte(unit)) {
       bytes.push_back(static_cast<char>(static_cast<unsigned char>(unit - escapedByteBase)));
     } else if (!unpaired(bytes)) {
       return false;

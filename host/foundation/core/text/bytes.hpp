@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "export.hpp"
+#include "foundation/core/host_export.hpp"
 
 /// Text is UTF-16 everywhere above the operating system; names on disks and in stores are bytes. These two functions
 /// are the only bridge. They lose nothing: valid UTF-8 becomes the characters it encodes (RFC 3629), and each other

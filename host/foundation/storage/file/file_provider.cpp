@@ -11,11 +11,16 @@
 #include <unistd.h>
 
 #include "foundation/storage/vfs/conversion.hpp"
-#include "foundation/storage/vfs/exception.hpp"
-#include "foundation/storage/vfs/interrupt_poll.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
+#include "quindarel/interrupt/interrupt_poll.hpp"
 
-namespace foundation::storage::vfs {
+namespace foundation::storage::file {
 namespace {
+
+using vfs::AbsoluteIRI;
+using vfs::EntryKind;
+using vfs::FolderIdentity;
+using vfs::PathKind;
 
 class Descriptor {
  public:
@@ -34,14 +39,14 @@ class Descriptor {
 // The path by which the system knows the location; empty for one that it can't know, since a name ends at its first
 // NUL.
 std::string systemPath(AbsoluteIRI const& location) {
-  std::string path = decodedPath(location);
+  std::string path = vfs::decodedPath(location);
   if (path.empty()) path = "/";
   if (path.find('\0') != std::string::npos) path.clear();
   return path;
 }
 
 bool namesNothing(int error) {
-  return errorCodeOfErrno(error) == ErrorCode::nothingThere || error == ENAMETOOLONG;
+  return vfs::errorCodeOfErrno(error) == vfs::ErrorCode::nothingThere || error == ENAMETOOLONG;
 }
 
 // The result of a system call that a signal may cut short, as on a network's disk: made again, unless the signal was an
@@ -51,7 +56,7 @@ auto uninterrupted(Call call) {
   for (;;) {
     auto const result = call();
     if (result >= 0 || errno != EINTR) return result;
-    throwIfInterruptPending();
+    utThrowIfInterruptPending();
   }
 }
 
@@ -86,21 +91,21 @@ PathKind FileProvider::kind(AbsoluteIRI const& location) {
   struct stat status = {};
   if (::stat(path.c_str(), &status) == 0) return S_ISDIR(status.st_mode) ? PathKind::isFolder : PathKind::isFile;
   int const error = errno;
-  if (!namesNothing(error)) throw exceptionOfErrno(error, location);
+  if (!namesNothing(error)) throw vfs::exceptionOfErrno(error, location);
   return ::lstat(path.c_str(), &status) == 0 ? PathKind::isFile : PathKind::notFound;
 }
 
-void FileProvider::list(AbsoluteIRI const& folder, std::string_view /*namePrefix*/, EntryTable& entries) {
+void FileProvider::list(AbsoluteIRI const& folder, std::string_view /*namePrefix*/, vfs::EntryTable& entries) {
   std::string const path = systemPath(folder);
-  if (path.empty()) throw exceptionOfErrno(ENOENT, folder);
+  if (path.empty()) throw vfs::exceptionOfErrno(ENOENT, folder);
   Descriptor const descriptor(
       uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK); }));
-  if (descriptor.get() < 0) throw exceptionOfErrno(errno, folder);
+  if (descriptor.get() < 0) throw vfs::exceptionOfErrno(errno, folder);
   alignas(DirectoryRecord) std::array<char, std::size_t{64} << 10> buffer;
   for (;;) {
     auto const filled =
         uninterrupted([&] { return ::syscall(SYS_getdents64, descriptor.get(), buffer.data(), buffer.size()); });
-    if (filled < 0) throw exceptionOfErrno(errno, folder);
+    if (filled < 0) throw vfs::exceptionOfErrno(errno, folder);
     if (filled == 0) return;
     for (char const* at = buffer.data(); at < buffer.data() + filled;) {
       DirectoryRecord record;
@@ -108,15 +113,16 @@ void FileProvider::list(AbsoluteIRI const& folder, std::string_view /*namePrefix
       entries.add(at + nameOffset, kindOfType(record.type));
       at += record.length;
     }
-    throwIfInterruptPending();
+    utThrowIfInterruptPending();
   }
 }
 
 std::optional<FolderIdentity> FileProvider::identity(AbsoluteIRI const& folder) {
   std::string const path = systemPath(folder);
   struct stat status = {};
-  if (path.empty() || ::stat(path.c_str(), &status) != 0) throw exceptionOfErrno(path.empty() ? ENOENT : errno, folder);
+  if (path.empty() || ::stat(path.c_str(), &status) != 0)
+    throw vfs::exceptionOfErrno(path.empty() ? ENOENT : errno, folder);
   return FolderIdentity{status.st_dev, status.st_ino};
 }
 
-}  // namespace foundation::storage::vfs
+}  // namespace foundation::storage::file

@@ -2,24 +2,24 @@
 
 #include "foundation/storage/vfs/provider.hpp"
 
-namespace foundation::storage::vfs {
+namespace foundation::storage::file {
 
 /// Serves the scheme "file" (RFC 8089): the disks of this machine, by POSIX calls. A request is a system call. A path
 /// too long for the system names nothing, as does one with U+0000 in it.
-class FileProvider final : public Provider {
+class FileProvider final : public vfs::Provider {
  public:
   Authority authority() const noexcept override { return Authority::empty; }
 
   /// One `stat`; a second call where that finds nothing, to tell a broken link from nothing.
-  PathKind kind(AbsoluteIRI const& location) override;
+  vfs::PathKind kind(vfs::AbsoluteIRI const& location) override;
 
   /// A path too long for the system is a failure here: a descent that comes so deep must not pass for whole.
   /// Reads the whole folder, whatever the prefix: `open`, one `getdents64` for each 64 KiB and one for the end,
   /// `close`.
-  void list(AbsoluteIRI const& folder, std::string_view namePrefix, EntryTable& entries) override;
+  void list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntryTable& entries) override;
 
   /// One `stat`.
-  std::optional<FolderIdentity> identity(AbsoluteIRI const& folder) override;
+  std::optional<vfs::FolderIdentity> identity(vfs::AbsoluteIRI const& folder) override;
 };
 
-}  // namespace foundation::storage::vfs
+}  // namespace foundation::storage::file

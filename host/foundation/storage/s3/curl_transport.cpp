@@ -10,9 +10,9 @@
 
 #include <curl/curl.h>
 
+#include "foundation/core/text/ascii.hpp"
 #include "foundation/storage/vfs/read_session.hpp"
-#include "interrupt/interrupt_exception.hpp"
-#include "interrupt/interrupt_state.hpp"
+#include "quindarel/interrupt/interrupt_poll.hpp"
 
 namespace foundation::storage::s3 {
 namespace {
@@ -106,7 +106,7 @@ class Transfer {
     under_ = true;
     if (curl_multi_add_handle(connection_.multi.get(), easy()) != CURLM_OK) return CURLE_FAILED_INIT;
     for (int running = 1;;) {
-      if (utIsInterruptPending()) throw Quindarel::System::InterruptException();
+      utThrowIfInterruptPending();
       if (curl_multi_perform(connection_.multi.get(), &running) != CURLM_OK) return CURLE_FAILED_INIT;
       if (running == 0) break;
       curl_multi_poll(connection_.multi.get(), nullptr, 0, pollMilliseconds, nullptr);
@@ -159,9 +159,7 @@ class Transfer {
   void noteHeader(std::string_view line) {
     auto const colon = line.find(':');
     if (colon == std::string_view::npos) return;
-    std::string name(line.substr(0, colon));
-    std::transform(name.begin(), name.end(), name.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    std::string const name = core::text::lowerCase(line.substr(0, colon));
     auto const first = line.find_first_not_of(" \t", colon + 1);
     auto const last = line.find_last_not_of(" \t\r\n");
     if (first == std::string_view::npos || last < first) return;

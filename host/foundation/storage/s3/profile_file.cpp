@@ -1,5 +1,7 @@
 #include "foundation/storage/s3/profile_file.hpp"
 
+#include "foundation/core/text/ascii.hpp"
+
 namespace foundation::storage::s3 {
 namespace {
 
@@ -9,13 +11,6 @@ std::string_view trimmed(std::string_view text) {
   auto const first = text.find_first_not_of(blanks);
   return first == std::string_view::npos ? std::string_view()
                                          : text.substr(first, text.find_last_not_of(blanks) + 1 - first);
-}
-
-std::string lowerCase(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return lower;
 }
 
 std::string sectionName(std::string_view inBrackets) {
@@ -56,7 +51,7 @@ ProfileFile parseProfileFile(std::string_view text) {
     }
     auto const equals = line.find('=');
     if (section == nullptr || equals == std::string_view::npos) continue;
-    std::string name = lowerCase(trimmed(line.substr(0, equals)));
+    std::string name = core::text::lowerCase(trimmed(line.substr(0, equals)));
     if (indented && !outer.empty())
       name.insert(0, outer + '.');
     else

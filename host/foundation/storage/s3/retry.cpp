@@ -4,8 +4,7 @@
 #include <random>
 #include <thread>
 
-#include "interrupt/interrupt_exception.hpp"
-#include "interrupt/interrupt_state.hpp"
+#include "quindarel/interrupt/interrupt_poll.hpp"
 
 namespace foundation::storage::s3 {
 namespace {
@@ -20,7 +19,7 @@ class SystemClock : public Clock {
 
   void wait(milliseconds time) override {
     for (milliseconds const end = now() + time;;) {
-      if (utIsInterruptPending()) throw Quindarel::System::InterruptException();
+      utThrowIfInterruptPending();
       milliseconds const left = end - now();
       if (left <= milliseconds(0)) return;
       std::this_thread::sleep_for(std::min(left, milliseconds(40)));

@@ -4,8 +4,8 @@
 #include <string>
 #include <utility>
 
-#include "foundation/storage/s3/place.hpp"
-#include "foundation/storage/vfs/exception.hpp"
+#include "foundation/storage/s3/object_location.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
 
 namespace foundation::storage::s3 {
 namespace {

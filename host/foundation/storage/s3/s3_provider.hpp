@@ -6,7 +6,7 @@
 #include <optional>
 #include <string_view>
 
-#include "foundation/storage/s3/store.hpp"
+#include "foundation/storage/s3/client.hpp"
 #include "foundation/storage/vfs/provider.hpp"
 
 namespace foundation::storage::s3 {

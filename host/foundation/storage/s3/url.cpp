@@ -2,25 +2,17 @@
 
 #include <algorithm>
 
+#include "foundation/core/text/ascii.hpp"
+#include "foundation/core/text/percent.hpp"
+
 namespace foundation::storage::s3 {
 namespace {
 
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-bool isLower(char c) {
-  return c >= 'a' && c <= 'z';
-}
+using core::text::isDigit;
+using core::text::isLower;
 
 bool isUnreserved(char c) {
-  return isDigit(c) || isLower(c) || (c >= 'A' && c <= 'Z') || c == '-' || c == '.' || c == '_' || c == '~';
-}
-
-int hexValue(char c) {
-  if (isDigit(c)) return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
+  return isDigit(c) || core::text::isLetter(c) || c == '-' || c == '.' || c == '_' || c == '~';
 }
 
 // One label after RFC 1123. A name with a dot could be one too, but no wildcard certificate would cover it.
@@ -32,7 +24,6 @@ bool isHostLabel(std::string_view bucket) {
 }  // namespace
 
 std::string percentEncode(std::string_view bytes) {
-  constexpr char digits[] = "0123456789ABCDEF";
   std::string text;
   text.reserve(bytes.size());
   for (char const c : bytes) {
@@ -40,10 +31,7 @@ std::string percentEncode(std::string_view bytes) {
       text += c;
       continue;
     }
-    auto const byte = static_cast<unsigned char>(c);
-    text += '%';
-    text += digits[byte >> 4];
-    text += digits[byte & 15];
+    core::text::appendPercentEncoded(text, {&c, 1});
   }
   return text;
 }
@@ -56,11 +44,9 @@ std::optional<std::string> percentDecode(std::string_view text) {
       bytes += text[i] == '+' ? ' ' : text[i];
       continue;
     }
-    if (text.size() - i < 3) return std::nullopt;
-    int const high = hexValue(text[i + 1]);
-    int const low = hexValue(text[i + 2]);
-    if (high < 0 || low < 0) return std::nullopt;
-    bytes += static_cast<char>(high * 16 + low);
+    int const byte = core::text::percentEncodedByte(text.substr(i + 1));
+    if (byte < 0) return std::nullopt;
+    bytes += static_cast<char>(byte);
     i += 2;
   }
   return bytes;

@@ -5,8 +5,9 @@
 #include <utility>
 #include <vector>
 
-#include "foundation/storage/vfs/exception.hpp"
-#include "foundation/storage/vfs/iri_text.hpp"
+#include "foundation/core/text/ascii.hpp"
+#include "foundation/storage/vfs/detail/iri_text.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
 
 namespace foundation::storage::vfs {
@@ -70,14 +71,14 @@ void AbsoluteIRI::assignParsed(std::u16string const& text) {
   std::size_t const schemeLength = iri_text::schemeLength(text);
   if (schemeLength == 0) throw InvalidIRIException(text, "it doesn't begin with a scheme and \"://\"");
   std::u16string_view const view = text;
-  std::u16string const scheme = iri_text::lowerCase(view.substr(0, schemeLength));
+  std::u16string const scheme = core::text::lowerCase(view.substr(0, schemeLength));
   Provider::Authority const use = StorageSystem::instance().provider(scheme)->authority();
 
   std::size_t const authorityStart = schemeLength + schemeSeparatorLength;
   std::size_t const pathStart = std::min(view.find(u'/', authorityStart), view.size());
   std::u16string_view authority = view.substr(authorityStart, pathStart - authorityStart);
   if (use == Provider::Authority::empty) {
-    if (iri_text::lowerCase(authority) == u"localhost") authority = {};
+    if (core::text::lowerCase(authority) == u"localhost") authority = {};
     if (!authority.empty()) {
       throw InvalidIRIException(text, "IRIs of this scheme name no host: write three slashes before the path");
     }

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "export.hpp"
+#include "foundation/core/host_export.hpp"
 
 namespace foundation::storage::vfs {
 

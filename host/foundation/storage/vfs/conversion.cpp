@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "fl/filesystem/operations.hpp"
-#include "foundation/storage/vfs/exception.hpp"
-#include "foundation/storage/vfs/iri_text.hpp"
+#include "foundation/storage/vfs/detail/iri_text.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
 
 namespace foundation::storage::vfs {

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "export.hpp"
-#include "fl/filesystem/path.hpp"
+#include "fl/filesystem/basic_path.hpp"
+#include "foundation/core/host_export.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
 
 namespace foundation::storage::vfs {

@@ -1,6 +1,6 @@
 #include "foundation/storage/vfs/exists.hpp"
 
-#include "foundation/storage/vfs/session_store.hpp"
+#include "foundation/storage/vfs/session/session_cache.hpp"
 
 namespace foundation::storage::vfs {
 

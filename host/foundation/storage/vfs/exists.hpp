@@ -1,6 +1,6 @@
 #pragma once
 
-#include "export.hpp"
+#include "foundation/core/host_export.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
 #include "foundation/storage/vfs/path_kind.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"

@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "foundation/core/text/bytes.hpp"
-#include "foundation/storage/vfs/exception.hpp"
-#include "foundation/storage/vfs/folder_reading.hpp"
-#include "foundation/storage/vfs/name_filter.hpp"
-#include "foundation/storage/vfs/session_store.hpp"
+#include "foundation/storage/vfs/detail/folder_snapshot.hpp"
+#include "foundation/storage/vfs/detail/name_filter.hpp"
+#include "foundation/storage/vfs/session/session_cache.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
 
 namespace foundation::storage::vfs {
 

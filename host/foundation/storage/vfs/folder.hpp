@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "export.hpp"
+#include "foundation/core/host_export.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
 

@@ -1,6 +1,6 @@
 #include "foundation/storage/vfs/provider.hpp"
 
-#include "foundation/storage/vfs/exception.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
 
 namespace foundation::storage::vfs {
 

@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "export.hpp"
+#include "foundation/core/host_export.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
-#include "foundation/storage/vfs/entry_table.hpp"
+#include "foundation/storage/vfs/detail/entry_table.hpp"
 #include "foundation/storage/vfs/path_kind.hpp"
 
 namespace foundation::storage::vfs {

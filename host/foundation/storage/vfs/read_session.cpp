@@ -1,6 +1,6 @@
 #include "foundation/storage/vfs/read_session.hpp"
 
-#include "foundation/storage/vfs/session_store.hpp"
+#include "foundation/storage/vfs/session/session_cache.hpp"
 
 namespace foundation::storage::vfs {
 namespace {

@@ -6,8 +6,8 @@
 #include <memory>
 #include <vector>
 
-#include "export.hpp"
-#include "foundation/storage/vfs/exception.hpp"
+#include "foundation/core/host_export.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
 
 namespace foundation::storage::vfs {
 

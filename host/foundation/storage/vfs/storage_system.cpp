@@ -9,7 +9,7 @@
 
 #include "foundation/core/text/bytes.hpp"
 #include "foundation/storage/file/file_provider.hpp"
-#include "foundation/storage/vfs/exception.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
 
 namespace foundation::storage::vfs {
 namespace {
@@ -26,7 +26,7 @@ Registry& registry() {
 }
 
 std::shared_ptr<Provider> const& fileProvider() {
-  static auto const& instance = *new std::shared_ptr<Provider>(std::make_shared<FileProvider>());
+  static auto const& instance = *new std::shared_ptr<Provider>(std::make_shared<file::FileProvider>());
   return instance;
 }
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "export.hpp"
+#include "foundation/core/host_export.hpp"
 #include "foundation/storage/vfs/provider.hpp"
 
 namespace foundation::storage::vfs {

@@ -1,0 +1,113 @@
+#include "foundation/storage/vfs/detail/entry_table.hpp"
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+#include <utility>
+
+#include "quindarel/interrupt/interrupt_poll.hpp"
+
+namespace foundation::storage::vfs {
+namespace {
+
+// The first eight bytes of a name as a number that orders as they do: most comparisons end here, without a look at the
+// names.
+std::uint64_t sortKey(std::string_view name) {
+  std::uint64_t key = 0;
+  std::memcpy(&key, name.data(), std::min(name.size(), sizeof key));
+  return __builtin_bswap64(key);
+}
+
+constexpr bool littleEndian = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+static_assert(littleEndian, "sortKey swaps bytes");
+
+}  // namespace
+
+void EntryTable::add(std::string_view name, EntryKind kind) {
+  if (name.empty() || name == "." || name == "..") return;
+  constexpr std::size_t pollEvery = 4096;
+  if (records_.size() % pollEvery == pollEvery - 1) utThrowIfInterruptPending();
+  if (name.size() >= (std::size_t{1} << (32 - flagBits)) || names_.size() + name.size() > UINT32_MAX) {
+    throw std::length_error("a folder's names exceed 4 GiB");
+  }
+  std::uint32_t flags = static_cast<std::uint32_t>(name.size()) << flagBits;
+  if (kind == EntryKind::file) flags |= static_cast<std::uint32_t>(PathKind::isFile) + 1;
+  if (kind == EntryKind::folder) flags |= static_cast<std::uint32_t>(PathKind::isFolder) + 1;
+  if (kind == EntryKind::link || kind == EntryKind::unknown) flags |= linkFlag;
+  records_.push_back({static_cast<std::uint32_t>(names_.size()), flags});
+  names_.append(name);
+}
+
+void EntryTable::sort() {
+  struct Keyed {
+    std::uint64_t key;
+    Record record;
+  };
+  std::vector<Keyed> keyed;
+  keyed.reserve(records_.size());
+  for (std::size_t i = 0; i < records_.size(); ++i) keyed.push_back({sortKey(name(i)), records_[i]});
+
+  auto const rest = [this](Record const& record) {
+    std::size_t const length = record.flags >> flagBits;
+    std::size_t const skipped = std::min(length, sizeof(std::uint64_t));
+    return std::string_view(names_.data() + record.offset + skipped, length - skipped);
+  };
+  constexpr std::size_t pollEvery = std::size_t{1} << 16;
+  std::size_t comparisons = 0;
+  std::sort(keyed.begin(), keyed.end(), [&](Keyed const& a, Keyed const& b) {
+    if (++comparisons % pollEvery == 0) utThrowIfInterruptPending();
+    if (a.key != b.key) return a.key < b.key;
+    int const order = rest(a.record).compare(rest(b.record));
+    if (order != 0) return order < 0;
+    // A NUL in a name makes keys of different names equal; then the shorter name comes first.
+    std::uint32_t const aLength = a.record.flags >> flagBits;
+    std::uint32_t const bLength = b.record.flags >> flagBits;
+    if (aLength != bLength) return aLength < bLength;
+    return (a.record.flags & kindMask) > (b.record.flags & kindMask);
+  });
+  for (std::size_t i = 0; i < keyed.size(); ++i) records_[i] = keyed[i].record;
+
+  // Among equal names the one with the greatest kind comes first, which is a folder where there is one.
+  auto const nameOf = [this](Record const& record) {
+    return std::string_view(names_.data() + record.offset, record.flags >> flagBits);
+  };
+  records_.erase(std::unique(records_.begin(), records_.end(),
+                             [&](Record const& a, Record const& b) { return nameOf(a) == nameOf(b); }),
+                 records_.end());
+}
+
+void EntryTable::setKind(std::size_t index, PathKind kind) noexcept {
+  Record& record = records_[index];
+  record.flags = (record.flags & ~kindMask) | (static_cast<std::uint32_t>(kind) + 1);
+}
+
+std::size_t EntryTable::find(std::string_view wanted) const noexcept {
+  std::size_t low = 0;
+  std::size_t high = records_.size();
+  while (low < high) {
+    std::size_t const middle = low + (high - low) / 2;
+    if (name(middle) < wanted) {
+      low = middle + 1;
+    } else {
+      high = middle;
+    }
+  }
+  return low < records_.size() && name(low) == wanted ? low : npos;
+}
+
+EntryTable EntryTable::takeCompact() {
+  constexpr std::size_t keptMemory = std::size_t{1} << 20;
+  EntryTable compact;
+  if (memory() > keptMemory) {
+    compact = std::move(*this);
+    *this = EntryTable();
+    compact.names_.shrink_to_fit();
+    compact.records_.shrink_to_fit();
+  } else {
+    compact = *this;
+    clear();
+  }
+  return compact;
+}
+
+}  // namespace foundation::storage::vfs

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <exception>
+#include <string>
+
+#include "foundation/core/host_export.hpp"
+#include "foundation/storage/vfs/absolute_iri.hpp"
+
+namespace foundation::storage::vfs {
+
+/// What kind of failure a storage error is; the numbers are part of the interface.
+enum class ErrorCode : int {
+  nothingThere = 1,      ///< nothing stands at the location, or one of its components is no folder
+  permissionDenied = 2,  ///< something may stand there, but the caller may not see or read it
+  other = 3,             ///< anything else: the medium failed, the answer made no sense, time ran out
+};
+
+/// The root of every storage error: a code, the location concerned, and what the system or the store said. Every error
+/// that the storage layer throws is one of these or derives from it.
+class KORVAN_HOST_EXPORT Exception : public std::exception {
+ public:
+  /// `reason` is UTF-8, a few words, without the location.
+  Exception(ErrorCode code, AbsoluteIRI location, std::string reason);
+  ~Exception() override;
+
+  /// The `ErrorCode` as a number.
+  int getErrorCode() const noexcept { return static_cast<int>(code_); }
+  /// The location concerned, as it was asked about.
+  AbsoluteIRI const& getLocation() const noexcept { return location_; }
+
+  /// What the system or the store said, as UTF-8, without the location.
+  std::string const& reason() const noexcept { return reason_; }
+
+  /// The location and the reason, as UTF-8; lives as long as the exception.
+  char const* what() const noexcept override { return what_.c_str(); }
+
+ protected:
+  /// An error about a text that names no location: the location is an IRI with the empty text, the code is `other`.
+  Exception(std::u16string const& subject, std::string reason);
+
+ private:
+  ErrorCode code_;
+  AbsoluteIRI location_;
+  std::string reason_;
+  std::string what_;
+};
+
+/// A text that begins as an IRI but can't be read as one. Its code is `other`; its location is an IRI with the empty
+/// text, as there is none.
+class KORVAN_HOST_EXPORT InvalidIRIException : public Exception {
+ public:
+  /// `reason` says what is wrong with the text, in a few words of UTF-8.
+  InvalidIRIException(std::u16string text, std::string reason);
+  ~InvalidIRIException() override;
+
+  /// The text, as it was given.
+  std::u16string const& getInvalidIRIString() const noexcept { return text_; }
+
+ private:
+  std::u16string text_;
+};
+
+/// An IRI whose scheme no provider serves. Its code is `other`; its location is an IRI with the empty text.
+class KORVAN_HOST_EXPORT UnsupportedIRISchemeException : public Exception {
+ public:
+  /// `reason` says why, in a few words of UTF-8.
+  UnsupportedIRISchemeException(std::u16string scheme, std::string reason);
+  ~UnsupportedIRISchemeException() override;
+
+  /// The scheme, without "://".
+  std::u16string const& getScheme() const noexcept { return scheme_; }
+
+ private:
+  std::u16string scheme_;
+};
+
+/// The code that an `errno` value stands for: ENOENT, ENOTDIR and ELOOP are "nothing there", EACCES and EPERM
+/// "permission denied", everything else "other". The one place that decides it.
+KORVAN_HOST_EXPORT ErrorCode errorCodeOfErrno(int error) noexcept;
+
+/// The storage exception for a system call that failed with `error` at `location`, with the system's own words.
+KORVAN_HOST_EXPORT Exception exceptionOfErrno(int error, AbsoluteIRI location);
+
+}  // namespace foundation::storage::vfs

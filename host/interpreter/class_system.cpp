@@ -1,5 +1,0 @@
-#include "interpreter/class_system.hpp"
-
-bool omGetKcosUsingUSM() noexcept {
-  return false;
-}

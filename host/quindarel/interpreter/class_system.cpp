@@ -1,0 +1,5 @@
+#include "quindarel/interpreter/class_system.hpp"
+
+bool omGetKcosUsingUSM() noexcept {
+  return false;
+}

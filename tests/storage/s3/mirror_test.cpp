@@ -1,0 +1,82 @@
+#include <cstdlib>
+#include <optional>
+#include <random>
+
+#include <gmock/gmock.h>
+
+#include "foundation/storage/vfs/absolute_iri.hpp"
+#include "foundation/storage/vfs/read_session.hpp"
+#include "korvan/io/glob.hpp"
+#include "support/text.hpp"
+
+// One tree of some 3,300 files in some 370 folders, on the local disk and in a real store: a search must not tell them
+// apart.
+
+namespace korvan::test {
+namespace {
+
+namespace vfs = foundation::storage::vfs;
+using io::internal::glob;
+
+std::vector<std::string> onDisk(std::string const& pattern, bool dots) {
+  return toBytes(glob(toText(pattern), toText(std::getenv("KORVAN_TEST_MIRROR")), dots));
+}
+
+// The same search by an IRI pattern, its texts as paths below the store's root. That is found as well; on the disk it
+// has no relative text.
+std::vector<std::string> byIri(std::string const& pattern, bool dots) {
+  vfs::AbsoluteIRI const root{std::u16string(u"s3://mirror")};
+  std::vector<std::string> paths;
+  for (std::u16string const& text : glob(vfs::AbsoluteIRI(root, toText(pattern)).toString(), u"/", dots)) {
+    std::string const path = toBytes(vfs::AbsoluteIRI(text).makePathRelativeTo(root));
+    if (path != ".") paths.push_back(path + (pattern.back() == '/' ? "/" : ""));
+  }
+  return paths;
+}
+
+// Paths of the tree with parts of them replaced by stars find something more often than not.
+class RandomPatterns {
+ public:
+  std::string next() {
+    std::string const path = paths_[below(paths_.size())] + "/";
+    std::string pattern;
+    for (std::size_t begin = 0, end; (end = path.find('/', begin)) != std::string::npos; begin = end + 1)
+      pattern += segment(path.substr(begin, end - begin)) + "/";
+    if (below(6) != 0) pattern.pop_back();
+    return pattern;
+  }
+
+ private:
+  std::size_t below(std::size_t bound) { return static_cast<std::size_t>(random_() % bound); }
+
+  std::string segment(std::string name) {
+    std::size_t const choice = below(4);
+    if (choice == 0) return "**";
+    if (std::size_t const at = below(name.size()); choice < 3) name.replace(at, below(name.size() - at + 1), "*");
+    return name;
+  }
+
+  std::vector<std::string> const paths_ = onDisk("**", true);
+  std::mt19937 random_{20241};
+};
+
+TEST(Mirror, RandomPatternsFindTheSame) {
+  RandomPatterns patterns;
+  std::size_t something = 0;
+  std::optional<vfs::ReadSession> session;
+  for (int i = 0; i < 400; ++i) {
+    // The first each read anew, so that whole and partial readings of a folder are met; the rest share theirs.
+    if (i < 25) session.emplace();
+    std::string const pattern = patterns.next();
+    std::vector<std::string> const found = onDisk(pattern, i % 2 == 0);
+    if (!found.empty()) ++something;
+    EXPECT_EQ(found, toBytes(glob(toText(pattern), u"s3://mirror", i % 2 == 0))) << pattern;
+    if (i < 100) {
+      EXPECT_EQ(found, byIri(pattern, i % 2 == 0)) << pattern;
+    }
+  }
+  EXPECT_GE(something, 200U);
+}
+
+}  // namespace
+}  // namespace korvan::test

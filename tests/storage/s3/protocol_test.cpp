@@ -1,0 +1,138 @@
+#include <gmock/gmock.h>
+
+#include "foundation/core/text/bytes.hpp"
+#include "foundation/storage/s3/error_mapping.hpp"
+#include "foundation/storage/s3/list_page.hpp"
+#include "foundation/storage/s3/object_location.hpp"
+#include "foundation/storage/s3/url.hpp"
+
+namespace foundation::storage::s3 {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+TEST(S3Url, BucketsAreFoundByPathOrByHost) {
+  char const* const cases[][3] = {
+      {"https://store/base", "My bucket", "https://store/base/My%20bucket"},
+      {"", "data-1", "https://data-1.s3.eu-1.amazonaws.com/"},
+      {"", "my.data", "https://s3.eu-1.amazonaws.com/my.data"},
+      {"", "evil.com/x", "https://s3.eu-1.amazonaws.com/evil.com%2Fx"},
+  };
+  for (auto const& [endpoint, bucket, url] : cases) {
+    Configuration configuration;
+    configuration.endpoint = endpoint;
+    configuration.region = "eu-1";
+    EXPECT_EQ(bucketUrl(configuration, bucket), url);
+  }
+}
+
+TEST(S3Place, AnIRINamesABucketAndAKey) {
+  struct Case {
+    std::string iri, key;
+    bool folderOnly, possible;
+  };
+  std::string const longest(1024, 'k');
+  Case const cases[] = {
+      {"s3://b//a///c//", "a/c", true, true},
+      {"s3://b/a/x/.././c", "a/c", false, true},
+      {"s3://b/\xFF", "\xFF", false, false},
+      {"s3://b/" + longest + "k", longest + "k", false, false},
+  };
+  for (Case const& c : cases) {
+    Place const place = placeOf(vfs::AbsoluteIRI::fromWrittenForm(
+        core::text::fromBytes(c.iri), 2, static_cast<std::uint32_t>(std::min(c.iri.find('/', 5), c.iri.size()))));
+    EXPECT_EQ(std::tuple(place.bucket, place.key), std::tuple("b", c.key));
+    EXPECT_EQ(std::tuple(place.folderOnly, place.possible()), std::tuple(c.folderOnly, c.possible)) << c.iri;
+  }
+}
+
+std::string pageOf(std::string const& inside) {
+  return "<?xml version='1.0'?>\n<ListBucketResult xmlns=\"http://s3.amazonaws.com/doc/2006-03-01/\">" + inside +
+         "</ListBucketResult>";
+}
+
+TEST(S3ListPage, IsReadHoweverItIsWritten) {
+  ListPage const page = parseListPage(
+      pageOf("<CommonPrefixes><Prefix>a%2Fd%2f</Prefix></CommonPrefixes>\n<EncodingType>url</EncodingType>"
+             "<Strange><Key>no</Key></Strange><Contents><ETag>&quot;0&quot;</ETag><Key>a/%0A+%2B</Key></Contents>"
+             "<IsTruncated>true</IsTruncated><NextContinuationToken>1+/=&amp;</NextContinuationToken>"));
+  EXPECT_THAT(page.keys, ElementsAre("a/\n +"));
+  EXPECT_THAT(page.commonPrefixes, ElementsAre("a/d/"));
+  EXPECT_EQ(page.continuationToken, "1+/=&");
+  EXPECT_THAT(parseListPage(pageOf("<Contents><Key>%+</Key></Contents><IsTruncated>false</IsTruncated>")).keys,
+              ElementsAre("%+"));
+}
+
+TEST(S3ListPage, WhatIsNoPageIsRefused) {
+  std::string const bodies[] = {
+      "<html><body>Sign in</body></html>",
+      "<ListBucketResult><IsTruncated>false</IsTruncated></ListBucketResult",
+      pageOf("<Contents><Key>a</Key></Contents>"),
+      pageOf("<Contents><Size>1</Size></Contents><IsTruncated>false</IsTruncated>"),
+      pageOf("<EncodingType>url</EncodingType><Contents><Key>a%2</Key></Contents><IsTruncated>false</IsTruncated>"),
+  };
+  for (std::string const& body : bodies) EXPECT_THROW(parseListPage(body), BadPage) << body;
+}
+
+TEST(S3ListPage, PagesMustFollowFromOneAnother) {
+  struct Case {
+    ListPage first, second;
+    bool delimited;
+    char const* fault;
+  };
+  ListPage const empty{{}, {}, true, "0"};
+  Case const cases[] = {
+      {{{"d/a"}, {"d/b/"}, true, "1"}, {{"d/c"}, {"d/b/"}, false, ""}, true, ""},  // a prefix may be told again
+      {empty, {{"d/b"}, {}, true, ""}, true, "no token"},
+      {{{"d/a", "d/b"}, {}, true, "1"}, {{"d/a", "d/b"}, {}, true, "2"}, true, "goes back"},
+      {{{"d/a"}, {}, true, "1"}, {{"d/a"}, {}, true, "2"}, true, "repeats the page"},
+      {empty, {{"e/a"}, {}, false, ""}, true, "begin with"},
+      {empty, {{"d/a/x"}, {}, false, ""}, true, "delimiter"},
+      {empty, {{}, {"d/a/"}, false, ""}, false, "delimiter"},
+  };
+  for (Case const& c : cases) {
+    PageCheck check("d/", c.delimited);
+    check.accept(c.first);
+    std::string fault;
+    try {
+      check.accept(c.second);
+    } catch (BadPage const& bad) {
+      fault = bad.what();
+    }
+    EXPECT_THAT(fault, *c.fault == '\0' ? testing::Matcher<std::string>("") : HasSubstr(c.fault));
+  }
+}
+
+vfs::Exception errorOf(long status, std::string body) {
+  Configuration configuration;
+  configuration.region = "eu-1";
+  configuration.credentials = Credentials{"key", "s3cret", "t0ken"};
+  Answer answer;
+  answer.status = status;
+  answer.body = std::move(body);
+  return exceptionOfResult({answer, 1, {}}, configuration, vfs::AbsoluteIRI::fromWrittenForm(u"s3://b/k", 2, 6));
+}
+
+TEST(S3AnswerError, CodesAndWords) {
+  struct Case {
+    long status;
+    std::string body;
+    int code;
+    std::string reason;
+  };
+  Case const cases[] = {
+      {404, "<Error><Code>NoSuchBucket</Code><Message>said so</Message></Error>", 1, "HTTP 404 NoSuchBucket: said so"},
+      {404, "<html><p>not here</html>", 3, "HTTP 404"},
+      {400, "<Errors><Error><Code>InvalidToken</Code></Error></Errors>", 2, "HTTP 400 InvalidToken"},
+      {400, "you sent s3cret and t0ken", 3, "HTTP 400: you sent *** and ***"},
+      {412, "Bad\nURL \x1B[31m", 3, "HTTP 412: Bad URL  [31m"},
+  };
+  for (Case const& c : cases) {
+    EXPECT_EQ(errorOf(c.status, c.body).getErrorCode(), c.code) << c.body;
+    EXPECT_EQ(errorOf(c.status, c.body).reason(), c.reason);
+  }
+}
+
+}  // namespace
+}  // namespace foundation::storage::s3
