@@ -99,7 +99,7 @@ PathKind pathKind(Path const& path, Path const& base) {
     auto const location = PathAccess::toIRI(absolute(path, base));
     return vfs::exists(location, Quindarel::KorvanStorageSystem::GetStorageSystemReference());
   } catch (vfs::Exception const& failure) {
-    if (failure.getErrorCode() == static_cast<int>(vfs::ErrorCode::nothingThere)) return PathKind::notFound;
+    if (failure.getErrorCode() == static_cast<int>(vfs::ErrorCode::notFound)) return PathKind::notFound;
     throw;
   }
 }

@@ -42,7 +42,7 @@ TEST_F(BuiltinFailures, AreTranslatedByKindAndToldAsTheCallerWritesLocations) {
     if (name == u"disk") throw fl::filesystem::FsysExceptionBase(u"/some/where", EIO);
     if (name == u"memory") throw std::bad_alloc();
     throw vfs::Exception(name == u"denied 1" ? vfs::ErrorCode::permissionDenied
-                         : name == u"none"   ? vfs::ErrorCode::nothingThere
+                         : name == u"none"   ? vfs::ErrorCode::notFound
                                              : vfs::ErrorCode::other,
                          location, "no more to say");
   };

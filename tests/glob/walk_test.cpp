@@ -80,8 +80,8 @@ TEST_F(Walk, AnAbsolutePatternIgnoresTheRoot) {
 TEST_F(Walk, AFolderThatCantBeReadGivesNothingAndItsSiblingsAll) {
   store_->failures[{Operation::list, "d1"}] = vfs::ErrorCode::permissionDenied;
   // One that vanishes meanwhile is no failure.
-  store_->failures[{Operation::kind, "d2/empty"}] = vfs::ErrorCode::nothingThere;
-  store_->failures[{Operation::list, "d2/empty"}] = vfs::ErrorCode::nothingThere;
+  store_->failures[{Operation::kind, "d2/empty"}] = vfs::ErrorCode::notFound;
+  store_->failures[{Operation::list, "d2/empty"}] = vfs::ErrorCode::notFound;
   for (bool const inSession : {false, true}) {
     std::optional<ReadSession> session;
     if (inSession) session.emplace();
@@ -107,7 +107,7 @@ TEST_F(Walk, AListingThatBreaksOffGivesNothing) {
 TEST_F(Walk, ALiteralThatCantBeLookedAtIsAnError) {
   store_->failures[{Operation::kind, "d1/y.txt"}] = vfs::ErrorCode::permissionDenied;
   store_->failures[{Operation::kind, "d2"}] = vfs::ErrorCode::other;
-  store_->failures[{Operation::kind, "x.txt"}] = vfs::ErrorCode::nothingThere;
+  store_->failures[{Operation::kind, "x.txt"}] = vfs::ErrorCode::notFound;
   for (std::string const pattern : {"d1/y.txt", "*/y.txt", "mem:///d1/y.txt", "d2/**"}) {
     EXPECT_THROW(search(pattern, "mem:///"), vfs::Exception) << pattern;
   }

@@ -50,7 +50,7 @@ vfs::PathKind MemoryProvider::kind(vfs::AbsoluteIRI const& location) {
 
 void MemoryProvider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntryTable& entries) {
   std::string const path = note(Operation::list, folder);
-  if (!tree.isFolder(path)) throw vfs::Exception(vfs::ErrorCode::nothingThere, folder, "no folder");
+  if (!tree.isFolder(path)) throw vfs::Exception(vfs::ErrorCode::notFound, folder, "no folder");
   auto all = tree.children(path);
   // The order of entries is the layer's to make.
   std::reverse(all.begin(), all.end());
@@ -64,7 +64,7 @@ void MemoryProvider::list(vfs::AbsoluteIRI const& folder, std::string_view nameP
 std::optional<vfs::FolderIdentity> MemoryProvider::identity(vfs::AbsoluteIRI const& folder) {
   std::string const path = note(Operation::identity, folder);
   if (servesSubtrees()) return std::nullopt;
-  if (!tree.isFolder(path)) throw vfs::Exception(vfs::ErrorCode::nothingThere, folder, "no folder");
+  if (!tree.isFolder(path)) throw vfs::Exception(vfs::ErrorCode::notFound, folder, "no folder");
   return vfs::FolderIdentity{1, std::hash<std::string>()(*tree.resolve(path))};
 }
 

@@ -46,7 +46,7 @@ std::string systemPath(AbsoluteIRI const& location) {
 }
 
 bool namesNothing(int error) {
-  return vfs::errorCodeOfErrno(error) == vfs::ErrorCode::nothingThere || error == ENAMETOOLONG;
+  return vfs::errorCodeOfErrno(error) == vfs::ErrorCode::notFound || error == ENAMETOOLONG;
 }
 
 // The result of a system call that a signal may cut short, as on a network's disk: made again, unless the signal was an

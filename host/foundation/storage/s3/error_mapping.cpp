@@ -43,7 +43,7 @@ bool isOneOf(std::string_view code, std::initializer_list<std::string_view> code
 }
 
 vfs::ErrorCode errorCodeOf(long status, std::string_view code) {
-  if (isOneOf(code, {"NoSuchBucket", "NoSuchKey"})) return vfs::ErrorCode::nothingThere;
+  if (isOneOf(code, {"NoSuchBucket", "NoSuchKey"})) return vfs::ErrorCode::notFound;
   if (status == 401 || status == 403 ||
       isOneOf(code, {"AccessDenied", "ExpiredToken", "InvalidAccessKeyId", "InvalidToken", "SignatureDoesNotMatch",
                      "TokenRefreshRequired"}))
@@ -100,7 +100,7 @@ vfs::Exception exceptionOfResult(Result const& result, Configuration const& conf
   if (!complaint.region.empty() && complaint.region != configuration.region)
     reason += "; the store says that the region is \"" + quoted(complaint.region, configuration) +
               "\", the request was for \"" + configuration.region + "\" (see AWS_REGION)";
-  if (!configuration.credentials && answer.status >= 400 && answer.status < 500 && code != vfs::ErrorCode::nothingThere)
+  if (!configuration.credentials && answer.status >= 400 && answer.status < 500 && code != vfs::ErrorCode::notFound)
     reason += "; the request was not signed, as no credentials were found";
   reason += requestIdSuffix(complaint.requestId, configuration);
   return vfs::Exception(code, location, reason + effort(result));

@@ -9,7 +9,7 @@
 namespace foundation::storage::s3 {
 
 /// The storage exception for a request that wasn't answered with 200. A missing bucket or key (by
-/// the store's own code, not by a bare 404) is `nothingThere`; 401, 403 and refused credentials are `permissionDenied`;
+/// the store's own code, not by a bare 404) is `notFound`; 401, 403 and refused credentials are `permissionDenied`;
 /// all else is `other`. The reason holds the HTTP status, the store's code and message, its request id and, for a wrong
 /// region, the right one. A body need not be XML. Secrets of the configuration are blotted out, should the store repeat
 /// one. The one place that decides it.

@@ -78,7 +78,7 @@ vfs::PathKind Provider::kind(vfs::AbsoluteIRI const& location) {
   try {
     return kindOf(store(location), place, location);
   } catch (vfs::Exception const& error) {
-    if (error.getErrorCode() == static_cast<int>(vfs::ErrorCode::nothingThere)) return vfs::PathKind::notFound;
+    if (error.getErrorCode() == static_cast<int>(vfs::ErrorCode::notFound)) return vfs::PathKind::notFound;
     throw;
   }
 }
@@ -106,7 +106,7 @@ void Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix,
       request.continuationToken = std::move(page.continuationToken);
     }
   }
-  if (!found) throw vfs::Exception(vfs::ErrorCode::nothingThere, folder, "there is no such folder");
+  if (!found) throw vfs::Exception(vfs::ErrorCode::notFound, folder, "there is no such folder");
 }
 
 vfs::SubtreePage Provider::subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after) {
@@ -122,7 +122,7 @@ vfs::SubtreePage Provider::subtree(vfs::AbsoluteIRI const& folder, std::string_v
   try {
     page = store(folder).list(request, check, folder);
   } catch (vfs::Exception const& error) {
-    if (error.getErrorCode() == static_cast<int>(vfs::ErrorCode::nothingThere)) return result;
+    if (error.getErrorCode() == static_cast<int>(vfs::ErrorCode::notFound)) return result;
     throw;
   }
   if (!std::is_sorted(page.keys.begin(), page.keys.end()))

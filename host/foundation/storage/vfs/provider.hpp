@@ -56,7 +56,7 @@ class KORVAN_HOST_EXPORT Provider {
   virtual PathKind kind(AbsoluteIRI const& location) = 0;
 
   /// Adds the entries of the folder whose names begin with the bytes `namePrefix`, in any order; it may add others too.
-  /// Costs one request a page. Throws when the location is no folder (`nothingThere`) or can't be read whole.
+  /// Costs one request a page. Throws when the location is no folder (`notFound`) or can't be read whole.
   virtual void list(AbsoluteIRI const& folder, std::string_view namePrefix, EntryTable& entries) = 0;
 
   /// The identity of a folder where folders can be reached in more than one way; nothing where they can't, as in a

@@ -45,7 +45,7 @@ ErrorCode errorCodeOfErrno(int error) noexcept {
     case ENOENT:
     case ENOTDIR:
     case ELOOP:  // a link that leads back to itself leads to no folder
-      return ErrorCode::nothingThere;
+      return ErrorCode::notFound;
     case EACCES:
     case EPERM:
       return ErrorCode::permissionDenied;

@@ -95,7 +95,7 @@ void ReadSession::Store::receive(DescentReader::Result const& ahead) {
 
 void ReadSession::Store::tell(Failure& failure) {
   bool const asNews = !std::exchange(failure.told, true);
-  if (asNews && failure.exception.getErrorCode() != static_cast<int>(ErrorCode::nothingThere)) {
+  if (asNews && failure.exception.getErrorCode() != static_cast<int>(ErrorCode::notFound)) {
     failedListings.push_back(failure.exception);
   }
 }
