@@ -18,7 +18,7 @@ bool endsWithSeparator(std::u16string const& text) {
          text.back() == fl::filesystem::upath_constant::GENERIC_PATHNAME_SEPARATOR[0];
 }
 
-// Every run of "**" segments made one: more of them match nothing more, but would find each match many times.
+// Reduces each run of "**" segments to one: more of them match nothing more, but would find each match many times.
 std::u16string collapseDoubleStarRuns(std::u16string const& genericPattern) {
   static scl::regex::regex const doubleStarRunRegex(std::u16string_view(uR"((?<![^\/])(\*\*\/)+\*\*(?![^\/]))"), 0,
                                                     nullptr);
@@ -29,20 +29,25 @@ std::u16string collapseDoubleStarRuns(std::u16string const& genericPattern) {
 
 }  // namespace
 
-std::vector<std::u16string> glob(std::u16string const& pattern, std::u16string const& rootFolder,
-                                 bool includeDotFiles) {
+void glob(std::u16string const& pattern, std::u16string const& rootFolder, bool includeDotFiles,
+          MatchConsumer const& consumer) {
   Path const normalizedPattern(collapseDoubleStarRuns(Path(pattern).generic(false)));
   Path const root(rootFolder);
   bool const foldersOnly = endsWithSeparator(pattern);
-  std::vector<Path> matches = expandPattern(normalizedPattern, root, foldersOnly, includeDotFiles);
+  auto const giveText = [&](Path const& match) {
+    if (match.empty()) return true;
+    return foldersOnly ? consumer(match.string(true)) : consumer(PathAccess::text(match));
+  };
+  forEachMatch(normalizedPattern, root, foldersOnly, includeDotFiles, giveText);
+}
+
+std::vector<std::u16string> glob(std::u16string const& pattern, std::u16string const& rootFolder,
+                                 bool includeDotFiles) {
   std::vector<std::u16string> texts;
-  texts.reserve(matches.size());
-  for (Path& match : matches) {
-    if (match.empty()) continue;
-    // Matches can be millions: none is held twice.
-    texts.push_back(foldersOnly ? match.string(true) : PathAccess::string(std::move(match)));
-    match = Path();
-  }
+  glob(pattern, rootFolder, includeDotFiles, [&texts](std::u16string_view match) {
+    texts.emplace_back(match);
+    return true;
+  });
   return texts;
 }
 

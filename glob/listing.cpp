@@ -1,7 +1,5 @@
 #include "glob/listing.hpp"
 
-#include <utility>
-
 #include "foundation/storage/vfs/storage_exception.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
 #include "path/path_access.hpp"
@@ -16,36 +14,45 @@ bool isDotName(std::u16string const& name) {
   return !name.empty() && name.front() == u'.';
 }
 
-// Appends the listing's entries to `result`. `Entry` is what both kinds of element have: a getName.
+// Adds the listing's names. `Entry` is what both kinds of element have: a getName.
 template <class Entry>
-void collect(std::vector<Path>& result, vfs::FolderListing<Entry> const& listing, bool showDotEntries) {
-  constexpr std::size_t usualEntries = 16;  // growing to these would cost more than they do
+void addNames(EntryNames& names, vfs::FolderListing<Entry> const& listing, bool showDotEntries) {
   auto const end = listing.end();
   for (auto entry = listing.begin(); entry != end; ++entry) {
-    auto&& name = entry->getName();  // one kind of element has its name, the other makes it
+    auto const& name = entry->getName();
     if (!showDotEntries && isDotName(name)) continue;
-    if (result.empty()) result.reserve(usualEntries);
-    result.push_back(PathAccess::make(fl::filesystem::upath(std::forward<decltype(name)>(name))));
+    names.add(name);
     utThrowIfInterruptPending();
   }
 }
 
 }  // namespace
 
-std::vector<Path> listFolderEntries(vfs::Folder const& folder, std::u16string const& filter, bool foldersOnly,
-                                    bool includeDotFiles) {
+void listEntryNames(EntryNames& names, vfs::Folder const& folder, std::u16string const& filter, bool foldersOnly,
+                    bool includeDotFiles) {
   bool const showDotEntries = includeDotFiles || isDotName(filter);
-  std::vector<Path> result;
+  names.clear();
   try {
     if (foldersOnly) {
-      collect(result, folder.listFolders(filter), showDotEntries);
+      addNames(names, folder.listFolders(filter), showDotEntries);
     } else {
-      collect(result, folder.listAll(filter), showDotEntries);
+      addNames(names, folder.listAll(filter), showDotEntries);
     }
   } catch (vfs::Exception const&) {
-    return {};  // to a search, a folder that can't be read is an empty one
+    names.clear();  // to a search, a folder that can't be read is an empty one
   }
-  return result;
+}
+
+std::vector<Path> listFolderEntries(vfs::Folder const& folder, std::u16string const& filter, bool foldersOnly,
+                                    bool includeDotFiles) {
+  EntryNames names;
+  listEntryNames(names, folder, filter, foldersOnly, includeDotFiles);
+  std::vector<Path> entries;
+  entries.reserve(names.size());
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    entries.push_back(PathAccess::make(fl::filesystem::upath(std::u16string(names[i]))));
+  }
+  return entries;
 }
 
 std::vector<Path> matchWildcardSegment(Path const& segment, Path const& folder, bool foldersOnly,

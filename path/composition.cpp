@@ -7,14 +7,16 @@ namespace {
 using fl::filesystem::upath;
 using foundation::storage::vfs::AbsoluteIRI;
 
-upath appended(upath const& path, std::u16string const& text) {
-  if (path.native() == fl::filesystem::detail::extract_root_name(path.native())) return upath(path.native() + text);
-  if (text.empty()) return path;
-  std::u16string longer;
-  longer.reserve(path.native().size() + text.size() + 1);
-  longer = path.native();
-  fl::filesystem::detail::concatenate_pathname(longer, text, path.flag());
-  return {std::move(longer), path.flag()};
+// The path with the text appended, in the memory of `buffer`.
+upath appended(upath const& path, std::u16string const& text, std::u16string buffer = {}) {
+  if (path.native() == fl::filesystem::detail::extract_root_name(path.native())) {
+    buffer.assign(path.native()).append(text);
+    return upath(std::move(buffer));
+  }
+  buffer.reserve(path.native().size() + text.size() + 1);
+  buffer.assign(path.native());
+  if (!text.empty()) fl::filesystem::detail::concatenate_pathname(buffer, text, path.flag());
+  return {std::move(buffer), path.flag()};
 }
 
 }  // namespace
@@ -30,6 +32,16 @@ Path operator/(Path const& path, std::u16string const& text) {
   return std::visit(Overloaded{[&](upath const& local) { return PathAccess::make(appended(local, text)); },
                                [&](AbsoluteIRI const& iri) { return PathAccess::make(AbsoluteIRI(iri, text)); }},
                     PathAccess::location(path));
+}
+
+void PathAccess::assignJoined(Path& result, Path const& folder, std::u16string const& name) {
+  auto const* const local = std::get_if<upath>(&folder.location_);
+  auto* const reused = std::get_if<upath>(&result.location_);
+  if (local != nullptr && reused != nullptr) {
+    *reused = appended(*local, name, std::move(*reused).native());
+  } else {
+    result = folder / name;
+  }
 }
 
 Path Path::parent() const {

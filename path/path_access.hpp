@@ -16,21 +16,14 @@ struct PathAccess {
     return Path(std::in_place, std::forward<Alternative>(location));
   }
 
-  /// As `Path::string` without a trailing separator, without a copy of a local path's text.
-  static std::u16string string(Path&& path) {
-    if (auto* const local = std::get_if<fl::filesystem::upath>(&path.location_)) return std::move(*local).native();
-    return path.string(false);
+  /// As `Path::string` without a trailing separator, without a copy. Valid until the path changes.
+  static std::u16string const& text(Path const& path) {
+    if (auto const* const local = std::get_if<fl::filesystem::upath>(&path.location_)) return local->native();
+    return std::get<foundation::storage::vfs::AbsoluteIRI>(path.location_).toString();
   }
 
-  /// As `Path::generic` without a trailing separator, without a copy where generic and native form are one. Valid as
-  /// long as the path and `buffer`, which the text may be put in.
-  static std::u16string const& generic(Path const& path, std::u16string& buffer) {
-    using namespace fl::filesystem::upath_constant;
-    if constexpr (PATHNAME_SEPARATOR[0] == GENERIC_PATHNAME_SEPARATOR[0]) {
-      if (auto const* const local = std::get_if<fl::filesystem::upath>(&path.location_)) return local->native();
-    }
-    return buffer = path.generic(false);
-  }
+  /// Makes `result` what `folder / name` gives, in the memory that it has. Not the same path as `folder`.
+  static void assignJoined(Path& result, Path const& folder, std::u16string const& name);
 
   /// As `Path::toIRI`, without a copy of an IRI that the path holds.
   static foundation::storage::vfs::AbsoluteIRI toIRI(Path&& path) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "korvan/io/export.hpp"
@@ -12,30 +14,27 @@
 ///     pattern  =  [ root ] segment { "/" segment } [ "/" ]     a final "/": folders only
 ///     root     =  "/"                                          the local file system's root
 ///              |  scheme "://" [ authority ] "/"               an IRI: "file:///srv", "s3://bucket"
-///     segment  =  "**"                                         any number of folders, none included; as the last
-///     segment: every entry
-///                                                              below, and the folder itself
-///              |  { "*" | character }                          one name; "*" is any run of its characters, none
-///              included
+///     segment  =  "**"                                         any number of folders, including none; as the last
+///                                                              segment: the folder itself and everything below it
+///              |  { "*" | character }                          one name; "*" is any run of its characters, or none
 ///
-/// - Every other character stands for itself, to the code unit: "?", "[", "]", "{", "}", "!", "~", "$" and the
-/// backslash have no meaning, and
-///   case matters. There is no escape: a "*" in a name is found by "*".
-/// - A segment of more than "**" that holds stars is one name: "a**b" is "a*b", "***" is "*". Runs "**/**" are one
-/// "**".
-/// - Wildcards don't match a name that begins with "." and "**" doesn't enter such a folder, unless the search includes
-/// dot files. A
-///   segment that begins with "." itself matches them always: ".*", ".git".
-/// - A pattern without "*" is looked up as it is written, and comes back as it is written when something stands there.
-/// - Links are followed; a link that leads nowhere is a file. "**" lists a link to a folder around it, and matches in
-/// it what follows,
-///   but doesn't descend into it, so that every search ends.
-/// - A relative pattern is searched below the root folder and gives relative matches; an absolute pattern or an IRI
-/// ignores the root
-///   folder. In an IRI, name characters that it can't hold are percent-encoded: "file:///a%20b/*".
+/// - Every other character stands for itself, to the code unit: "?", "[", "]", "{", "}", "!", "~", "$" and the backslash have no
+///   meaning, and case matters. There is no escape: a "*" in a name is found by "*".
+/// - A segment of more than "**" that holds stars is one name: "a**b" is "a*b", "***" is "*". A run "**/**" is one "**".
+/// - Wildcards don't match a name that begins with "." and "**" doesn't enter such a folder, unless the search includes dot files.
+///   A segment that begins with "." itself always matches them: ".*", ".git".
+/// - A pattern without "*" is looked up as it is written, and comes back as it is written if something exists there.
+/// - Links are followed; a link that leads nowhere is a file. "**" lists a link to a folder above it, and what follows "**" is
+///   matched in there, but "**" doesn't descend into it, so that every search ends.
+/// - A relative pattern is searched below the root folder and gives relative matches. An IRI ignores the root folder. So does an
+///   absolute local pattern, unless the root folder is an IRI: then it is taken in that IRI's scheme, so that with the root
+///   folder "s3://bucket/x" the pattern "/data/*" lists the bucket "data".
+/// - In an IRI, characters of names that it can't hold are percent-encoded: "file:///a%20b/*". A "*" that is encoded, "%2A", is
+///   that character of a name only where no wildcard comes before it in the pattern and none is in the same segment; from the
+///   first segment with a "*" on, it is a wildcard like "*" itself.
 ///
-/// Matches come in the order of the walk: the entries of a folder in code point order, each folder before what is below
-/// it. Nothing is sorted afterwards and a match found in two ways ("**/a/**/x") is given twice.
+/// Matches come in the order of the walk: the entries of a folder in code point order, each folder before what is below it.
+/// Nothing is sorted afterwards, and a match found in two ways ("**/a/**/x") is given twice.
 ///
 ///     pattern          matches                              does not match
 ///     *.txt            a.txt                                .txt  d/a.txt  A.TXT
@@ -51,21 +50,33 @@
 ///     {a,b}            the one name "{a,b}"                 a  b
 namespace korvan::io::internal {
 
-/// The paths that match the pattern, as texts (UTF-16), in walk order; empty where nothing matches and for an empty
-/// pattern. They end in a separator when the pattern does.
+/// The paths that match the pattern, as texts (UTF-16), in walk order; empty where nothing matches and for an empty pattern. They
+/// end in a separator when the pattern does.
 ///
-/// `rootFolder` is a local path or an IRI; the empty text and a relative path are taken from the process's current
-/// folder. With `includeDotFiles` wildcards also match names that begin with ".", and "**" enters such folders.
+/// `rootFolder` is a local path or an IRI; the empty text and a relative path are taken from the process's current folder. With
+/// `includeDotFiles` wildcards also match names that begin with ".", and "**" enters such folders.
 ///
-/// A folder below that can't be read gives nothing, and the rest is searched. Throws the storage layer's exceptions for
-/// a malformed IRI or a scheme that isn't served, and when something that the pattern names literally can't be looked
-/// at; `fl::filesystem::FsysExceptionBase` when the current folder can't be told;
-/// `Quindarel::System::InterruptException` when the host's pending flag is set.
+/// A folder below that can't be read gives nothing, and the rest is searched: a caller that wants to know of it opens a
+/// `foundation::storage::vfs::ReadSession` around the call, which remembers each such folder. Throws the storage layer's exceptions
+/// for a malformed IRI or a scheme that isn't served, and when something that the pattern names literally can't be looked at;
+/// `fl::filesystem::FsysExceptionBase` when the current folder can't be determined; `Quindarel::System::InterruptException` when
+/// the host's pending flag is set.
 ///
-/// Costs one listing for each folder that a wildcard is matched in, one existence test for each literal segment below a
-/// wildcard and for each entry under "**"; a host's read session answers most of them from what was read. May be called
-/// by several threads at once.
+/// Costs one listing for each folder that a wildcard is matched in, and at most one existence test for each literal segment below a
+/// wildcard and for each entry under "**"; a host's read session answers most of them from what was read. Uses a bounded part of
+/// the thread's stack, whatever the pattern and the tree. May be called by several threads at once.
 KORVAN_IO_EXPORT std::vector<std::u16string> glob(std::u16string const& pattern, std::u16string const& rootFolder,
                                                   bool includeDotFiles);
+
+/// Is given a match of a search, valid during the call. Returns whether the search goes on; what it throws ends the search as well
+/// and reaches the caller.
+using MatchConsumer = std::function<bool(std::u16string_view match)>;
+
+/// The same matches in the same order, each given to the consumer as soon as it is found, on the calling thread: `**/*.csv` gives
+/// its first match when the first folder has been read. Matches are not collected, so memory doesn't grow with their number. Once
+/// the consumer has returned false, nothing more is read. Everything else as above; where an error ends the search, the matches
+/// found before it have been given.
+KORVAN_IO_EXPORT void glob(std::u16string const& pattern, std::u16string const& rootFolder, bool includeDotFiles,
+                           MatchConsumer const& consumer);
 
 }  // namespace korvan::io::internal

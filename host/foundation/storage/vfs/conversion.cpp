@@ -41,6 +41,10 @@ fl::filesystem::upath fromAbsoluteIRI(AbsoluteIRI const& location) {
   return {std::move(path), true};
 }
 
+std::u16string decodedElement(std::u16string_view written) {
+  return iri_text::decoded(written);
+}
+
 std::string decodedPath(AbsoluteIRI const& location) {
   std::string path;
   iri_text::appendDecodedBytes(path, location.encodedPath());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "fl/filesystem/basic_path.hpp"
 #include "foundation/core/host_export.hpp"
@@ -17,6 +18,9 @@ KORVAN_HOST_EXPORT AbsoluteIRI toAbsoluteIRI(std::u16string const& scheme, fl::f
 
 /// The local path that the IRI names, decoded: the inverse of `toAbsoluteIRI`. Pure text.
 KORVAN_HOST_EXPORT fl::filesystem::upath fromAbsoluteIRI(AbsoluteIRI const& location);
+
+/// The text that an element of an IRI's path stands for, which is without a "/". Pure text.
+KORVAN_HOST_EXPORT std::u16string decodedElement(std::u16string_view written);
 
 /// The decoded path of an IRI as bytes, as a provider hands it to its system: "/a b" of "file:///a%20b". Pure text.
 KORVAN_HOST_EXPORT std::string decodedPath(AbsoluteIRI const& location);

@@ -1,0 +1,173 @@
+#include "glob/walker.hpp"
+
+#include <utility>
+
+#include "foundation/storage/vfs/storage_exception.hpp"
+#include "glob/existence.hpp"
+#include "glob/listing.hpp"
+#include "path/path_access.hpp"
+#include "quindarel/interrupt/interrupt_poll.hpp"
+
+namespace korvan::io::internal {
+namespace {
+
+namespace vfs = foundation::storage::vfs;
+using fl::filesystem::upath;
+
+PatternPlan const& everythingBelow() {
+  static PatternPlan const plan{Path(std::u16string(u"**"))};
+  return plan;
+}
+
+// Made absolute once, lest each folder cost a look at the process's current folder.
+Path absoluteRoot(Path const& root) {
+  return absolute(root, Path());
+}
+
+}  // namespace
+
+Walker::Walker(Path const& root, bool foldersOnly, bool includeDotFiles, Consumer consumer)
+    : root_(root),
+      foldersOnly_(foldersOnly),
+      includeDotFiles_(includeDotFiles),
+      consumer_(std::move(consumer)),
+      storage_(Quindarel::KorvanStorageSystem::GetStorageSystemReference()) {}
+
+void Walker::expand(PatternPlan const& plan) {
+  plan_ = &plan;
+  for (std::size_t i = 0; i < plan.size(); ++i) utThrowIfInterruptPending();
+  if (!isAbsolute(plan.start())) root_ = absoluteRoot(root_);
+  enter(0, plan.start());
+  run();
+}
+
+void Walker::descend(vfs::Folder const& folder) {
+  plan_ = &everythingBelow();
+  push(0, Path(), true).folder = folder;
+  run();
+}
+
+void Walker::run() {
+  while (depth_ != 0 && !ended_) {
+    Frame& frame = frames_[depth_ - 1];
+    if (!frame.isOpen) open(frame);
+    if (frame.next == 0) frame.matchesBefore = matches_;
+    if (frame.next == frame.entries.size()) {
+      close();
+    } else {
+      takeNext(frame);
+    }
+  }
+}
+
+// Matches the segments from this one on at a path, up to the first that lists a folder.
+void Walker::enter(std::size_t segment, Path const& at) {
+  Path reached = at;
+  for (; segment < plan_->size(); ++segment) {
+    switch (plan_->segmentClass(segment)) {
+      case SegmentClass::literal:
+        if (!matchesLiteral(segment, reached)) return;
+        reached.append(std::u16string(plan_->text(segment)));
+        break;
+      case SegmentClass::wildcard:
+        push(segment, reached, false);
+        return;
+      case SegmentClass::doubleStar:
+        open(push(segment, reached, true));
+        // "**" also matches no folder at all.
+        if (pathKind(absolute(reached, root_), Path()) != PathKind::isFolder) return;
+        break;
+    }
+  }
+  deliver(reached);
+}
+
+bool Walker::matchesLiteral(std::size_t segment, Path const& at) const {
+  std::u16string_view const text = plan_->text(segment);
+  PathKind const kind = pathKind(PathAccess::make(upath(std::u16string(text))), absolute(at, root_));
+  return text.empty() ? kind == PathKind::isFolder : exists(kind);
+}
+
+Walker::Frame& Walker::push(std::size_t segment, Path const& at, bool isDescent) {
+  if (depth_ == frames_.size()) frames_.emplace_back();
+  Frame& frame = frames_[depth_++];
+  frame.segment = segment;
+  frame.at = at;
+  frame.folder.reset();
+  frame.nameInFolder.clear();
+  frame.entries.clear();
+  frame.next = 0;
+  frame.isDescent = isDescent;
+  frame.isOpen = false;
+  frame.metCycle = false;
+  return frame;
+}
+
+void Walker::open(Frame& frame) {
+  frame.isOpen = true;
+  if (plan_->revisits(frame.segment) && deadEnds_.contains(frame.segment, PathAccess::text(frame.at))) return;
+  if (!frame.nameInFolder.empty()) {
+    if (!openBelow(frame)) return;
+  } else if (!frame.folder) {
+    frame.folder.emplace(PathAccess::toIRI(absolute(frame.at, root_)), storage_);
+  }
+  list(frame);
+}
+
+// Whether the sub-folder could be opened. One that closes a cycle of links is refused.
+bool Walker::openBelow(Frame& frame) {
+  try {
+    frame.folder = vfs::Folder(*frame.folder, frame.nameInFolder);
+    return true;
+  } catch (vfs::Exception const&) {
+    frame.metCycle = true;
+    return false;
+  }
+}
+
+void Walker::list(Frame& frame) {
+  std::u16string const filter(frame.isDescent ? std::u16string_view(u"*") : plan_->text(frame.segment));
+  listEntryNames(frame.entries, *frame.folder, filter, foldersOnlyAt(frame.segment), includeDotFiles_);
+}
+
+void Walker::close() {
+  Frame const& frame = frames_[--depth_];
+  if (frame.metCycle) {
+    if (depth_ != 0) frames_[depth_ - 1].metCycle = true;
+  } else if (frame.matchesBefore == matches_ && plan_->revisits(frame.segment)) {
+    deadEnds_.add(frame.segment, PathAccess::text(frame.at));
+  }
+}
+
+// The entry is a match of the frame's segment: the segments after it are matched there, then in a descent what is below it.
+void Walker::takeNext(Frame& frame) {
+  name_.assign(frame.entries[frame.next++]);
+  PathAccess::assignJoined(match_, frame.at, name_);
+  std::size_t const segment = frame.segment;
+  bool const isLast = segment + 1 == plan_->size();
+  if (isLast) deliver(match_);
+  if (frame.isDescent && !ended_ && entersEntry(frame)) {
+    Frame& below = push(segment, match_, true);
+    below.folder = frame.folder;
+    below.nameInFolder = name_;
+    // Read before the segments after this one are matched in it: what the storage layer then knows of the folder answers them.
+    if (!isLast) open(below);
+  }
+  if (!isLast) enter(segment + 1, match_);
+}
+
+bool Walker::entersEntry(Frame& frame) {
+  try {
+    Path const entry = PathAccess::make(upath(name_));
+    return pathKind(entry, Path(frame.folder->getLocation())) == PathKind::isFolder;
+  } catch (vfs::Exception const&) {
+    return false;  // the entry stays a match; what is below it can't be known
+  }
+}
+
+void Walker::deliver(Path const& match) {
+  ++matches_;
+  ended_ = !consumer_(match);
+}
+
+}  // namespace korvan::io::internal

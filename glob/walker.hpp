@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "foundation/storage/vfs/folder.hpp"
+#include "foundation/storage/vfs/storage_system.hpp"
+#include "glob/dead_ends.hpp"
+#include "glob/entry_names.hpp"
+#include "glob/pattern_plan.hpp"
+#include "korvan/io/path.hpp"
+
+namespace korvan::io::internal {
+
+/// The one walk behind every search: gives the matches one by one, each as soon as it is found, and reads no further than it must
+/// for the next. A depth-first walk over two dimensions at once, the segments of the pattern and the folders below, on a stack of
+/// its own: neither a long pattern nor a deep tree uses the thread's stack. For one walk and one thread.
+class Walker {
+ public:
+  /// Is given each match, valid during the call; returns whether the walk goes on.
+  using Consumer = std::function<bool(Path const& match)>;
+
+  /// `root` is what relative paths are taken from. With `foldersOnly` the last segment matches folders only.
+  Walker(Path const& root, bool foldersOnly, bool includeDotFiles, Consumer consumer);
+
+  /// Gives the matches of a pattern with a wildcard. Throws what `pathKind` throws, what making a folder's handle throws, and
+  /// `Quindarel::System::InterruptException` when an interrupt is pending at a segment or after an entry.
+  void expand(PatternPlan const& plan);
+
+  /// Gives everything below the folder, as paths relative to it. Throws `Quindarel::System::InterruptException`.
+  void descend(foundation::storage::vfs::Folder const& folder);
+
+ private:
+  // A folder whose entries are gone through: those that a wildcard matches, or in the descent of a "**" all of them. Opened, which
+  // means listed, when it comes to the top of the stack.
+  struct Frame {
+    std::size_t segment = 0;
+    Path at{};                                                 // the path of the folder, as matches begin with it
+    std::optional<foundation::storage::vfs::Folder> folder{};  // in a descent; until it is opened the one above, if any
+    std::u16string nameInFolder{};                             // of the folder above; empty where there is none
+    EntryNames entries{};
+    std::size_t next = 0;
+    std::uint64_t matchesBefore = 0;
+    bool isDescent = false;
+    bool isOpen = false;
+    bool metCycle = false;  // whether a folder below was refused, as it may not be when it is reached in another way
+  };
+
+  void run();
+  void enter(std::size_t segment, Path const& at);
+  Frame& push(std::size_t segment, Path const& at, bool isDescent);
+  void open(Frame& frame);
+  void list(Frame& frame);
+  void close();
+  void takeNext(Frame& frame);
+  bool entersEntry(Frame& frame);
+  bool openBelow(Frame& frame);
+  bool matchesLiteral(std::size_t segment, Path const& at) const;
+  void deliver(Path const& match);
+
+  bool foldersOnlyAt(std::size_t segment) const noexcept { return foldersOnly_ || segment + 1 < plan_->size(); }
+
+  Path root_;
+  bool foldersOnly_;
+  bool includeDotFiles_;
+  Consumer consumer_;
+  foundation::storage::vfs::StorageSystemReference storage_;
+
+  PatternPlan const* plan_ = nullptr;
+  std::deque<Frame> frames_;  // those past the top are reused
+  std::size_t depth_ = 0;
+  DeadEnds deadEnds_;
+  std::uint64_t matches_ = 0;
+  bool ended_ = false;
+  std::u16string name_;  // of the entry taken last
+  Path match_;           // the path of that entry
+};
+
+}  // namespace korvan::io::internal
