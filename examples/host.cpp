@@ -1,4 +1,5 @@
-// The smallest interpreter host: loads the library and calls its builtin, glob(PATTERN, "RootFolder", FOLDER).
+// host LIBRARY PATTERN FOLDER: the smallest interpreter host. Loads the library and calls its builtin as
+// glob(PATTERN, "RootFolder", FOLDER).
 #include <iostream>
 
 #include <dlfcn.h>
@@ -19,7 +20,7 @@ int main(int argc, char** argv) {
     std::cerr << dlerror() << "\n";
     return 2;
   }
-  // The builtin's name in the Itanium C++ ABI: the core function is called "glob" too.
+  // The builtin's mangled name (Itanium C++ ABI), since it shares the name "glob" with the core search.
   constexpr char const* builtinName =
       "_ZN6korvan2io8internal4globEiPSt10unique_ptrI11vxArray_tagN6matrix6detail17vxDestroy_deleterEEiPKPKS3_";
   using Builtin = void (*)(int, ArrayPtr*, int, vxArray_tag const* const*);
@@ -37,16 +38,18 @@ int main(int argc, char** argv) {
     ArrayPtr const folder = Quindarel::createCharacterRow(fromBytes(argv[3]));
     vxArray_tag const* const inputs[] = {pattern.get(), name.get(), folder.get()};
     ArrayPtr output;
-    foundation::storage::vfs::ReadSession const session;  // the call sees one state of each folder
+    foundation::storage::vfs::ReadSession const session;  // the call sees a single state of each folder
     glob(1, &output, 3, inputs);
     Quindarel::String::StringArray const& matches = Quindarel::String::getString(output);
     for (std::size_t i = 0; i < matches.size(); ++i) std::cout << toBytesLossy(*matches[i]) << "\n";
+    for (auto const& failure : session.failedListings()) std::cerr << failure.what() << "\n";
+    if (!session.failedListings().empty()) status = 2;
   } catch (...) {
     Quindarel::InterpreterError const error = Quindarel::currentInterpreterError();
     std::cerr << error.identifier() << ": " << toBytesLossy(error.message()) << "\n";
     status = 2;
   }
-  // What the library threw is gone by here, so it may go too.
+  // No exception of the library is left here, so it may be unloaded.
   terminate();
   dlclose(library);
   return status;
