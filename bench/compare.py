@@ -1,9 +1,8 @@
-"""Compares kglob with other tools that find files: whole processes, in turn, on one tree, with the folders in the
-system's cache.
+"""Compares kglob with other tools that find files: whole processes, on one tree, with the folders in the system's cache.
 
-First each search is made once by every tool, and the sets of paths are held against each other. Then the tools take
-turns, round by round, so that a change in the machine's speed meets all of them; ratios are taken within a round, and
-the median over the rounds is told. Prints Markdown. Ends with 1 when a tool's set differs from find's.
+First every tool makes each search once, and the sets of paths are compared. Then the tools take turns, round by round,
+so that a change in the machine's speed affects all of them; ratios are computed within a round, and their median over
+the rounds is reported. Prints Markdown. Exits with 1 if a tool's set differs from find's.
 """
 
 import argparse
@@ -29,7 +28,7 @@ ROUNDS = {"medium": 15, "large": 5}
 
 @dataclass
 class Runs:
-    """What one tool took, round by round."""
+    """The time and peak memory of one tool in each round."""
 
     seconds: list[float]
     peak_kib: list[int]
@@ -42,7 +41,7 @@ class Runs:
 
 
 class Measure:
-    """Runs commands, one at a time, with their output in one file in memory."""
+    """Runs commands, one at a time, with their output going to a file in memory."""
 
     def __init__(self, programs: Path):
         memory = "/dev/shm" if os.path.isdir("/dev/shm") else None
@@ -66,7 +65,7 @@ class Measure:
 
 
 def tree_at(cache: Path, name: str, programs: Path) -> Path:
-    """The tree of that name, made at its first use. A change of the generator makes another one."""
+    """The tree of that name, made when it is first needed, and made anew when its generator changes."""
     version = hashlib.sha256((HERE / "tree.cpp").read_bytes()).hexdigest()[:8]
     tree = cache / f"{name}-{version}"
     if not tree.is_dir():
@@ -83,7 +82,7 @@ def usable(search: Search, only: list[str] | None) -> dict[str, list[str]]:
 
 
 def agree(search: Search, commands: dict[str, list[str]], measure: Measure) -> tuple[bool, int, int]:
-    """Whether all tools find the same set of paths; its size, and how many lines kglob prints for it."""
+    """Whether all tools find the same set of paths, the size of the set, and the number of lines that kglob prints."""
     expected = set(measure.lines(commands[FIND], search.folder))
     same, printed = True, 0
     for tool, command in commands.items():
@@ -117,7 +116,7 @@ def table(header: list[str], rows: list[list[str]]) -> str:
 
 
 def figures(runs: Runs, all_runs: dict[str, Runs]) -> list[str]:
-    """Wall time, the ratios to find, to the fastest rival and to the bare loop, and peak memory."""
+    """Wall time, the ratios to find, to the fastest rival and to the getdents64 loop, and peak memory."""
     fastest = min((all_runs[tool] for tool in RIVALS if tool in all_runs), key=Runs.median)
     ratios = [all_runs.get(FIND), fastest, all_runs.get(GETDENTS)]
     return [
@@ -155,7 +154,7 @@ def compare(name: str, arguments: argparse.Namespace, measure: Measure) -> bool:
         same, size, printed = agree(search, commands, measure)
         all_agree &= same
         runs = take_turns(search, commands, measure, rounds)
-        repeated = f", printed {printed:,} times by kglob" if printed != size else ""
+        repeated = f", {printed:,} lines from kglob" if printed != size else ""
         print(f"### `{search.pattern}`: {size:,} paths{repeated}\n")
         print(table(["tool", *FIGURES], [[tool, *figures(taken, runs)] for tool, taken in runs.items()]))
         sys.stdout.flush()
@@ -165,7 +164,7 @@ def compare(name: str, arguments: argparse.Namespace, measure: Measure) -> bool:
     print("### kglob\n")
     print(table(["pattern", *FIGURES], summary))
     if any(calls):
-        print(table(["pattern", "entries", "system calls", "for each entry"], [row for row in calls if row]))
+        print(table(["pattern", "entries", "system calls", "per entry"], [row for row in calls if row]))
     return all_agree
 
 
@@ -174,11 +173,11 @@ def main() -> int:
     parser.add_argument("--programs", type=Path, required=True, help="folder of kglob and of the benchmark programs")
     parser.add_argument("--tree", choices=[*TREES, "both"], default="medium")
     parser.add_argument("--rounds", type=int, help="default: 15 on the medium tree, 5 on the large one")
-    parser.add_argument("--patterns", nargs="+", metavar="PATTERN", help="only these of the patterns compared")
+    parser.add_argument("--patterns", nargs="+", metavar="PATTERN", help="compare only these patterns")
     parser.add_argument("--tools", nargs="*", metavar="TOOL",
-                        help="only these beside kglob and find, by their names in the table")
+                        help="only these besides kglob and find, by their names in the table")
     parser.add_argument("--folder", type=Path, default=Path(tempfile.gettempdir(), "kglob-bench"),
-                        help="where the trees are kept from one call to the next")
+                        help="where the trees are, and remain between runs")
     arguments = parser.parse_args()
     arguments.programs = arguments.programs.resolve()
     arguments.folder = arguments.folder.resolve()

@@ -1,5 +1,5 @@
 // The least that a search of the current folder can cost: every folder below it is read once with getdents64, and the
-// types that the folder tells are believed. With --count not even a path is put together.
+// types in the listings are trusted. With --count no paths are built either.
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -23,7 +23,7 @@ class Walk {
     int const descriptor = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW);
     if (descriptor < 0) return;
     if (buffers_.size() < depth) buffers_.emplace_back(std::size_t{32} << 10);
-    // Moving a vector keeps its memory, so the reference's owner may move while deeper folders are read.
+    // Moving a vector leaves its memory in place, so the pointer remains valid when deeper levels are added.
     char* const buffer = buffers_[depth - 1].data();
     std::size_t const size = buffers_[depth - 1].size();
     for (long bytes; (bytes = ::syscall(SYS_getdents64, descriptor, buffer, size)) > 0;) {
@@ -56,7 +56,7 @@ class Walk {
   }
 
   korvan::bench::Selection const& selection_;
-  std::vector<std::vector<char>> buffers_;  // one for each depth
+  std::vector<std::vector<char>> buffers_;  // one per depth
   std::string path_;
   std::size_t count_ = 0;
 };

@@ -1,4 +1,4 @@
-// IRIs: parsed from text, made from local paths, and taken apart again.
+// IRIs: parsed from text, made from local paths, and split again.
 #include <string>
 
 #include <benchmark/benchmark.h>
@@ -13,7 +13,7 @@ using fl::filesystem::upath;
 using foundation::storage::vfs::AbsoluteIRI;
 using foundation::storage::vfs::toAbsoluteIRI;
 
-// Names that an IRI holds as they are, and names that it must encode.
+// Names that an IRI contains unchanged, and names that must be encoded.
 std::u16string const plainName = u"temperature_0312.csv";
 std::u16string const encodedName = u"100% Größe #1? 日本.csv";
 std::u16string const plainFolder = u"/srv/data/measurements/2024/station-17/raw";

@@ -1,5 +1,5 @@
-// One folder, listed through the storage layer: read from the disk each time, or answered from a read session that has
-// read it already.
+// One folder, listed through the storage layer: read from the disk each time, or returned from the cache of
+// a read session.
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -17,7 +17,7 @@ namespace {
 
 using namespace foundation::storage::vfs;
 
-// One folder with so many files, and folders beside them.
+// One folder with this many files, plus the sub-folders below.
 constexpr korvan::bench::TreeShape shape{0, 1000};
 constexpr int folders = 100;
 

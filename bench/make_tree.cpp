@@ -1,4 +1,4 @@
-// make_tree FOLDERS ENTRIES FOLDER: makes a tree to search, the same for the same numbers.
+// make_tree FOLDERS ENTRIES FOLDER: makes a tree to search, always the same for the same numbers.
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
@@ -14,10 +14,10 @@ int main(int argc, char** argv) {
   try {
     korvan::bench::TreeShape const shape{std::strtoull(argv[1], nullptr, 10), std::strtoull(argv[2], nullptr, 10)};
     if (shape.entries < shape.folders) {
-      std::cerr << "make_tree: the folders count as entries\n";
+      std::cerr << "make_tree: ENTRIES includes the folders and can't be less than FOLDERS\n";
       return 2;
     }
-    // Made beside its place and then moved there: a tree that stands is whole.
+    // Made under another name and then renamed, so that a tree under its own name is always complete.
     std::filesystem::path const root = argv[3];
     std::filesystem::path unfinished = root;
     unfinished += ".unfinished";

@@ -1,6 +1,6 @@
 // measure OUTPUT COMMAND [ARGUMENT...]: runs the command with its standard output in the file OUTPUT, and prints its
-// wall time in nanoseconds, its peak memory in KiB and its exit status. A process of its own and a small one, since a
-// process is charged with the memory of the one that started it until it runs its own program.
+// wall time in nanoseconds, its peak memory in KiB and its exit status. A separate, small program, since the peak
+// memory of a process includes the memory of its parent until it executes its own program.
 #include <chrono>
 #include <cstdio>
 #include <cstring>
@@ -10,7 +10,7 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 
-extern char** environ;  // NOLINT(readability-redundant-declaration): POSIX leaves it to the program
+extern char** environ;  // NOLINT(readability-redundant-declaration): POSIX leaves its declaration to the program
 
 int main(int argc, char** argv) {
   if (argc < 3) {

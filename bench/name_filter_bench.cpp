@@ -1,4 +1,5 @@
-// The filter of a listing, on names as they are and on the longest ones with filters that would punish backtracking.
+// The filter of a listing, on usual names, and on names of maximum length with filters that would
+// make backtracking slow.
 #include <string>
 
 #include <benchmark/benchmark.h>
@@ -14,7 +15,7 @@ void nameFilter(benchmark::State& state, char16_t const* text, std::string const
   for (auto _ : state) benchmark::DoNotOptimize(filter.matches(name));
 }
 
-// "*a*a ... *b*" against names of one letter: each further star multiplies the work of a filter that tries again.
+// "*a*a ... *b*" against names of repeated letters: each star would multiply the work of a matcher that backtracks.
 void nameFilterStars(benchmark::State& state, char last) {
   std::u16string text;
   for (int i = 0; i < state.range(0); ++i) text += u"*a";

@@ -1,4 +1,4 @@
-// Path algebra: what a search does for each entry that it joins, splits or renders.
+// The path operations that a search does for each entry: joining, splitting, conversion from text.
 #include <string>
 
 #include <benchmark/benchmark.h>

@@ -1,4 +1,4 @@
-"""The searches that are compared, and how each tool is told to make them."""
+"""The searches that are compared, and each tool's command line for them."""
 
 import re
 import shlex
@@ -17,10 +17,10 @@ ZSH = "zsh"
 BASH = "bash"
 PYTHON = "Python glob"
 
-# A search without one of its own is compared with the fastest of these: one thread, and the same answer.
+# kglob is compared with the fastest of these: they use one thread and return the same result.
 RIVALS = (FIND, FD_ONE_THREAD, STD_FILESYSTEM)
 
-# GNU find with its rule for dot entries; what is looked for follows.
+# GNU find, and how it skips dot entries; the search's own condition follows.
 _FIND = ["find", ".", "-mindepth", "1"]
 _VISIBLE = ["-name", ".*", "-prune", "-o"]
 _FD = ["fdfind", "--no-ignore", "--color=never"]
@@ -34,7 +34,7 @@ class Search:
     pattern: str
     folder: Path
     commands: dict[str, list[str]]
-    # The tools whose output is something else than the list of matches.
+    # The tools that print something other than the list of matches.
     countersOnly: set[str] = field(default_factory=lambda: {GETDENTS})
 
 
@@ -126,11 +126,11 @@ def _visible(folder: Path) -> list[Path]:
 
 
 def _a_deep_file(tree: Path) -> str:
-    """The path below the tree of some file five levels down, always the same one."""
+    """The relative path of a file five levels down, always the same one."""
     found = min(path for path in tree.glob("*/*/*/*/*") if path.is_file() and "/." not in str(path.relative_to(tree)))
     return str(found.relative_to(tree))
 
 
 def _a_small_folder(tree: Path) -> Path:
-    """Some folder of 10 to 20 visible entries, always the same one."""
+    """A folder with 10 to 20 visible entries, always the same one."""
     return next(folder for folder in sorted(tree.glob("*/*")) if folder.is_dir() and 10 <= len(_visible(folder)) <= 20)

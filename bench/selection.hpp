@@ -6,16 +6,15 @@
 
 namespace korvan::bench {
 
-/// What the hand-written loops look for: a stand-in for the patterns that they are compared on, with next to no cost of
-/// its own.
+/// What the hand-written loops look for: a substitute for patterns that costs almost nothing.
 struct Selection {
   bool foldersOnly = false;
   std::string_view suffix;  ///< the end of the name
-  char ancestor = 0;        ///< if not 0: some folder above the entry has a name that begins with it
-  std::size_t depth = 0;    ///< if not 0: the number of elements of the path, and as far as the loop descends
-  bool countOnly = false;   ///< print the number of entries looked at, and no path
+  char ancestor = 0;        ///< if not 0: the name of some folder above the entry begins with it
+  std::size_t depth = 0;    ///< if not 0: the number of elements of the path, and the depth limit of the loop
+  bool countOnly = false;   ///< print the number of entries seen, but no paths
 
-  /// Whether the path, relative to the root, is one of those looked for. The rule for dot entries is the loop's.
+  /// Whether the path, relative to the root, is selected. Dot entries are skipped by the loops themselves.
   bool selects(std::string_view path, std::size_t pathDepth, bool isFolder) const noexcept {
     if (foldersOnly && !isFolder) return false;
     if (depth != 0 && pathDepth != depth) return false;
@@ -36,7 +35,7 @@ struct Selection {
   }
 };
 
-/// The selection that the arguments write; ends the program where they can't be read.
+/// The selection in the program's arguments; exits if they are invalid.
 inline Selection selectionFromArguments(int argc, char** argv) {
   Selection selection;
   for (int i = 1; i < argc; ++i) {

@@ -1,4 +1,4 @@
-"""A proxy that makes a server on this machine as slow to answer as one far away."""
+"""A proxy that makes a server on this machine respond as slowly as a distant one."""
 
 import asyncio
 import contextlib
@@ -6,11 +6,11 @@ import threading
 
 
 class SlowProxy:
-    """Forwards HTTP requests without a body from a loopback port of its own to another, each after a delay, and counts them. Bytes pass
-    unchanged, so that a signature over the Host header still holds."""
+    """Forwards HTTP requests without a body from its own loopback port to another, each after a delay, and counts them. Bytes pass
+    unchanged, so that a signature over the Host header remains valid."""
 
     def __init__(self, target_port: int, delay: float):
-        """`delay` is in seconds. Serves on a thread of its own for as long as the process lives."""
+        """`delay` is in seconds. Serves on its own thread until the process ends."""
         self._target_port, self._delay = target_port, delay
         self.requests = 0
         loop = asyncio.new_event_loop()

@@ -1,4 +1,4 @@
-// The search as a plain loop over std::filesystem in the current folder: what a caller would write who has no glob.
+// The search as a plain loop over std::filesystem in the current folder: what a caller without a glob would write.
 #include <cstdio>
 #include <filesystem>
 #include <string>

@@ -1,11 +1,11 @@
-"""Trees of 20,000 keys in 500 folders, as keys of a store, and the searches made in them."""
+"""Trees of 20,000 keys in 500 folders, as keys of a store, and the searches in them."""
 
 from dataclasses import dataclass, field
 
 
 @dataclass
 class Shape:
-    """One bucket. `searches` gives for each pattern below the bucket the most requests that it may cost, if that was set."""
+    """One bucket. `searches` has the patterns, relative to the bucket, and for some of them the maximum number of requests."""
 
     name: str
     bucket: str
@@ -33,7 +33,7 @@ def _three_levels() -> list[str]:
 
 
 def _deep() -> list[str]:
-    """50 chains of ten folders, one in the other, each with 40 keys."""
+    """50 chains of ten nested folders, each with 40 keys."""
     return [key for chain in range(50) for depth in range(1, 11) for key in _files("/".join([f"c{chain}", *["d"] * (depth - 1)]), 40)]
 
 

@@ -11,7 +11,7 @@
 
 namespace korvan::bench {
 
-/// A tree in the system's folder for temporary files, removed at the end of its life.
+/// A tree in the system's folder for temporary files, removed by the destructor.
 class TemporaryTree {
  public:
   explicit TemporaryTree(TreeShape shape) : holder_(makeHolder()) { makeTree(root(), shape); }

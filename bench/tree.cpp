@@ -15,7 +15,7 @@
 namespace korvan::bench {
 namespace {
 
-// Of our own, as the distributions of <random> differ from one standard library to the next.
+// Not from <random>, whose distributions differ between standard libraries.
 class FixedRandom {
  public:
   std::uint64_t next() noexcept {
@@ -50,7 +50,7 @@ T choose(std::array<Weighted<T>, N> const& choices, FixedRandom& random) {
 constexpr std::array<Weighted<std::size_t>, 8> folderDepths = {
     {{1, 1}, {2, 4}, {3, 12}, {4, 22}, {5, 25}, {6, 20}, {7, 10}, {8, 6}}};
 
-// Tickets in the draw of a folder for each file: most folders hold a handful, a few hold many.
+// A folder's weight when a folder is drawn for each file: most get a handful of files, a few get many.
 constexpr std::array<Weighted<std::size_t>, 3> folderWeights = {{{1, 80}, {4, 18}, {30, 2}}};
 
 constexpr std::array<Weighted<std::string_view>, 12> extensions = {{{".cpp", 20},
@@ -122,7 +122,7 @@ class Maker {
     }
   }
 
-  // A counter in each name keeps it unique without a look at the disk.
+  // A counter makes each name unique without looking at the disk.
   std::string uniquePath(std::string const& parent, std::string_view before, std::string_view word,
                          std::string_view extension) {
     std::array<char, 16> digits{};

@@ -1,5 +1,5 @@
-// Whole searches in one process, without a program's start and without output, each in a read session of its own or
-// without any.
+// Whole searches in one process, without the start of a program and without output, each in its own read session or
+// without one.
 #include <optional>
 
 #include <benchmark/benchmark.h>
@@ -21,20 +21,20 @@ void walk(benchmark::State& state, char16_t const* pattern, bool inSession) {
     if (inSession) session.emplace();
     benchmark::DoNotOptimize(korvan::io::internal::glob(pattern, root, false));
   }
-  // So that the figure to compare is the time for each entry of the tree, whatever the pattern finds.
+  // So that time is reported per entry of the tree, whatever the pattern finds.
   state.SetItemsProcessed(static_cast<std::int64_t>(shape.entries) * state.iterations());
 }
 
-// A session reads on a second thread as well: what counts is the time that passes, and the processor time of both.
-void asWhole(benchmark::internal::Benchmark* benchmark) {
+// A session also reads on a second thread, so elapsed time and the processor time of both are measured.
+void inElapsedTime(benchmark::internal::Benchmark* benchmark) {
   benchmark->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
 }
 
-BENCHMARK_CAPTURE(walk, everything, u"**", true)->Apply(asWhole);
-BENCHMARK_CAPTURE(walk, everythingWithoutSession, u"**", false)->Apply(asWhole);
-BENCHMARK_CAPTURE(walk, byExtension, u"**/*.csv", true)->Apply(asWhole);
-BENCHMARK_CAPTURE(walk, byExtensionWithoutSession, u"**/*.csv", false)->Apply(asWhole);
-BENCHMARK_CAPTURE(walk, folders, u"**/", true)->Apply(asWhole);
-BENCHMARK_CAPTURE(walk, twoDescents, u"**/d*/**/*.hpp", true)->Apply(asWhole);
+BENCHMARK_CAPTURE(walk, everything, u"**", true)->Apply(inElapsedTime);
+BENCHMARK_CAPTURE(walk, everythingWithoutSession, u"**", false)->Apply(inElapsedTime);
+BENCHMARK_CAPTURE(walk, byExtension, u"**/*.csv", true)->Apply(inElapsedTime);
+BENCHMARK_CAPTURE(walk, byExtensionWithoutSession, u"**/*.csv", false)->Apply(inElapsedTime);
+BENCHMARK_CAPTURE(walk, folders, u"**/", true)->Apply(inElapsedTime);
+BENCHMARK_CAPTURE(walk, twoDescents, u"**/d*/**/*.hpp", true)->Apply(inElapsedTime);
 
 }  // namespace

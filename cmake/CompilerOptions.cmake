@@ -1,9 +1,9 @@
-# Interface target with what makes calls inside one of our shared libraries as cheap as in a program: nobody replaces our own functions.
+# Options that make calls within our shared libraries as cheap as in a program: our functions are never interposed.
 add_library(korvan_library_options INTERFACE)
 target_compile_options(korvan_library_options INTERFACE -fno-semantic-interposition)
 target_link_options(korvan_library_options INTERFACE "LINKER:-Bsymbolic-functions")
 
-# Interface target with the warnings that every target of this repository is held to.
+# The warnings that every target of this repository is compiled with.
 add_library(korvan_warnings INTERFACE)
 target_compile_options(
   korvan_warnings

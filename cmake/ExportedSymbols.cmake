@@ -1,5 +1,5 @@
-# korvan_limit_exports(TARGET LIST): a shared library that exports exactly what the file LIST names by demangled name, one a line. Visibility
-# attributes alone let the standard library's template instantiations through.
+# korvan_limit_exports(TARGET LIST): makes the shared library export exactly the symbols in the file LIST, one demangled name per line.
+# Visibility attributes alone would also export template instantiations of the standard library.
 function(korvan_limit_exports target list)
   file(STRINGS "${list}" symbols REGEX "^[^#]")
   list(JOIN symbols "\";\n    \"" symbols)

@@ -1,4 +1,4 @@
-# What `cmake --install` puts where. Nothing installed holds an absolute path, so that a copy works wherever it is moved to.
+# What `cmake --install` installs, and where. No installed file contains an absolute path, so that a copy still works after it is moved.
 # Components: Runtime (what a process loads), Development (what a build needs), Program (kglob).
 include(CMakePackageConfigHelpers)
 
@@ -6,7 +6,7 @@ set(korvan_cmake_folder "${CMAKE_INSTALL_LIBDIR}/cmake/${PROJECT_NAME}")
 set(korvan_pkgconfig_folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 set(KORVAN_ZSH_COMPLETIONS_DIR
     "${CMAKE_INSTALL_DATADIR}/zsh/site-functions"
-    CACHE STRING "Where the completion for zsh goes, below the prefix")
+    CACHE STRING "Folder for the zsh completion, relative to the prefix")
 
 install(
   TARGETS qdkorvanautomationio korvan_host
@@ -18,7 +18,7 @@ install(
            COMPONENT Development
   INCLUDES
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${PROJECT_NAME}")
-# Where StorageSystem looks for the modules of the schemes.
+# The folder in which StorageSystem looks for the modules of schemes.
 install(TARGETS korvan_storage_s3 LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/korvanhost" COMPONENT Runtime)
 
 configure_package_config_file(
@@ -37,7 +37,7 @@ install(
   DESTINATION "${korvan_cmake_folder}"
   COMPONENT Development)
 
-# pkg-config finds the prefix from the place of the file itself.
+# pkg-config derives the prefix from the location of the file itself.
 file(RELATIVE_PATH korvan_prefix_from_pkgconfig "/prefix/${korvan_pkgconfig_folder}" "/prefix")
 string(REGEX REPLACE "/$" "" korvan_prefix_from_pkgconfig "${korvan_prefix_from_pkgconfig}")
 configure_file(cmake/${PROJECT_NAME}.pc.in ${PROJECT_NAME}.pc @ONLY)

@@ -1,4 +1,4 @@
-# The headers that other projects see, in one place; everything else stays in the source tree. A header that one of these includes belongs here too.
+# The installed headers; all others are private to the source tree. A header that an installed one includes must be listed too.
 
 target_sources(
   korvan_host

@@ -26,7 +26,7 @@ bool isRowOrEmpty(matrix::detail::CharacterArrayView const& array) {
   return size.size() == 2 && (size[0] == 1 || (size[0] == 0 && size[1] == 0));
 }
 
-// `tolower` is defined for bytes only, and leaves everything beyond as it is.
+// `tolower` is defined only for the values of a byte; other code units are compared unchanged.
 int lower(char16_t unit) {
   return unit <= UCHAR_MAX ? std::tolower(unit) : unit;
 }

@@ -34,7 +34,9 @@ struct Request {
   bool includeDotFiles = false;
 };
 
-/// The host's errors need not throw here, so each check ends in an error of the library's own or in a lawful call.
+/// The host's error routines may return. Every invalid count therefore still ends in an error: of the library's own,
+/// or of the check of an argument.
+
 void checkCounts(int nlhs, int nrhs) {
   if (nlhs > 1) matrix::detail::error_maxlhs();
   if (nrhs > 5)
@@ -69,8 +71,8 @@ AbsoluteIRI currentLocation() {
   return folder.getLocation();
 }
 
-/// The core search, with ctrl-c left to its own polls and its failures reported as errors of the interpreter. A report
-/// leaves through the guard, so the host gets its own mode back.
+/// The core search. It polls for ctrl-c itself, and its failures are reported as errors of the interpreter. These leave
+/// through the guard, which restores the host's interrupt mode.
 std::vector<std::u16string> search(Request const& request, AbsoluteIRI const& currentFolder) {
   utInterruptMode const deferred(utInterruptMode::off);
   try {
@@ -82,8 +84,8 @@ std::vector<std::u16string> search(Request const& request, AbsoluteIRI const& cu
   }
 }
 
-/// The texts as an n-by-1 string array. Each is given up as soon as it is copied, so that many matches are never held
-/// twice.
+/// The texts as an n-by-1 string array. Each text is freed as soon as it is copied, so that memory never holds a large
+/// result twice.
 matrix::detail::ArrayPtr toColumn(std::vector<std::u16string>&& texts) {
   matrix::detail::ArrayPtr column = Quindarel::String::createStringArray(texts.size(), 1);
   Quindarel::String::StringArray& elements = Quindarel::String::getString(column);

@@ -10,7 +10,7 @@ std::once_flag initialised;
 
 void KVInitialize_libqdkorvanautomationio() {
   if (omGetKcosUsingUSM()) return;
-  // Nothing of the library needs setting up before its first use; the guard is where it would go.
+  // The library needs no set-up before its first use; if it ever does, it belongs here.
   std::call_once(initialised, [] {});
 }
 

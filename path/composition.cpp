@@ -7,7 +7,7 @@ namespace {
 using fl::filesystem::upath;
 using foundation::storage::vfs::AbsoluteIRI;
 
-// The path with the text appended, in the memory of `buffer`.
+// The path with the text appended, reusing the memory of `buffer`.
 upath appended(upath const& path, std::u16string const& text, std::u16string buffer = {}) {
   if (path.native() == fl::filesystem::detail::extract_root_name(path.native())) {
     buffer.assign(path.native()).append(text);

@@ -18,7 +18,7 @@ Path relativeIRI(AbsoluteIRI const& p, AbsoluteIRI const& base) {
   try {
     text = p.makePathRelativeTo(base);
   } catch (std::runtime_error const&) {
-    text.clear();  // no relative path leads from one to the other
+    text.clear();  // there is no relative path between them
   }
   return Path(text);
 }

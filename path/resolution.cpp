@@ -12,7 +12,7 @@ using foundation::storage::vfs::AbsoluteIRI;
 
 upath absoluteLocal(upath const& path, upath const& base) {
   if (!path.empty()) return fl::filesystem::absolute(path, base);
-  // The empty path is the base itself, without the "." that stands for it.
+  // The empty path is the base itself. It is resolved as ".", which is then removed again.
   return upath(fl::filesystem::detail::extract_parent_path(fl::filesystem::absolute(upath(u"."), base).native()));
 }
 

@@ -5,7 +5,7 @@
 
 namespace korvan::io::internal {
 
-/// The local path as an IRI, seen from `base`: expanded, then in the base's scheme where it is absolute, else below the
+/// The local path, expanded and resolved against `base`: in the base's scheme if it is absolute, otherwise below the
 /// base. Throws what the storage layer throws.
 foundation::storage::vfs::AbsoluteIRI resolveAgainstIRI(fl::filesystem::upath const& path,
                                                         foundation::storage::vfs::AbsoluteIRI const& base);

@@ -1,4 +1,4 @@
-# Shared by the commands beside this file; to be sourced by bash. Everything here reports to standard error.
+# Shared by the scripts in this folder; to be sourced by bash. All output goes to standard error.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
@@ -7,13 +7,13 @@ build_packages=(cmake ninja-build g++ pkg-config libpcre2-dev libboost-dev libcl
 
 test_packages=(python3-swift openssl)
 
-# The tools that kglob is compared with, and what counts its system calls.
+# The tools that kglob is compared with, and strace, which counts its system calls.
 bench_packages=(fd-find ripgrep zsh rclone s3cmd strace)
 
-# What makes Debian packages.
+# The tools that build Debian packages.
 package_packages=(dpkg-dev fakeroot file)
 
-# require_packages NAME...: installs the Debian packages that are missing; says nothing when none is.
+# require_packages NAME...: installs those of the Debian packages that are missing; silent if none is.
 require_packages() {
   local missing=() name
   for name in "$@"; do
@@ -27,7 +27,7 @@ require_packages() {
   "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
 }
 
-# build PRESET [TARGET...]: configures once, then builds; prints only what is done, to standard error.
+# build PRESET [TARGET...]: configures if necessary, then builds; silent if there is nothing to do.
 build() {
   local preset=$1
   shift

@@ -1,4 +1,4 @@
-"""docs_test.py KGLOB [unittest arguments]: holds the documentation to the program, and its pages to each other."""
+"""docs_test.py KGLOB [unittest arguments]: checks the documentation against the program and the files that it mentions."""
 
 import pathlib
 import re
@@ -33,7 +33,7 @@ class Program(unittest.TestCase):
             place.symlink_to(target) if target else place.touch()
         return folder
 
-    def test_each_row_of_the_pattern_tables_is_what_kglob_gives(self):
+    def test_pattern_tables_show_the_matches_of_kglob(self):
         text = read("docs/patterns.md")
         folder = self.make_tree(re.search(r"^```\n(.*?)^```$", text, re.M | re.S).group(1).splitlines())
         rows = re.findall(r"^\| `(-d )?([^`]+)` \|([^|]*)\|", text, re.M)
@@ -67,14 +67,14 @@ class Program(unittest.TestCase):
 
 
 class Pages(unittest.TestCase):
-    def test_examples_are_the_files_that_they_show(self):
+    def test_examples_equal_the_files_that_they_show(self):
         block = re.compile(r"^<!-- (\S+) -->\n```\w+\n(.*?)^```$", re.M | re.S)
         shown = [example for page in PAGES for example in block.findall(read(page))]
         self.assertGreaterEqual({path for path, _ in shown}, {"examples/search.cpp", "examples/host.cpp"})
         for path, code in shown:
             self.assertEqual(code, read(path), path)
 
-    def test_links_lead_somewhere(self):
+    def test_links_are_not_broken(self):
         links = [(page, link) for page in PAGES for link in re.findall(r"\]\((?!\w+:)([^)#]+)", read(page))]
         self.assertGreater(len(links), 5)
         for page, link in links:

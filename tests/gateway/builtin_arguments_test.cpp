@@ -4,7 +4,7 @@
 namespace korvan::test {
 namespace {
 
-TEST(BuiltinArguments, AreCheckedInOrderAndAct) {
+TEST(BuiltinArguments, AreCheckedInOrderAndTakeEffect) {
   TemporaryFolder const folder;
   for (char const* file : {"a/.x", "a/y", "b/z"}) folder.addFile(file);
   CurrentFolder const current(folder.path());
@@ -33,15 +33,15 @@ TEST(BuiltinArguments, AreCheckedInOrderAndAct) {
       {"two inputs, before the pattern", {bad, text}, {numArgs}},
       {"four inputs, before the pattern", {bad, text, text, text}, {numArgs}},
       {"pattern before option name", {bad, row(u"None"), text}, {mustBeText}},
-      {"name is no text, its value would do", {text, bad, logical(true)}, {mustBeText}},
+      {"name is not text, its value is valid", {text, bad, logical(true)}, {mustBeText}},
       {"first pair before second", {text, row(u"a"), text, bad, text}, {argName + "\"a\""}},
-      {"the value of an unknown name is not looked at", {text, row(u"Z"), nullptr}, {argName + "\"Z\""}},
+      {"the value of an unknown name is not examined", {text, row(u"Z"), nullptr}, {argName + "\"Z\""}},
       {"prefix of a name", {text, row(u"Root"), text}, {argName + "\"Root\""}},
-      {"name with more", {text, row(u"RootFolder2"), text}, {argName + "\"RootFolder2\""}},
+      {"longer than a name", {text, row(u"RootFolder2"), text}, {argName + "\"RootFolder2\""}},
       {"empty name", {text, row(u""), text}, {argName + "\"\""}},
-      // U+0152 would be "R" if it were cut to a byte.
+      // U+0152 would become "R" if it were truncated to a byte.
       {"unit beyond a byte", {text, row(u"\u0152ootFolder"), text}, {argName + "\"\xC5\x92ootFolder\""}},
-      {"root is no text", {text, root, bad}, {mustBeText}},
+      {"root is not text", {text, root, bad}, {mustBeText}},
       {"flag is a number", {text, dot, bad}, {argScalar + "\"INCLUDEDOTFILES\" logical"}},
       {"flag is two logicals",
        {text, row(u"includeDOTfiles"), array({1, 2}, vxArray_tag::Logicals{1, 1})},
@@ -57,12 +57,12 @@ TEST(BuiltinArguments, AreCheckedInOrderAndAct) {
       {"two strings", {strings({u"a", u"b"})}, {mustBeText}},
       {"missing", {none}, {missing}},
       {"logical", {logical(true)}, {mustBeText}},
-      {"empty root, no output asked for", {all, root, row(u"")}, {"a", "b"}, 0},
+      {"empty root, no output requested", {all, root, row(u"")}, {"a", "b"}, 0},
       {"relative root", {all, root, row(u"a")}, {"y"}},
       {"root as an IRI", {all, root, row(u"file://" + folder.text() + u"/b")}, {"z"}},
       {"second root", {all, root, row(u"a"), root, row(u"b")}, {"z"}},
       {"dot files", {row(u"a/*"), dot, logical(true)}, {"a/.x", "a/y"}},
-      {"dot files taken back", {row(u"a/*"), dot, logical(true), dot, logical(false)}, {"a/y"}},
+      {"dot files turned off again", {row(u"a/*"), dot, logical(true), dot, logical(false)}, {"a/y"}},
       {"both options", {all, dot, logical(true), root, strings({u"a"})}, {".x", "y"}},
   };
   for (Case const& c : cases) EXPECT_EQ(outcome(c.inputs, c.nlhs), c.outcome) << c.what;

@@ -29,7 +29,7 @@ inline Array array(std::vector<std::size_t> dimensions, vxArray_tag::Values valu
   return Quindarel::createArray(std::move(dimensions), std::move(values));
 }
 
-/// A column of strings; nothing is a missing one.
+/// A column of strings; an element without a value is a missing string.
 inline Array strings(std::vector<std::optional<std::u16string>> const& texts) {
   matrix::detail::ArrayPtr column = Quindarel::String::createStringArray(texts.size(), 1);
   for (std::size_t i = 0; i < texts.size(); ++i)
@@ -37,8 +37,8 @@ inline Array strings(std::vector<std::optional<std::u16string>> const& texts) {
   return column;
 }
 
-/// The matches of a call of the builtin, which must come as a column. Whatever comes of the call, the interrupt mode
-/// must be back, and an output that was there stays unless the call succeeds.
+/// The matches of a call of the builtin, which must be returned as a column. Whether or not the call succeeds, it must
+/// restore the interrupt mode; if it fails, it must leave the output unchanged.
 inline std::vector<std::string> matches(std::vector<Array> const& inputs, int nlhs = 1) {
   std::vector<vxArray_tag const*> pointers;
   for (Array const& input : inputs) pointers.push_back(input.get());
@@ -60,7 +60,7 @@ inline std::vector<std::string> matches(std::vector<Array> const& inputs, int nl
   return texts;
 }
 
-/// A failure as text: how it was told, the identifier and the arguments, those in UTF-16 quoted.
+/// A failure as text: `text`, then the arguments of the message ID, those in UTF-16 quoted.
 inline std::string failureText(std::string text, resource_core::BaseMsgID const& id) {
   for (resource_core::MsgArgument const& argument : id.arguments()) {
     auto const* const wide = std::get_if<std::u16string>(&argument);
@@ -69,7 +69,7 @@ inline std::string failureText(std::string text, resource_core::BaseMsgID const&
   return text;
 }
 
-/// What comes of a call: its matches, or its failure alone, as "reported" to the interpreter or "thrown" past it.
+/// The outcome of a call: its matches, or its failure, "reported" to the interpreter or "thrown" past it.
 inline std::vector<std::string> outcome(std::vector<Array> const& inputs, int nlhs = 1) try {
   return matches(inputs, nlhs);
 } catch (Quindarel::InterpreterError const& error) {

@@ -12,7 +12,7 @@
 namespace korvan::test {
 namespace {
 
-/// Storage whose every answer is written in the test.
+/// Storage whose answers are scripted by the test.
 class ScriptedProvider final : public vfs::Provider {
  public:
   std::function<void(vfs::AbsoluteIRI const&)> onRequest = [](vfs::AbsoluteIRI const&) {};
@@ -36,7 +36,7 @@ class BuiltinFailures : public testing::Test {
   ServedScheme const served_{u"scripted", provider_};
 };
 
-TEST_F(BuiltinFailures, AreTranslatedByKindAndToldAsTheCallerWritesLocations) {
+TEST_F(BuiltinFailures, AreTranslatedByKindWithLocationsWrittenLikeThePattern) {
   provider_->onRequest = [](vfs::AbsoluteIRI const& location) {
     std::u16string const name = location.getName();
     if (name == u"disk") throw fl::filesystem::FsysExceptionBase(u"/some/where", EIO);
@@ -44,7 +44,7 @@ TEST_F(BuiltinFailures, AreTranslatedByKindAndToldAsTheCallerWritesLocations) {
     throw vfs::Exception(name == u"denied 1" ? vfs::ErrorCode::permissionDenied
                          : name == u"none"   ? vfs::ErrorCode::notFound
                                              : vfs::ErrorCode::other,
-                         location, "no more to say");
+                         location, "scripted failure");
   };
   std::string const invalidFile = "reported KORVAN:automation:io:FileIO:InvalidFile ";
   std::string const storage = "reported KORVAN:virtualfilesystem:";
@@ -69,7 +69,7 @@ TEST_F(BuiltinFailures, AreTranslatedByKindAndToldAsTheCallerWritesLocations) {
     EXPECT_EQ(outcome({row(c.pattern), row(u"RootFolder"), row(c.root)}), c.outcome) << toBytes(c.pattern);
 }
 
-TEST_F(BuiltinFailures, OfTheCurrentFolderPassUnchangedEvenWhereItIsNotNeeded) {
+TEST_F(BuiltinFailures, OfTheCurrentFolderPassUnchangedEvenIfItIsNotNeeded) {
   struct Gone final : Quindarel::current_working_folder::ICurrentWorkingFolder {
     vfs::Folder get() const override { throw Quindarel::current_working_folder::UnknownFolderException(ENOENT); }
   } const gone;
@@ -79,22 +79,22 @@ TEST_F(BuiltinFailures, OfTheCurrentFolderPassUnchangedEvenWhereItIsNotNeeded) {
 }
 
 TEST_F(BuiltinFailures, AnInterruptEndsTheCallBeforeDuringAndAfterTheSearch) {
-  int asked = 0;
+  int requests = 0;
   provider_->onRequest = [&](vfs::AbsoluteIRI const&) {
-    ++asked;
+    ++requests;
     EXPECT_EQ(utInterruptMode::current(), utInterruptMode::off);
     utSetInterruptPending(true);
   };
   EXPECT_EQ(outcome({row(u"scripted://store/x")}), std::vector<std::string>{"InterruptException(ctrl-c)"});
-  EXPECT_EQ(asked, 1) << "seen after the search";
+  EXPECT_EQ(requests, 1) << "noticed after the search";
   EXPECT_EQ(outcome({row(u"scripted://store/x")}), std::vector<std::string>{"InterruptException(ctrl-c)"});
-  EXPECT_EQ(asked, 1) << "still pending, so the search is not begun";
+  EXPECT_EQ(requests, 1) << "still pending, so the search doesn't start";
   utSetInterruptPending(false);
   EXPECT_EQ(outcome({row(u"scripted://store/*")}), std::vector<std::string>{"InterruptException"});
 }
 
-TEST_F(BuiltinFailures, TheModeOfTheCallerIsBackWhateverItWas) {
-  utInterruptMode const callers(utInterruptMode::off);
+TEST_F(BuiltinFailures, RestoreTheInterruptModeOfTheCaller) {
+  utInterruptMode const callersMode(utInterruptMode::off);
   EXPECT_EQ(matches({row(u"scripted://store/x")}), std::vector<std::string>{"scripted://store/x"});
 }
 

@@ -13,7 +13,7 @@ namespace except = foundation::core::except;
 using KORVAN::virtualfilesystem::permissionDenied;
 using Denied = except::Exception<permissionDenied, std::exception, void>;
 
-// The place of a virtual member function in the table, as the Itanium C++ ABI has it in a pointer to member.
+// The index of a virtual member function in the vtable, which the Itanium C++ ABI stores in a pointer to member.
 template <class Member>
 std::ptrdiff_t slot(Member member) {
   std::ptrdiff_t offset = 0;
@@ -24,7 +24,7 @@ std::ptrdiff_t slot(Member member) {
 TEST(MsgIDException, KeepsTheOrderOfItsVirtualOperations) {
   EXPECT_EQ(slot(&Denied::clone), 0);
   EXPECT_EQ(slot(&Denied::rethrow), 1);
-  EXPECT_EQ(slot(&except::IException::what), 4) << "the destructor takes two";
+  EXPECT_EQ(slot(&except::IException::what), 4) << "the destructor takes two slots";
   EXPECT_EQ(slot(&except::IException::ToUstringImpl), 7) << "and convert_str two more";
   EXPECT_EQ(slot(&except::IUserException::GetID), 8);
   EXPECT_EQ(slot(&except::IUserException::GetUnicodeMessageTxt), 9);
@@ -33,8 +33,8 @@ TEST(MsgIDException, KeepsTheOrderOfItsVirtualOperations) {
 
 using Note = boost::error_info<struct NoteTag, int>;
 
-TEST(MsgIDException, IsCopiedClonedAndThrownAgainWhole) {
-  auto const expectWhole = [](Denied const& copy) {
+TEST(MsgIDException, IsCopiedClonedAndRethrownCompletely) {
+  auto const expectComplete = [](Denied const& copy) {
     EXPECT_EQ(failureText(copy.GetID(), copy.GetBaseMsgIDObj()),
               "KORVAN:virtualfilesystem:permissionDenied \"s3://bucket/\xC3\xA9\"");
     EXPECT_NE(std::string(copy.what()).find("s3://bucket/\xC3\xA9"), std::string::npos);
@@ -43,21 +43,21 @@ TEST(MsgIDException, IsCopiedClonedAndThrownAgainWhole) {
     EXPECT_EQ(*boost::get_error_info<Note>(copy), 42);
   };
   auto original = std::make_unique<Denied>(permissionDenied(std::u16string(u"s3://bucket/\u00e9")));
-  ASSERT_EQ(boost::get_error_info<Note>(*original), nullptr) << "the record begins empty";
+  ASSERT_EQ(boost::get_error_info<Note>(*original), nullptr) << "the error info is empty at first";
   *original << Note(42);
   Denied const copy(*original);
   std::unique_ptr<boost::exception_detail::clone_base const> const clone(original->clone());
   original.reset();
-  expectWhole(copy);
+  expectComplete(copy);
   try {
     clone->rethrow();
     ADD_FAILURE();
   } catch (Denied const& again) {
-    expectWhole(again);
+    expectComplete(again);
   }
 }
 
-TEST(MsgIDException, ThrownInTheLibraryIsCaughtHereByEachBase) {
+TEST(MsgIDException, ThrownInTheLibraryIsCaughtHereByAnyBase) {
   auto const call = [] { matches({logical(true)}); };
   using Exact = except::Exception<KORVAN::string::MustBeStringScalarOrCharacterVector, std::exception, void>;
   EXPECT_THROW(call(), Exact);

@@ -1,23 +1,23 @@
-// A host whose error routines come back: this program's definitions take the place of the host library's.
+// A host whose error routines return: this program's definitions replace the host library's.
 #include "builtin_call.hpp"
 
 namespace {
-std::vector<std::string> told;
+std::vector<std::string> reported;
 }
 
 namespace matrix::detail {
 
 void error_minrhs() {
-  told.emplace_back("minrhs");
+  reported.emplace_back("minrhs");
 }
 void error_maxrhs() {
-  told.emplace_back("maxrhs");
+  reported.emplace_back("maxrhs");
 }
 void error_maxlhs() {
-  told.emplace_back("maxlhs");
+  reported.emplace_back("maxlhs");
 }
 void do_legacy_vx_error(foundation::core::except::IUserException const& error) {
-  told.push_back(error.GetID());
+  reported.push_back(error.GetID());
 }
 
 }  // namespace matrix::detail
@@ -25,13 +25,13 @@ void do_legacy_vx_error(foundation::core::except::IUserException const& error) {
 namespace korvan::test {
 namespace {
 
-TEST(ReturningHost, GetsTheLibrarysOwnErrorAsAnExceptionInstead) {
+TEST(ReturningHost, GetsTheLibrarysErrorAsAnException) {
   std::string const numArgs = "KORVAN:automation:io:glob:InvalidNumArgs";
   std::string const mustBeText = "KORVAN:string:MustBeStringScalarOrCharacterVector";
   struct Case {
     int nlhs;
     std::size_t inputs;
-    std::vector<std::string> told;
+    std::vector<std::string> reported;
     std::string thrown;
   };
   Case const cases[] = {
@@ -41,9 +41,9 @@ TEST(ReturningHost, GetsTheLibrarysOwnErrorAsAnExceptionInstead) {
       {1, 2, {numArgs}, numArgs},
   };
   for (Case const& c : cases) {
-    told.clear();
+    reported.clear();
     EXPECT_EQ(outcome(std::vector(c.inputs, logical(true)), c.nlhs), std::vector{"thrown " + c.thrown});
-    EXPECT_EQ(told, c.told);
+    EXPECT_EQ(reported, c.reported);
   }
 }
 

@@ -14,8 +14,8 @@
 namespace korvan::test {
 namespace {
 
-// In memory, as the trees are too large for a disk's patience. The limit is generous against slow machines and
-// sanitizers; what grows faster than its input is far above.
+// In memory, as trees this large would take too long on a disk. The time limit allows for slow machines and sanitizers;
+// anything worse than linear exceeds it by far.
 class LargeFolders : public testing::Test {
  protected:
   ~LargeFolders() override { EXPECT_LT(std::chrono::steady_clock::now() - start_, std::chrono::seconds(100)); }
@@ -40,8 +40,8 @@ TEST_F(LargeFolders, AMillionEntries) {
   EXPECT_EQ(search("*99999*", folder_.path()).size(), 19U);
 }
 
-TEST_F(LargeFolders, DeeperThanAPathCanTell) {
-  // Folders named "d" in one another, each with a file "f".
+TEST_F(LargeFolders, DeeperThanPathMax) {
+  // Nested folders named "d", each with a file "f".
   constexpr int depth = 2500;
   std::string deepest;
   int folder = ::open(folder_.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -53,7 +53,7 @@ TEST_F(LargeFolders, DeeperThanAPathCanTell) {
     folder = next;
   }
   ::close(folder);
-  // A path has PATH_MAX bytes with its final NUL; what the last folder that one can tell holds is still listed.
+  // A path has at most PATH_MAX bytes, including the final NUL. The last folder with such a path can still be listed.
   std::size_t const reached = (PATH_MAX - 1 - folder_.path().size()) / 2;
   auto const all = search("**", folder_.path());
   ASSERT_EQ(all.size(), 2 * (reached + 1));

@@ -53,14 +53,14 @@ TEST(RealFolders, EveryNameIsFoundListedAndAddressed) {
   }
 }
 
-TEST(RealFolders, ATextThatNamesNothingIsNotCutShort) {
+TEST(RealFolders, ATextWithNulIsNotTruncated) {
   TemporaryFolder const folder;
   folder.addFile("d/a");
   for (auto const* const name : {"d/a\0", "d\0/*", "d/*\0"}) expectSearch({}, std::string(name, 4), folder.path());
   expectSearch({}, "*", folder.path() + std::string("/d\0", 3));
 }
 
-// By hand, as the slow matcher may err too.
+// Written by hand, as the slow matcher may be wrong too.
 TEST(RealFolders, LinkCyclesEnd) {
   TemporaryFolder const folder;
   folder.addFile("a/x.txt");
@@ -68,11 +68,11 @@ TEST(RealFolders, LinkCyclesEnd) {
   folder.addLink("a/here", ".");
   expectSearch({"a", "a/here", "a/up", "a/x.txt"}, "**", folder.path());
   expectSearch({"a/x.txt", "a/here/x.txt"}, "**/*.txt", folder.path());
-  // From inside, the folder above isn't one that was passed.
+  // The descent starts below the parent, so the parent isn't an ancestor.
   expectSearch({"a", "a/here", "a/up", "a/up/a", "a/x.txt"}, "a/**", folder.path());
 }
 
-TEST(RealFolders, ARelativeRootIsTakenFromTheCurrentFolder) {
+TEST(RealFolders, ARelativeRootIsResolvedAgainstTheCurrentFolder) {
   TemporaryFolder const folder;
   folder.addFile("a.txt");
   folder.addFile("d/b.txt");
@@ -86,7 +86,7 @@ TEST(RealFolders, ARelativeRootIsTakenFromTheCurrentFolder) {
   for (std::string const root : {"nowhere", "a.txt"}) expectSearch({}, "**", root);
 }
 
-TEST(RealFolders, ACallSeesWhatChangedBeforeIt) {
+TEST(RealFolders, ACallSeesEarlierChanges) {
   TemporaryFolder const folder;
   folder.addFile("d/a");
   expectSearch({"d", "d/a"}, "**/*", folder.path());
@@ -97,7 +97,7 @@ TEST(RealFolders, ACallSeesWhatChangedBeforeIt) {
   expectSearch({"d", "d/a"}, "**/*", folder.path());
 }
 
-// Runs the checks as a user whom rights bind, in a process of their own; false when one failed.
+// Runs the checks in a child process without root's privileges; false if one of them failed.
 bool passesUnprivileged(std::function<void()> const& checks) {
   std::fflush(nullptr);
   pid_t const child = ::fork();
@@ -112,12 +112,12 @@ bool passesUnprivileged(std::function<void()> const& checks) {
   return ::waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-TEST(RealFolders, AFolderWithoutPermissionGivesNothingAndItsSiblingsAll) {
+TEST(RealFolders, AFolderWithoutPermissionIsSkipped) {
   TemporaryFolder const folder;
   for (auto const* const file : {"a/x", "locked/x", "names/x", "names/d/y", "through/x"}) folder.addFile(file);
   folder.addLink("into-locked", "locked/x");
-  auto const allow = [&](char const* name, unsigned rights) {
-    std::filesystem::permissions(folder.path() + "/" + name, std::filesystem::perms{rights});
+  auto const setMode = [&](char const* name, unsigned mode) {
+    std::filesystem::permissions(folder.path() + "/" + name, std::filesystem::perms{mode});
   };
   struct {
     std::string pattern;
@@ -129,22 +129,22 @@ TEST(RealFolders, AFolderWithoutPermissionGivesNothingAndItsSiblingsAll) {
       {"through/x", {"through/x"}},
       {"locked/**", {"locked"}},
   };
-  allow("locked", 0);
-  allow("names", 0444);
-  allow("through", 0111);
+  setMode("locked", 0);
+  setMode("names", 0444);
+  setMode("through", 0111);
   EXPECT_TRUE(passesUnprivileged([&] {
     for (bool const inSession : {false, true}) {
       std::optional<ReadSession> session;
       if (inSession) session.emplace();
       for (auto const& c : cases) EXPECT_EQ(search(c.pattern, folder.path()), c.matches) << c.pattern;
-      // What is named literally and can't be looked at is an error: nobody can say that it isn't there.
+      // If a literal name can't be looked up, that is an error, since it may exist.
       for (std::string const pattern : {"locked/x", "*/x", "**/x"}) {
         EXPECT_THROW(search(pattern, folder.path()), foundation::storage::vfs::Exception) << pattern;
       }
       EXPECT_TRUE(!session || !session->failedListings().empty());
     }
   }));
-  for (auto const* const name : {"locked", "names", "through"}) allow(name, 0755);
+  for (auto const* const name : {"locked", "names", "through"}) setMode(name, 0755);
 }
 
 }  // namespace

@@ -34,8 +34,8 @@ class Walk : public testing::Test {
   ServedScheme mem_{u"mem", store_};
 };
 
-// By hand, as the slow matcher may err too.
-TEST_F(Walk, GivesTheSameListWhereverTheTreeLies) {
+// Written by hand, as the slow matcher may be wrong too.
+TEST_F(Walk, ReturnsTheSameListOnEveryStorage) {
   struct {
     std::string pattern;
     Strings matches;
@@ -52,7 +52,7 @@ TEST_F(Walk, GivesTheSameListWhereverTheTreeLies) {
       {"**/*.txt", {"q?.txt", "x.txt", "d1/y.txt", "d1/e/z.txt"}},
       {"**/", {"d1/", "d1/e/", "d2/", "d2/empty/"}},
       {"d1/**", {"d1", "d1/e", "d1/e/z.txt", "d1/y.txt"}},
-      // Each way to a match counts.
+      // A match is returned once for each way in which it is found.
       {"**/*/**", {"d1", "d1/e", "d1/e/z.txt", "d1/y.txt", "d2", "d2/empty", "d1/e", "d1/e/z.txt", "d2/empty"}},
   };
   TemporaryFolder const folder;
@@ -73,13 +73,13 @@ TEST_F(Walk, AnAbsolutePatternIgnoresTheRoot) {
   }
   expectSearch({folder.path() + "/d1/e", folder.path() + "/d1/y.txt"}, folder.path() + "/d1/*", "/nowhere");
   expectSearch({"/"}, "/", "");
-  // A local absolute pattern lies in the scheme of the root.
+  // An absolute local pattern is taken in the scheme of an IRI root.
   expectSearch({"/d1/y.txt"}, "/d1/*.txt", "mem:///d2");
 }
 
-TEST_F(Walk, AFolderThatCantBeReadGivesNothingAndItsSiblingsAll) {
+TEST_F(Walk, AnUnreadableFolderIsSkippedAndRecorded) {
   store_->failures[{Operation::list, "d1"}] = vfs::ErrorCode::permissionDenied;
-  // One that vanishes meanwhile is no failure.
+  // A folder that vanishes during the search isn't a failure.
   store_->failures[{Operation::kind, "d2/empty"}] = vfs::ErrorCode::notFound;
   store_->failures[{Operation::list, "d2/empty"}] = vfs::ErrorCode::notFound;
   for (bool const inSession : {false, true}) {
@@ -97,14 +97,14 @@ TEST_F(Walk, AFolderThatCantBeReadGivesNothingAndItsSiblingsAll) {
   }
 }
 
-TEST_F(Walk, AListingThatBreaksOffGivesNothing) {
+TEST_F(Walk, AnIncompleteListingHasNoMatches) {
   store_->onEntry = [left = 1]() mutable {
-    if (left-- == 0) throw vfs::Exception(vfs::ErrorCode::other, vfs::AbsoluteIRI(u"mem:///d1"), "broken off");
+    if (left-- == 0) throw vfs::Exception(vfs::ErrorCode::other, vfs::AbsoluteIRI(u"mem:///d1"), "injected");
   };
   EXPECT_EQ(search("d1/*", "mem:///"), Strings{});
 }
 
-TEST_F(Walk, ALiteralThatCantBeLookedAtIsAnError) {
+TEST_F(Walk, ALiteralThatCantBeLookedUpIsAnError) {
   store_->failures[{Operation::kind, "d1/y.txt"}] = vfs::ErrorCode::permissionDenied;
   store_->failures[{Operation::kind, "d2"}] = vfs::ErrorCode::other;
   store_->failures[{Operation::kind, "x.txt"}] = vfs::ErrorCode::notFound;
@@ -121,18 +121,18 @@ TEST_F(Walk, AnInterruptEndsTheSearch) {
   }
   EXPECT_EQ(search("x.txt", "mem:///"), Strings{"x.txt"}) << "a literal pattern doesn't poll";
 
-  // After so many entries, wherever in the walk that is.
+  // After any number of entries, wherever in the walk that is.
   for (int entries = 0; entries < 7; ++entries) {
     ReadSession const session;
     utSetInterruptPending(false);
     store_->onEntry = [left = entries]() mutable { utSetInterruptPending(left-- <= 0); };
     EXPECT_THROW(search("**", "mem:///"), InterruptException) << entries;
-    EXPECT_TRUE(utIsInterruptPending()) << "who reports it clears it";
+    EXPECT_TRUE(utIsInterruptPending()) << "cleared only by whoever reports it";
     EXPECT_TRUE(session.failedListings().empty());
   }
 }
 
-TEST_F(Walk, AsksNoMoreThanItMust) {
+TEST_F(Walk, MakesNoUnnecessaryRequests) {
   struct {
     std::string pattern;
     std::size_t requests;

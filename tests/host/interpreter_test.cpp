@@ -23,7 +23,7 @@ class Unknown : public resource_core::BaseMsgID {
   Unknown() : BaseMsgID("KORVAN:test", "Unknown", 2) { setArgument(1, u"wide"); }
 };
 
-TEST(Catalogue, HasOneLineWithTheArgumentsForEachMessageOfTheLibrary) {
+TEST(Catalogue, HasALineOfTextWithTheArgumentsForEachMessage) {
   namespace glob = KORVAN::automation::io::glob;
   std::u16string const path = u"/\u00e9 {1}%s\n\x1B\u2028" + toText("\xFF");
   std::string const shown = "\"/\xC3\xA9 {1}%s\\n\\x1B\\xE2\\x80\\xA8\\xFF\"";
@@ -46,7 +46,7 @@ TEST(Catalogue, HasOneLineWithTheArgumentsForEachMessageOfTheLibrary) {
     std::string const line = toBytes(resource_core::messageText(c.id));
     EXPECT_NE(line.find(c.part), std::string::npos) << line;
     bool const byIdentifier = line.find(c.id.mnemonic()) != std::string::npos;
-    EXPECT_EQ(byIdentifier, c.id.mnemonic() == "Unknown") << line << ": the catalogue has no text";
+    EXPECT_EQ(byIdentifier, c.id.mnemonic() == "Unknown") << line << ": the catalogue has no text for it";
     EXPECT_EQ(line.find('{'), line.find("{1}%s")) << line;
   }
 }
@@ -60,7 +60,7 @@ Quindarel::InterpreterError errorOf(Thrown const& thrown) {
   }
 }
 
-TEST(CurrentInterpreterError, TellsWhateverLeavesABuiltin) {
+TEST(CurrentInterpreterError, DescribesEveryExceptionOfABuiltin) {
   using Folder = Quindarel::current_working_folder::UnknownFolderException;
   using Reported = foundation::core::except::Exception<Unknown, std::exception, void>;
   struct {
@@ -82,7 +82,7 @@ TEST(CurrentInterpreterError, TellsWhateverLeavesABuiltin) {
   }
 }
 
-TEST(StringArray, HoldsWhatWasSetLastInAnyOrder) {
+TEST(StringArray, HasTheLastTextsThatWereSetInAnyOrder) {
   std::mt19937 random(7);
   std::vector<std::optional<std::u16string>> model(50);
   Quindarel::String::StringArray array(model.size());
@@ -96,7 +96,7 @@ TEST(StringArray, HoldsWhatWasSetLastInAnyOrder) {
       model[i] = model[from];
       array.setText(i, *array[from]);
     } else {
-      // Around where the length needs a longer header, where a text gets a block of its own, and short.
+      // Short, and around the lengths at which a text needs a longer header.
       std::size_t const lengths[] = {0, 1, random() % 300, 65533 + random() % 5, 131070 + random() % 5};
       model[i] = std::u16string(lengths[random() % (step % 400 == 0 ? 5 : 3)], static_cast<char16_t>(random()));
       array.setText(i, *model[i]);
@@ -105,17 +105,17 @@ TEST(StringArray, HoldsWhatWasSetLastInAnyOrder) {
   }
 }
 
-TEST(StringArray, CostsLittleBeyondTheTextAndGivesReplacedTextBack) {
-  auto const held = [] { return ::mallinfo2().uordblks + ::mallinfo2().hblkhd; };
+TEST(StringArray, CostsLittleBeyondTheTextAndFreesReplacedText) {
+  auto const allocated = [] { return ::mallinfo2().uordblks + ::mallinfo2().hblkhd; };
   constexpr std::size_t count = 200000;
   std::u16string const text = u"a/path/of/the/usual/length/file.txt";
   std::size_t const textBytes = count * text.size() * sizeof(char16_t);
-  std::size_t const before = held();
+  std::size_t const before = allocated();
   Quindarel::String::StringArray array(count);
   for (std::size_t i = 0; i < count; ++i) array.setText(i, text);
-  EXPECT_LT(held() - before, textBytes + 12 * count + (std::size_t{2} << 20));
+  EXPECT_LT(allocated() - before, textBytes + 12 * count + (std::size_t{2} << 20));
   for (std::size_t i = 20 * count; i-- > 0;) array.setText(i % count, text);
-  EXPECT_LT(held() - before, 2 * textBytes + 20 * count);
+  EXPECT_LT(allocated() - before, 2 * textBytes + 20 * count);
 }
 
 }  // namespace

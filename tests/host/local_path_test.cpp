@@ -32,7 +32,7 @@ class LocalPath : public testing::Test {
   CurrentFolder current_{folder_.path()};
 };
 
-TEST_F(LocalPath, ThatIsNotThereIsAnError) {
+TEST_F(LocalPath, ThatDoesNotExistIsAnError) {
   upath const base = local(folder_.path());
   struct {
     std::u16string path;
@@ -61,7 +61,7 @@ TEST_F(LocalPath, RelativeLeadsFromTheBase) {
       {"d/e/f.txt", "", "d/e/f.txt"},
       {"nowhere/x", "nowhere/y/z", "../../x"},
       {"d/\xFF", "d/e", "../\xFF"},
-      // A link's own ".." leads out of what it leads to.
+      // After a link, ".." is the parent of the link's target.
       {"d/e/f.txt", "to-e", "f.txt"},
       {"to-e/..", ".", "d"},
       {"nowhere", "to-e", "../../nowhere"},
@@ -73,7 +73,7 @@ TEST_F(LocalPath, RelativeLeadsFromTheBase) {
   }
 }
 
-TEST_F(LocalPath, OfTheCurrentFolderHasAnyBytes) {
+TEST_F(LocalPath, OfTheCurrentFolderMayHaveAnyBytes) {
   folder_.addFolder("100%#1?\xFF");
   std::string const odd = folder_.path() + "/100%#1?\xFF";
   CurrentFolder const current(odd);

@@ -21,7 +21,7 @@ using foundation::storage::vfs::EntryTable;
 using foundation::storage::vfs::NameFilter;
 using foundation::storage::vfs::PathKind;
 
-TEST(TextBytes, EachByteSequenceHasItsText) {
+TEST(TextBytes, EveryByteSequenceHasAText) {
   struct {
     std::string bytes;
     std::u16string text;
@@ -32,14 +32,14 @@ TEST(TextBytes, EachByteSequenceHasItsText) {
       {"\xED\x9F\xBF\xEE\x80\x80", u"\uD7FF\uE000"},
       {"\xEF\xBF\xBF\xF0\x90\x80\x80", u"\uFFFF\U00010000"},
       {"\xF4\x8F\xBF\xBF", u"\U0010FFFF"},
-      // No UTF-8: each byte by itself.
+      // Not UTF-8: each byte by itself.
       {"a\xFF\x80", u"a\xDCFF\xDC80"},
       {"\xC0\xAF\xC1\xBF", u"\xDCC0\xDCAF\xDCC1\xDCBF"},
       {"\xE0\x9F\xBF", u"\xDCE0\xDC9F\xDCBF"},
       {"\xED\xA0\x80", u"\xDCED\xDCA0\xDC80"},
       {"\xF0\x8F\xBF\xBF", u"\xDCF0\xDC8F\xDCBF\xDCBF"},
       {"\xF4\x90\x80\x80", u"\xDCF4\xDC90\xDC80\xDC80"},
-      // A sequence that breaks off is taken byte by byte, and what follows is read again.
+      // An incomplete sequence is taken byte by byte, and decoding resumes after it.
       {"\xE6\x97", u"\xDCE6\xDC97"},
       {"\xE6\x97z\xC3\xC3\xA9", u"\xDCE6\xDC97z\xDCC3\u00E9"},
   };
@@ -55,7 +55,7 @@ TEST(TextBytes, EachByteSequenceHasItsText) {
 }
 
 TEST(NameFilter, AgreesWithTheSlowMatcherOnAllShortNamesAndFilters) {
-  // Every text of at most five characters: overlaps of pieces are where a matcher goes wrong.
+  // Every text of at most five characters, as matchers go wrong where pieces overlap.
   auto const texts = [](std::string_view alphabet) {
     std::vector<std::string> all{""};
     for (std::size_t i = 0; all[i].size() < 5; ++i) {
@@ -74,7 +74,7 @@ TEST(NameFilter, AgreesWithTheSlowMatcherOnAllShortNamesAndFilters) {
   }
 }
 
-TEST(EntryTable, SortsByBytesAndKeepsOneEntryOfAName) {
+TEST(EntryTable, SortsByBytesAndRemovesDuplicateNames) {
   std::mt19937 random(11);
   std::set<std::string> expected;
   EntryTable table;
@@ -99,7 +99,7 @@ TEST(EntryTable, SortsByBytesAndKeepsOneEntryOfAName) {
   }
 }
 
-TEST(EntryTable, EndsWhenAnInterruptIsPending) {
+TEST(EntryTable, StopsWhenAnInterruptIsPending) {
   EntryTable table;
   auto const fill = [&table] {
     for (int i = 0; i < 200000; ++i) table.add(std::to_string(i * 7919 % 1000003), EntryKind::file);

@@ -29,7 +29,7 @@ bool flag(Path const& path) {
   return std::get<0>(path.location()).flag();
 }
 
-TEST(PathAlgebra, ATextBecomesALocalPathOrAnIRIAndFallsIntoParentAndName) {
+TEST(PathAlgebra, ATextBecomesALocalPathOrAnIRIWithParentAndName) {
   struct {
     std::string text;
     std::size_t index;
@@ -93,13 +93,13 @@ TEST(PathAlgebra, ComparesTextsExactly) {
   EXPECT_EQ(Path(iri).toIRI(), iri);
 }
 
-TEST(PathAlgebra, APathThatWasMovedFromIsStillAPath) {
+TEST(PathAlgebra, AMovedFromPathIsStillValid) {
   for (auto const* const text :
        {"a text that is too long to be short", "file:///a/text/that/is/too/long/to/be/short"}) {
     Path from = path(text);
     Path const to(std::move(from));
     EXPECT_EQ(to, path(text));
-    EXPECT_EQ(from.name(), u"");  // NOLINT(bugprone-use-after-move,clang-analyzer-cplusplus.Move): that's the question
+    EXPECT_EQ(from.name(), u"");  // NOLINT(bugprone-use-after-move,clang-analyzer-cplusplus.Move): as tested
     EXPECT_EQ((from / u"x").parent().name(), u"");  // NOLINT(clang-analyzer-cplusplus.Move)
   }
 }
@@ -117,7 +117,7 @@ TEST(PathAlgebra, AppendsAnElement) {
       {"", "b", "b"},
       {"", "", ""},
       {"a", "file:///x", "a/file:///x"},
-      {"", "file:///x", "file:///x"},  // a local path all the same
+      {"", "file:///x", "file:///x"},  // still a local path
       {"file:///a", "", "file:///a"},
       {"file:///a/", "100%", "file:///a/100%25"},
       {"file:///a", "/b", "file:///b"},
@@ -139,19 +139,18 @@ TEST(PathAlgebra, AppendsAnElement) {
   EXPECT_EQ(path, Path(u"file:///a")) << "a failed append changes nothing";
 }
 
-TEST(PathAlgebra, OnlyPathsThatAreMadeFromTextSetTheFlag) {
+TEST(PathAlgebra, TheFlagIsSetInPathsMadeFromTextAndOtherwiseCopied) {
   Path const off(upath(u"a/b", false));
-  for (Path const& kept : {off, off / u"b", off / u""}) EXPECT_FALSE(flag(kept)) << text(kept);
+  for (Path const& copied : {off, off / u"b", off / u""}) EXPECT_FALSE(flag(copied)) << text(copied);
   Path const none(upath(u"", false));
   for (Path const& set : {Path(), Path(u"a"), off.parent(), none / u"b", none / u""})
     EXPECT_TRUE(flag(set)) << text(set);
 }
 
-// Paths as what they name, seen from a current folder with entries and from two other schemes: "bucket" needs an
-// authority.
-class PathPlaces : public testing::Test {
+// What paths name, with a current folder on disk and two more schemes, of which "bucket" requires an authority.
+class PathRelations : public testing::Test {
  protected:
-  PathPlaces() {
+  PathRelations() {
     folder_.addFile("d/e/x");
     folder_.addLink("link", "d/e");
   }
@@ -164,7 +163,7 @@ class PathPlaces : public testing::Test {
   std::string const here_ = text(canonical(Path(), Path(folder_.text())));
 };
 
-TEST_F(PathPlaces, AbsoluteAndCanonicalForEachPairing) {
+TEST_F(PathRelations, AbsoluteAndCanonicalForEachPairing) {
   struct {
     std::string path, base, absolute, canonical;
   } const cases[] = {
@@ -195,7 +194,7 @@ TEST_F(PathPlaces, AbsoluteAndCanonicalForEachPairing) {
   EXPECT_THROW(absolute(path("/"), path("bucket://b")), vfs::InvalidIRIException);
 }
 
-TEST_F(PathPlaces, RelativeForEachPairing) {
+TEST_F(PathRelations, RelativeForEachPairing) {
   struct {
     std::string path, base, relative;
   } const cases[] = {
@@ -218,7 +217,7 @@ TEST_F(PathPlaces, RelativeForEachPairing) {
   }
 }
 
-TEST_F(PathPlaces, SameFileForEachPairing) {
+TEST_F(PathRelations, SameFileForEachPairing) {
   struct {
     std::string a, b;
     bool same;
@@ -230,7 +229,7 @@ TEST_F(PathPlaces, SameFileForEachPairing) {
       {"mem:///a", "file:///a", false},
       {"file://" + here_ + "/d/./e", "d/e", true},
       {"file:///nowhere/x", "/nowhere/y/../x", true},
-      {"file://" + here_ + "/link", "d/e", false},  // IRIs are compared as texts
+      {"file://" + here_ + "/link", "d/e", false},  // IRIs are compared as text
       {"mem://" + here_ + "/d", "d", false},
   };
   for (auto const& c : cases) {
@@ -240,13 +239,13 @@ TEST_F(PathPlaces, SameFileForEachPairing) {
   EXPECT_THROW(isSameFile(path("d"), path("nowhere")), fl::filesystem::FsysExceptionBase);
 }
 
-TEST_F(PathPlaces, ABaseJoinedWithTheRelativePathLeadsBack) {
+TEST_F(PathRelations, ABaseJoinedWithTheRelativePathLeadsBack) {
   std::mt19937 random(5);
   auto const below = [&](Path top, std::vector<std::string> const& elements) {
     for (auto left = random() % 6; left > 0; --left) top.append(toText(elements[random() % elements.size()]));
     return top;
   };
-  folder_.addFolder("f/f/f/f/f/f/f/f/f/f/f");  // so deep that each local path stands
+  folder_.addFolder("f/f/f/f/f/f/f/f/f/f/f");  // deep enough for every local path to exist
   for (int i = 0; i < 6000; ++i) {
     bool const isLocal = i < 1000;
     Path const top = path(isLocal ? "f/f/f/f/f/f" : "mem:///x");
@@ -255,8 +254,8 @@ TEST_F(PathPlaces, ABaseJoinedWithTheRelativePathLeadsBack) {
                 : std::vector<std::string>{"a", "b", "..", ".", "a b", "100%", "\xFF", "http:", "\xC3\xA9", "c//d"};
     Path const a = below(top, elements);
     Path const b = below(top, elements);
-    Path const way = relative(b, a);
-    ASSERT_TRUE(isSameFile(a / way.string(false), b)) << text(a) << " to " << text(b) << " by " << text(way);
+    Path const route = relative(b, a);
+    ASSERT_TRUE(isSameFile(a / route.string(false), b)) << text(a) << " to " << text(b) << " by " << text(route);
     ASSERT_EQ(isSameFile(a, b), isSameFile(b, a));
   }
 }

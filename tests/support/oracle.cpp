@@ -15,7 +15,7 @@ std::string join(std::string const& folder, std::string const& name) {
   return folder.empty() || folder.back() == '/' ? folder + name : folder + "/" + name;
 }
 
-// Whether the text matches, by trying every length of every run.
+// Whether the text matches the segment, by trying every length for every star.
 bool textMatches(std::u16string_view text, std::u16string_view segment) {
   if (segment.empty()) return text.empty();
   if (segment.front() != u'*') {
@@ -27,8 +27,8 @@ bool textMatches(std::u16string_view text, std::u16string_view segment) {
   return false;
 }
 
-// One search, from the first segment to the last: every way through the tree that the segments describe, in the order
-// of the names.
+// One search, from the first segment to the last: every path through the tree that the segments allow, in the order of
+// the names.
 class Search {
  public:
   Search(Tree const& tree, std::string root, std::string const& pattern, bool dots)
@@ -38,7 +38,7 @@ class Search {
       if (!pattern.empty() && tree_.resolve(full(pattern), false)) matches.push_back(pattern);
       return;
     }
-    // Up to the first wildcard all is taken as it is written.
+    // Everything before the first wildcard is literal.
     std::size_t const slash = pattern.rfind('/', star);
     std::string const before = slash == std::string::npos ? "" : pattern.substr(0, slash);
     std::istringstream rest(pattern.substr(slash + 1) + "/");
@@ -53,10 +53,10 @@ class Search {
  private:
   std::string full(std::string const& path) const { return root_ + "/" + path; }
 
-  // What the segments from the one at `index` on match below the path; after the last that is the path itself.
+  // Adds the matches below the path of the segments from `index` on.
   void from(std::string const& path, std::size_t index) {
     std::string const& segment = segments_[index];
-    auto const meet = [&](std::string const& below) {
+    auto const visit = [&](std::string const& below) {
       if (index + 1 == segments_.size()) {
         matches.push_back(below);
       } else if (tree_.isFolder(full(below))) {
@@ -64,30 +64,30 @@ class Search {
       }
     };
     if (segment == "**") {
-      meet(path);
-      everyBelow(path, {}, meet);
+      visit(path);
+      everyBelow(path, {}, visit);
     } else if (segment.find('*') != std::string::npos) {
       for (auto const& [name, kind] : tree_.children(full(path))) {
         bool const isShown = dots_ || segment.front() == '.' || name.front() != '.';
-        if (isShown && nameMatches(name, segment)) meet(join(path, name));
+        if (isShown && nameMatches(name, segment)) visit(join(path, name));
       }
     } else if (segment.empty()) {
-      meet(index + 1 == segments_.size() ? join(path, "") : path);
+      visit(index + 1 == segments_.size() ? join(path, "") : path);
     } else if (tree_.resolve(full(join(path, segment)), false)) {
-      meet(join(path, segment));
+      visit(join(path, segment));
     }
   }
 
-  // A folder that is its own ancestor is met, but not entered again.
+  // A folder that is its own ancestor is visited, but not entered again.
   void everyBelow(std::string const& path, std::vector<std::string> chain,
-                  std::function<void(std::string const&)> const& meet) const {
+                  std::function<void(std::string const&)> const& visit) const {
     chain.push_back(*tree_.resolve(full(path)));
     for (auto const& [name, kind] : tree_.children(full(path))) {
       if (!dots_ && name.front() == '.') continue;
       std::string const below = join(path, name);
-      meet(below);
-      bool const isPassed = std::count(chain.begin(), chain.end(), tree_.resolve(full(below))) != 0;
-      if (tree_.isFolder(full(below)) && !isPassed) everyBelow(below, chain, meet);
+      visit(below);
+      bool const isAncestor = std::count(chain.begin(), chain.end(), tree_.resolve(full(below))) != 0;
+      if (tree_.isFolder(full(below)) && !isAncestor) everyBelow(below, chain, visit);
     }
   }
 

@@ -7,19 +7,19 @@
 
 namespace korvan::test {
 
-/// What a search for the pattern below `root`, a folder of the tree, must give, in order and with duplicates: texts
-/// relative to the root, as bytes. Written from the pattern language alone and slow; the pattern is relative. The root
-/// itself, the empty text, is left out unless `withRoot`: it may match where it is written in the pattern.
+/// The matches of a relative pattern below `root`, a folder of the tree, as a search must return them: relative to
+/// the root, as bytes, in order and with duplicates. Slow, and written from the pattern language alone. The root
+/// itself, the empty text, is left out unless `withRoot`; it can match if the search's pattern spells it out.
 std::vector<std::string> expectedMatches(Tree const& tree, std::string const& root, std::string const& pattern,
                                          bool includeDotFiles, bool withRoot = false);
 
-/// Whether the name matches a segment in which "*" is any run of characters.
+/// Whether the name matches the segment, in which "*" is any run of characters.
 bool nameMatches(std::string_view name, std::string_view segment);
 
-/// Bytes as an IRI's path writes them: what it can't hold as itself is percent-encoded.
+/// Bytes as they are written in the path of an IRI, percent-encoded where necessary.
 std::string encodedForIRI(std::string_view bytes);
 
-/// A relative pattern of up to five segments that meets the names of `Tree::random`.
+/// A relative pattern of up to five segments that is likely to match names of `Tree::random`.
 std::string randomPattern(std::mt19937& random);
 
 }  // namespace korvan::test

@@ -19,7 +19,7 @@ inline Strings search(std::string const& pattern, std::string const& root, bool 
   return toBytes(io::internal::glob(toText(pattern), toText(root), includeDotFiles));
 }
 
-/// Holds the search against what is expected, without a session, in one, and in one that forgets all the time.
+/// Expects these matches of the search, without a session, in one, and in one whose cache is too small for any folder.
 inline void expectSearch(Strings const& expected, std::string const& pattern, std::string const& root,
                          bool includeDotFiles = false) {
   SCOPED_TRACE("\"" + pattern + "\" in " + root + (includeDotFiles ? " with dot files" : ""));

@@ -10,19 +10,18 @@
 
 namespace korvan::test {
 
-/// A folder of its own for one test, readable by every user; everything below it goes with it, whatever its depth.
-/// Names are bytes.
+/// A temporary folder, readable by every user, and removed with everything below it at any depth. Names are bytes.
 class TemporaryFolder {
  public:
-  /// Makes it in the folder `place`.
-  explicit TemporaryFolder(std::string const& place = std::filesystem::temp_directory_path().string())
-      : path_(place + "/korvan-test-XXXXXX") {
+  /// Makes the folder in `parent`.
+  explicit TemporaryFolder(std::string const& parent = std::filesystem::temp_directory_path().string())
+      : path_(parent + "/korvan-test-XXXXXX") {
     if (::mkdtemp(path_.data()) == nullptr) throw std::runtime_error("can't make " + path_);
     std::filesystem::permissions(path_, std::filesystem::perms{0755});
   }
 
   ~TemporaryFolder() {
-    // The library's own way ends where a path is too long for one.
+    // Unlike std::filesystem::remove_all, rm removes paths that are longer than PATH_MAX.
     if (std::system(("rm -rf '" + path_ + "'").c_str()) != 0) std::abort();
   }
 
@@ -32,12 +31,12 @@ class TemporaryFolder {
   std::string const& path() const noexcept { return path_; }
   std::u16string text() const { return toText(path_); }
 
-  /// Each makes what its name says at a path below the folder, the folders above it too, and throws when it can't.
+  /// Each creates an entry at a path below the folder, along with the folders above it, or throws.
   void addFile(std::string const& path) const {
     if (!std::ofstream(at(path))) throw std::runtime_error("can't make " + path);
   }
   void addFolder(std::string const& path) const { std::filesystem::create_directory(at(path)); }
-  /// `target` is written into the link as it stands.
+  /// `target` is written into the link unchanged.
   void addLink(std::string const& path, std::string const& target) const {
     std::filesystem::create_symlink(target, at(path));
   }
@@ -52,7 +51,7 @@ class TemporaryFolder {
   std::string path_;
 };
 
-/// Makes `folder` the process's current one for as long as it lives.
+/// Makes `folder` the process's current folder during its lifetime.
 class CurrentFolder {
  public:
   explicit CurrentFolder(std::string const& folder) { std::filesystem::current_path(folder); }

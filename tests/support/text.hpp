@@ -12,10 +12,10 @@ inline std::u16string toText(std::string_view bytes) {
   return foundation::core::text::fromBytes(bytes);
 }
 
-/// The bytes of a text, or a mark that no expectation equals where none stand for it.
+/// The bytes of a text; if it has no byte form, a string that no test expects.
 inline std::string toBytes(std::u16string_view text) {
   std::string bytes;
-  return foundation::core::text::appendBytes(bytes, text) ? bytes : "(no bytes stand for this text)";
+  return foundation::core::text::appendBytes(bytes, text) ? bytes : "(this text has no byte form)";
 }
 
 inline std::vector<std::string> toBytes(std::vector<std::u16string> const& texts) {

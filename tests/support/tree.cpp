@@ -80,7 +80,7 @@ Tree Tree::random(std::mt19937& random, std::size_t entries, bool links) {
       tree.addFolder(path);
       folders.push_back(path);
     } else {
-      // To a folder, a file, another link, itself, or to nothing.
+      // To a folder, a file, another link, itself, or nothing.
       tree.addLink(path, all[random() % all.size()] + (random() % 8 == 0 ? "/nothing" : ""));
     }
   }

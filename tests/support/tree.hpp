@@ -15,35 +15,35 @@ namespace korvan::test {
 class TemporaryFolder;
 using foundation::storage::vfs::EntryKind;
 
-/// A small file system: what a search is held against, and what the in-memory provider serves. Paths are bytes, taken
-/// from its root; where one is looked up, ".", ".." and links are followed as a disk follows them.
+/// A small file system in memory: the slow matcher searches it, and the in-memory provider serves it. Paths are bytes,
+/// relative to its root; lookups follow ".", ".." and links as a disk does.
 class Tree {
  public:
-  /// Each makes the folders above it too, and returns the tree, to be chained.
+  /// Each also adds the folders above the entry, and returns the tree for chaining.
   Tree& addFile(std::string const& path) { return add(path, {EntryKind::file, ""}); }
   Tree& addFolder(std::string const& path) { return add(path, {EntryKind::folder, ""}); }
   /// `target` is a path from the tree's root.
   Tree& addLink(std::string const& path, std::string const& target) { return add(path, {EntryKind::link, target}); }
 
-  /// The path without links and detours of what stands there; nothing where nothing does or a link leads nowhere.
+  /// The path with links, "." and ".." resolved; nothing if it doesn't exist or a link is broken.
   std::optional<std::string> resolve(std::string_view path, bool followLast = true, int links = 40) const;
 
   bool isFolder(std::string_view path) const { return resolve(std::string(path) + "/").has_value(); }
 
   using Entries = std::vector<std::pair<std::string, EntryKind>>;
-  /// All below the folder, at any depth, by paths from it; links aren't followed.
+  /// Everything below the folder, at any depth, by relative paths; links aren't followed.
   Entries below(std::string_view folder) const;
 
-  /// What the folder itself holds, in the order of the names.
+  /// The entries of the folder itself, in the order of their names.
   Entries children(std::string_view folder) const;
 
-  /// Makes the same tree on disk.
+  /// Creates the same tree on disk.
   void writeTo(TemporaryFolder const& folder) const;
 
-  /// Where a random tree's entries lie: so deep that no ".." of a pattern leads out of the tree.
+  /// The folder of a random tree's entries, deep enough that no ".." of a random pattern leaves the tree.
   static inline std::string const searchRoot = "t/t/t/t/t/t";
 
-  /// A tree of at most `entries` entries below `searchRoot`, with names that patterns confuse easily.
+  /// A tree of at most `entries` entries below `searchRoot`, with names that are easily confused in patterns.
   static Tree random(std::mt19937& random, std::size_t entries, bool links);
 
  private:

@@ -8,7 +8,7 @@
 namespace fl::filesystem {
 
 namespace detail {
-/// The character types of a local path class: names as the system has them, and as text.
+/// The character types of a local path class: of names in the system, and of text.
 template <class Narrow, class Char>
 struct path_traits {
   using narrow_type = Narrow;
@@ -16,8 +16,8 @@ struct path_traits {
 };
 }  // namespace detail
 
-/// A local path: a text and a flag that says whether the path library may interpret the text. A plain value; no
-/// operation of the class looks at a disk.
+/// A local path: a text, and a flag that says whether the path library may interpret the text. A plain value; no
+/// operation of the class accesses a disk.
 template <class Narrow, class Char, class Traits>
 class basic_path {
  public:
@@ -32,7 +32,7 @@ class basic_path {
   explicit basic_path(string_type&& text) noexcept
       : text_(text.empty() ? string_type() : detail::make_native_form(std::move(text), true)) {}
 
-  /// A text that is in native form already, and a flag; nothing is converted.
+  /// The path of a text that is already in native form, with the given flag; nothing is converted.
   basic_path(string_type nativeText, bool flag) noexcept : text_(std::move(nativeText)), flag_(flag) {}
 
   string_type const& native() const& noexcept { return text_; }

@@ -7,19 +7,19 @@
 
 namespace fl::filesystem {
 
-/// The root of the local path library's errors: the path concerned and what the system said.
+/// The base of the local path library's errors: the path concerned and the system's error.
 class KORVAN_HOST_EXPORT FsysExceptionBase : public std::exception {
  public:
   /// `error` is an `errno` value.
   FsysExceptionBase(std::u16string path, int error);
   ~FsysExceptionBase() override;
 
-  /// The path text, as the operation was given it or as it made it absolute.
+  /// The path, as it was passed to the operation or as the operation made it absolute.
   std::u16string const& path() const noexcept { return path_; }
-  /// What the system said, as an `errno` value.
+  /// The system's error, as an `errno` value.
   int error() const noexcept { return error_; }
 
-  /// What the system said, as UTF-8, without the path.
+  /// The system's message for that error, as UTF-8, without the path.
   std::string const& reason() const noexcept { return reason_; }
 
   /// The path and the reason, as UTF-8.

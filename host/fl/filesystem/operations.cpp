@@ -14,7 +14,7 @@ namespace {
 
 namespace text = foundation::core::text;
 
-// The name that the system knows the text by.
+// The text as the bytes that system calls take.
 std::string systemName(std::u16string const& path) {
   std::string name;
   if (path.find(u'\0') != std::u16string::npos || !text::appendBytes(name, path)) {
@@ -34,8 +34,7 @@ std::u16string currentFolder(std::u16string const& concerned) {
   return text::fromBytes(folder.native());
 }
 
-// Calls `resolve` with the absolute path's system name and an error code, and turns that into the path library's
-// exception.
+// Calls `resolve` with the path's system name and an error code, which becomes an exception of the path library.
 template <class Resolve>
 std::filesystem::path resolved(upath const& path, Resolve resolve) {
   std::error_code error;
@@ -44,8 +43,8 @@ std::filesystem::path resolved(upath const& path, Resolve resolve) {
   return result;
 }
 
-// Without a final "/", which what doesn't stand can keep.
-std::filesystem::path resolvedAsFarAsItStands(upath const& path) {
+// Without a trailing "/", which `weakly_canonical` leaves on a path that doesn't exist.
+std::filesystem::path resolvedWhereItExists(upath const& path) {
   std::filesystem::path const result = resolved(absolute(path, {}), [](auto const& name, std::error_code& error) {
     return std::filesystem::weakly_canonical(name, error);
   });
@@ -81,7 +80,7 @@ upath canonical(upath const& path, upath const& base) {
 }
 
 upath relative(upath const& path, upath const& base) {
-  return fromSystemName(resolvedAsFarAsItStands(path).lexically_relative(resolvedAsFarAsItStands(base)).native());
+  return fromSystemName(resolvedWhereItExists(path).lexically_relative(resolvedWhereItExists(base)).native());
 }
 
 bool equivalent(upath const& a, upath const& b) {

@@ -4,26 +4,26 @@
 #include "fl/filesystem/fsys_exception.hpp"
 #include "foundation/core/host_export.hpp"
 
-/// The operations of the local path library that look at the system. All throw `FsysExceptionBase`, with the path
-/// concerned, when the system refuses; a text that no bytes stand for, or with U+0000 in it, names nothing (ENOENT).
+/// The operations of the local path library that access the system. All throw `FsysExceptionBase`, with the path
+/// concerned, if a system call fails. A text that has no byte form or contains U+0000 names nothing (ENOENT).
 namespace fl::filesystem {
 
-/// `path` as an absolute path: itself when it is one, otherwise below `base`, which is itself taken from the process's
-/// current folder when it is relative (one system call) and is that folder when it is empty. Pure text otherwise: "."
-/// and ".." stay.
+/// `path` if it is absolute, otherwise `path` below `base`. A relative `base` is resolved against the process's current
+/// folder, and an empty one is that folder; either costs one system call. Otherwise a pure text operation: "." and ".."
+/// are not removed.
 KORVAN_HOST_EXPORT upath absolute(upath const& path, upath const& base);
 
-/// `absolute`, with links, "." and ".." resolved (POSIX `realpath`). Throws when nothing stands there. One system call
+/// `absolute`, with links, "." and ".." resolved (POSIX `realpath`). Throws if the path doesn't exist. One system call
 /// for each element.
 KORVAN_HOST_EXPORT upath canonical(upath const& path, upath const& base);
 
-/// The path that leads from `base` to `path`, "." for the same place. Both are taken from the process's current folder,
-/// and links, "." and ".." resolved as far as something stands there, so that `base` joined with the result names what
-/// `path` names. One system call for each element.
+/// The relative path from `base` to `path`; "." if they are the same. Both are resolved against the process's current
+/// folder, and links, "." and ".." are resolved in the part of each that exists, so that `base` joined with the result
+/// names the same file or folder as `path`. One system call for each element.
 KORVAN_HOST_EXPORT upath relative(upath const& path, upath const& base);
 
-/// Whether both paths lead to the same file or folder (same device and inode). Throws when nothing stands at one of
-/// them. Two system calls.
+/// Whether both paths lead to the same file or folder (same device and inode). Throws if either doesn't exist.
+/// Two system calls.
 KORVAN_HOST_EXPORT bool equivalent(upath const& a, upath const& b);
 
 }  // namespace fl::filesystem

@@ -7,8 +7,8 @@ namespace {
 
 constexpr char16_t separator = upath_constant::GENERIC_PATHNAME_SEPARATOR[0];
 
-// Where the parent part ends in a text whose last separator stands at `last`: before it, except that the root folder's
-// own stays.
+// The length of the parent part of a text whose last separator is at `last`. The separator isn't part of it, unless
+// it is the root folder.
 std::size_t parentLength(std::size_t last) {
   return last == std::u16string::npos ? 0 : last == 0 ? 1 : last;
 }

@@ -4,47 +4,49 @@
 
 #include "foundation/core/host_export.hpp"
 
-/// The text side of local paths (POSIX pathnames): no function here looks at a disk. The native and the generic
+/// Text operations on local paths (POSIX pathnames); no function here accesses a disk. The native and the generic
 /// separator are both "/"; a backslash is an ordinary character of a name. No function collapses doubled separators,
 /// "." or "..".
 namespace fl::filesystem {
 
 namespace upath_constant {
-/// Its first character is the separator of native texts.
+/// Its first character is the separator in native form.
 inline constexpr char16_t PATHNAME_SEPARATOR[] = u"/";
-/// Its first character is the separator of generic texts.
+/// Its first character is the separator in generic form.
 inline constexpr char16_t GENERIC_PATHNAME_SEPARATOR[] = u"/";
 }  // namespace upath_constant
 
 /// A text split at its last element.
 template <class Char>
 struct pathname_element_context {
-  std::basic_string<Char>
-      parent;  ///< the text without its last element: "a" of "a/b" and of "a/", "/" of "/a", else empty
-  std::basic_string<Char> name;  ///< the last element: "b" of "a/b", empty of "a/" and "/"
-  std::basic_string<Char>
-      stem;  ///< the name up to its last ".", all of it where that is its first character or there is none
-  std::basic_string<Char> extension;  ///< the name from that "." on, or empty
+  /// The text without its last element: "a" for "a/b" and "a/", "/" for "/a", otherwise empty.
+  std::basic_string<Char> parent;
+  /// The last element: "b" for "a/b", empty for "a/" and "/".
+  std::basic_string<Char> name;
+  /// The name before its last "."; the whole name if that is its first character or there is none.
+  std::basic_string<Char> stem;
+  /// The name from that "." on, or empty.
+  std::basic_string<Char> extension;
 };
 
 namespace detail {
 
-/// The text in native form: here the text itself. `interpret` is the flag of the path, which nothing depends on.
+/// The text in native form, which here is the text itself. `interpret` is the flag of the path; it has no effect here.
 KORVAN_HOST_EXPORT std::u16string make_native_form(std::u16string const& text, bool interpret);
 
-/// As above, for a text that isn't needed any more: its memory is reused.
+/// As above, reusing the memory of the text.
 KORVAN_HOST_EXPORT std::u16string make_native_form(std::u16string&& text, bool interpret) noexcept;
 
-/// The text with "/" between its elements: here the text itself.
+/// The text in generic form, with "/" between its elements, which here is the text itself.
 KORVAN_HOST_EXPORT std::u16string make_generic_form(std::u16string const& text);
 
-/// The text with the path library's expansions applied: here the text itself, as "~" and "$HOME" are lawful names.
-/// Valid as long as `text`.
+/// The text with the path library's expansions applied. Here there are none, as "~" and "$HOME" are valid names, so
+/// it is the text itself. Valid as long as `text`.
 KORVAN_HOST_EXPORT std::u16string const& make_expanded_path(std::u16string const& text, bool interpret) noexcept;
-std::u16string const& make_expanded_path(std::u16string&& text, bool interpret) = delete;  // would not outlive the call
+std::u16string const& make_expanded_path(std::u16string&& text, bool interpret) = delete;  // the result would dangle
 
-/// Adds `element` to `text` with exactly one "/" between: none is added after a text that ends in one, and those that
-/// `element` begins with are dropped. An empty text becomes the element itself.
+/// Appends `element` to `text` with exactly one "/" between them: none is added to a text that ends in one, and leading
+/// ones of `element` are dropped. An empty text becomes the element itself.
 KORVAN_HOST_EXPORT void concatenate_pathname(std::u16string& text, std::u16string const& element, bool interpret);
 
 /// The root name: always empty here.
@@ -53,7 +55,7 @@ KORVAN_HOST_EXPORT std::u16string extract_root_name(std::u16string const& text);
 /// The text split at its last element.
 KORVAN_HOST_EXPORT pathname_element_context<char16_t> extract_pathname_elements(std::u16string const& text);
 
-/// The first text of `extract_pathname_elements`.
+/// The parent that `extract_pathname_elements` returns.
 KORVAN_HOST_EXPORT std::u16string extract_parent_path(std::u16string const& text);
 
 /// Whether the text begins with "/".

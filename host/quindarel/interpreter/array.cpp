@@ -5,7 +5,7 @@
 
 namespace {
 
-/// The number of values that a shape holds. Throws `std::length_error` where no memory could hold them.
+/// The number of values in a shape. Throws `std::length_error` if it exceeds `std::size_t`.
 std::size_t valueCount(std::span<std::size_t const> dimensions) {
   bool overflow = false;
   bool empty = false;
@@ -15,12 +15,12 @@ std::size_t valueCount(std::span<std::size_t const> dimensions) {
     overflow = __builtin_mul_overflow(count, dimension, &count) || overflow;
   }
   if (empty) return 0;
-  if (overflow) throw std::length_error("an array of more values than memory can hold");
+  if (overflow) throw std::length_error("the array has more values than memory can hold");
   return count;
 }
 
 std::size_t valueCount(vxArray_tag::Values const& values) {
-  return std::visit([](auto const& held) { return held.size(); }, values);
+  return std::visit([](auto const& alternative) { return alternative.size(); }, values);
 }
 
 }  // namespace
@@ -28,7 +28,7 @@ std::size_t valueCount(vxArray_tag::Values const& values) {
 vxArray_tag::vxArray_tag(std::vector<std::size_t> dimensions, Values values)
     : dimensions_(std::move(dimensions)), values_(std::move(values)) {
   if (valueCount(dimensions_) != valueCount(values_))
-    throw std::invalid_argument("an array's shape must hold exactly its values");
+    throw std::invalid_argument("an array must have exactly as many values as its shape");
   while (dimensions_.size() < 2) dimensions_.push_back(1);
   while (dimensions_.size() > 2 && dimensions_.back() == 1) dimensions_.pop_back();
 }

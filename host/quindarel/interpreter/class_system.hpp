@@ -2,6 +2,6 @@
 
 #include "foundation/core/host_export.hpp"
 
-/// Whether the host's class system sets up the libraries that it loads by itself, so that a library's load hook has
-/// nothing to do. This host has no such class system: false.
+/// Whether the host's class system itself sets up the libraries that it loads, so that their load hooks have nothing to
+/// do. Always false: this host has no such class system.
 KORVAN_HOST_EXPORT bool omGetKcosUsingUSM() noexcept;

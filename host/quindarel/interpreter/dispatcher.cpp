@@ -30,9 +30,10 @@ class ProcessFolder final : public ICurrentWorkingFolder {
   }
 };
 
-// Made without code at load time and never destroyed: a builtin may be called while the process ends.
+// Initialised without code and trivially destroyed, since a builtin may be called before or after other
+// static objects exist.
 constinit ProcessFolder const processFolder;
-constinit std::atomic<ICurrentWorkingFolder const*> chosenFolder{nullptr};
+constinit std::atomic<ICurrentWorkingFolder const*> hostsFolder{nullptr};
 constinit Kdispatcher dispatcher;
 
 }  // namespace
@@ -42,10 +43,10 @@ Kdispatcher* Kdispatcher::getDispatcher() noexcept {
 }
 
 ICurrentWorkingFolder const* Kdispatcher::GetCurrentWorkingFolder() const noexcept {
-  ICurrentWorkingFolder const* const folder = chosenFolder.load(std::memory_order_acquire);
+  ICurrentWorkingFolder const* const folder = hostsFolder.load(std::memory_order_acquire);
   return folder ? folder : &processFolder;
 }
 
 void Kdispatcher::SetCurrentWorkingFolder(ICurrentWorkingFolder const* folder) noexcept {
-  chosenFolder.store(folder, std::memory_order_release);
+  hostsFolder.store(folder, std::memory_order_release);
 }

@@ -6,7 +6,8 @@
 
 namespace Quindarel::current_working_folder {
 
-/// The process's current folder can't be told: it was deleted, or a folder above it can't be read. Its path is ".".
+/// The process's current folder can't be determined: it was deleted, or a folder above it can't be read.
+/// `path()` is ".".
 class KORVAN_HOST_EXPORT UnknownFolderException : public fl::filesystem::FsysExceptionBase {
  public:
   /// `error` is an `errno` value.
@@ -14,10 +15,11 @@ class KORVAN_HOST_EXPORT UnknownFolderException : public fl::filesystem::FsysExc
   ~UnknownFolderException() override;
 };
 
-/// Tells the interpreter's current folder.
+/// Provides the interpreter's current folder.
 class KORVAN_HOST_EXPORT ICurrentWorkingFolder {
  public:
-  /// The folder, taken afresh. The process's own costs one system call (`getcwd`) and throws `UnknownFolderException`.
+  /// The folder, determined anew by each call. For the process's current folder that costs one system call
+  /// (`getcwd`), and a failure throws `UnknownFolderException`.
   virtual foundation::storage::vfs::Folder get() const = 0;
 
  protected:
@@ -26,16 +28,16 @@ class KORVAN_HOST_EXPORT ICurrentWorkingFolder {
 
 }  // namespace Quindarel::current_working_folder
 
-/// The part of the interpreter that calls builtins, as far as they see it. Safe on every thread.
+/// The part of the interpreter that calls builtins, as far as they use it. Thread-safe.
 class KORVAN_HOST_EXPORT Kdispatcher {
  public:
-  /// The one of this process; never null, never fails.
+  /// The dispatcher of this process; never null, never fails.
   static Kdispatcher* getDispatcher() noexcept;
 
-  /// Who tells the current folder; never null. The process's current folder, unless the host keeps its own.
+  /// The provider of the current folder; never null. By default it returns the process's current folder.
   Quindarel::current_working_folder::ICurrentWorkingFolder const* GetCurrentWorkingFolder() const noexcept;
 
-  /// For a host that keeps a current folder of its own: it must outlive every call of a builtin. Null goes back to the
-  /// process's.
+  /// For a host with its own current folder. `folder` must outlive every later call of a builtin; null
+  /// restores the default.
   void SetCurrentWorkingFolder(Quindarel::current_working_folder::ICurrentWorkingFolder const* folder) noexcept;
 };

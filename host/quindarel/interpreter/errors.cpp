@@ -31,9 +31,9 @@ InterpreterError errorOf(foundation::core::except::IUserException const& error, 
           std::move(reason)};
 }
 
-/// What the host's storage said in the exception that is being handled; empty when none of its own is. A builtin
-/// reports such a failure from its handler, by a message that has no place for the reason.
-std::string reasonInHand() {
+/// The reason in the exception that is being handled, if it is one of the host's storage; otherwise empty. A builtin
+/// reports such a failure from its handler, with a message that has no argument for the reason.
+std::string currentReason() {
   if (!std::current_exception()) return {};
   try {
     throw;
@@ -74,7 +74,7 @@ InterpreterError currentInterpreterError() {
   } catch (std::exception const& error) {
     return errorOf(HostException(HostMessage("Failure", error.what())));
   } catch (...) {
-    return errorOf(HostException(HostMessage("Failure", "a component gave no reason")));
+    return errorOf(HostException(HostMessage("Failure", "no reason was reported")));
   }
 }
 
@@ -95,7 +95,7 @@ void error_maxlhs() {
 }
 
 void do_legacy_vx_error(foundation::core::except::IUserException const& error) {
-  throw Quindarel::errorOf(error, Quindarel::reasonInHand());
+  throw Quindarel::errorOf(error, Quindarel::currentReason());
 }
 
 }  // namespace matrix::detail

@@ -9,7 +9,7 @@
 
 namespace Quindarel {
 
-/// The error that ends a builtin's call, as the interpreter's user is told it.
+/// The error that ends a builtin's call, as it is reported to the user of the interpreter.
 class KORVAN_HOST_EXPORT InterpreterError : public std::exception {
  public:
   /// `id` and `reason` may be absent.
@@ -17,17 +17,17 @@ class KORVAN_HOST_EXPORT InterpreterError : public std::exception {
                    std::string reason = {});
   ~InterpreterError() noexcept override;
 
-  /// The error identifier: elements with ":" between.
+  /// The error identifier: elements separated by ":".
   std::string const& identifier() const noexcept { return identifier_; }
 
   /// The message: one line of text.
   std::u16string const& message() const noexcept { return message_; }
 
-  /// The message ID that the message was made from, where there was one.
+  /// The message ID that the message was made from, if there was one.
   std::optional<resource_core::BaseMsgID> const& messageID() const noexcept { return id_; }
 
-  /// What the system or the store said, as UTF-8: "Permission denied". Empty unless the error was reported while an
-  /// exception of the host's storage layer or local path library was being handled.
+  /// The reason reported by the system or the store, as UTF-8, such as "Permission denied". Empty unless the error was
+  /// reported while an exception of the host's storage layer or local path library was being handled.
   std::string const& reason() const noexcept { return reason_; }
 
   /// The message as UTF-8.
@@ -41,16 +41,16 @@ class KORVAN_HOST_EXPORT InterpreterError : public std::exception {
   std::string what_;
 };
 
-/// The exception that is being handled, as the user is told it: an `InterpreterError` as itself, an exception with a
-/// message for the user by its identifier and message, an interrupt, lack of memory and everything else by messages of
-/// the host's own. To be called in a handler. So a host handles whatever leaves a builtin in one way.
+/// The exception that is being handled, as an error for the user: an `InterpreterError` unchanged, an exception with
+/// a message for the user with its identifier and message, and an interrupt, lack of memory or any other exception
+/// with a message of the host's own. To be called in an exception handler, so that a host can handle all exceptions
+/// of a builtin in the same way.
 KORVAN_HOST_EXPORT InterpreterError currentInterpreterError();
 
 }  // namespace Quindarel
 
-/// How a builtin ends its call by an error of the interpreter. In this host each of these throws
-/// `Quindarel::InterpreterError`, through the builtin's frames; callers must not count on that and be ready for a
-/// return.
+/// The functions with which a builtin ends its call with an error of the interpreter. In this host each of them throws
+/// `Quindarel::InterpreterError`; in another one it may return, and callers must be prepared for that.
 namespace matrix::detail {
 
 /// Not enough inputs.
@@ -59,11 +59,11 @@ KORVAN_HOST_EXPORT void error_minrhs();
 /// Too many inputs.
 KORVAN_HOST_EXPORT void error_maxrhs();
 
-/// Too many outputs asked for.
+/// Too many outputs requested.
 KORVAN_HOST_EXPORT void error_maxlhs();
 
-/// Ends the call with the identifier, the message and, where it has one, the message ID of `error`, all of which are
-/// copied, and with the reason of the exception that is being handled, where the host's storage has thrown it.
+/// Ends the call with copies of the identifier, the message and, if there is one, the message ID of `error`, and with
+/// the reason in the exception that is being handled, if that is one of the host's storage.
 KORVAN_HOST_EXPORT void do_legacy_vx_error(foundation::core::except::IUserException const& error);
 
 }  // namespace matrix::detail

@@ -8,15 +8,15 @@ namespace Quindarel::String {
 
 namespace {
 
-// A record begins with the text's length: one unit, or this mark and four units for a text that is longer.
+// A record begins with the length of the text: one code unit or, for a long text, this mark and four units.
 constexpr char16_t longMark = 0xFFFF;
 constexpr std::size_t longHeader = 5;
 
 constexpr std::size_t firstBlock = 256;
-constexpr std::size_t largestBlock = std::size_t{1} << 15;  // small enough to reuse memory that the heap has back
+constexpr std::size_t largestBlock = std::size_t{1} << 15;  // small enough for the heap to reuse freed memory
 
-/// Below this many replaced units, giving them back is not worth a rewrite.
-constexpr std::size_t tolerated = 4096;
+/// Up to this many dead units aren't worth a compaction.
+constexpr std::size_t toleratedDeadUnits = 4096;
 
 std::size_t headerUnits(std::size_t length) noexcept {
   return length < longMark ? 1 : longHeader;
@@ -58,7 +58,7 @@ std::optional<std::u16string_view> StringArray::operator[](std::size_t index) co
 void StringArray::setText(std::size_t index, std::u16string_view text) {
   Record const record = store(text);
   drop(std::exchange(elements_[index], record));
-  if (deadUnits_ > liveUnits_ + tolerated) rewrite();
+  if (deadUnits_ > liveUnits_ + toleratedDeadUnits) compact();
 }
 
 void StringArray::setMissing(std::size_t index) noexcept {
@@ -68,7 +68,7 @@ void StringArray::setMissing(std::size_t index) noexcept {
 StringArray::Record StringArray::store(std::u16string_view text) {
   std::size_t const units = headerUnits(text.size()) + text.size();
   if (free_ == nullptr || units > freeUnits_) {
-    // A text that would fill much of a block gets one of its own, so that the rest of the common block is not lost.
+    // A long text gets a block of its own, so that little of a shared block is wasted.
     bool const own = units > largestBlock / 4;
     std::size_t const size = own ? units : std::max(units, std::clamp(blockUnits_ * 2, firstBlock, largestBlock));
     blocks_.push_back(std::make_unique_for_overwrite<char16_t[]>(size));
@@ -94,7 +94,7 @@ void StringArray::drop(Record record) noexcept {
   deadUnits_ += units;
 }
 
-void StringArray::rewrite() {
+void StringArray::compact() {
   StringArray fresh(size());
   for (std::size_t i = 0; i < size(); ++i)
     if (elements_[i]) fresh.elements_[i] = fresh.store(textOf(elements_[i]));

@@ -5,20 +5,20 @@
 
 namespace Quindarel::System {
 
-/// Thrown to end work that the user interrupted. It carries no message ID, since it is no error.
+/// Thrown to end work that the user interrupted. It has no message ID, since it isn't an error.
 class KORVAN_HOST_EXPORT InterruptException
     : public foundation::core::except::Exception<foundation::core::except::IInternalException, std::exception, void> {
  public:
-  /// `fromCtrlC` is true when the interrupt came from ctrl-c itself, false when running work noticed the pending flag.
+  /// `fromCtrlC` is true if ctrl-c itself ended the work, false if the work polled the pending flag.
   explicit InterruptException(bool fromCtrlC = false) noexcept;
   InterruptException(InterruptException const&) noexcept;
   InterruptException& operator=(InterruptException const&) noexcept;
   ~InterruptException() noexcept override;
 
-  /// As the constructor was told.
+  /// The value passed to the constructor.
   bool fromCtrlC() const noexcept { return fromCtrlC_; }
 
-  /// A copy on the heap, owned by the caller.
+  /// A copy, allocated with `new` and owned by the caller.
   boost::exception_detail::clone_base const* clone() const override;
 
   /// Throws a copy.

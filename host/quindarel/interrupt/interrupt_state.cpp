@@ -7,13 +7,14 @@
 namespace {
 
 std::atomic<bool> pendingInterrupt{false};
-static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets the flag");
+static_assert(std::atomic<bool>::is_always_lock_free, "the flag is set in signal handlers");
 
 thread_local utInterruptMode::Mode currentMode = utInterruptMode::on;
 
 }  // namespace
 
-// The flag orders nothing else: work that sees it a moment later ends a moment later.
+// No other memory access is ordered by the flag, so relaxed order is enough: work that sees it a moment later ends a
+// moment later.
 bool utIsInterruptPending() noexcept {
   return pendingInterrupt.load(std::memory_order_relaxed);
 }

@@ -22,7 +22,7 @@ std::string describe(int error) {
   return text;
 }
 
-// PCRE2 without its UTF mode: units are matched as they are, so that a lone surrogate in a name is no error.
+// PCRE2 without UTF mode: code units are matched as they are, so that a lone surrogate in a name isn't an error.
 class Pcre2Engine final : public regex_impl_abstract {
  public:
   explicit Pcre2Engine(std::u16string_view expression) {

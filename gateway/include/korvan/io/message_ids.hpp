@@ -7,12 +7,12 @@
 #include "foundation/core/except/base_msg_id.hpp"
 #include "korvan/io/export.hpp"
 
-/// The messages that the library raises. The namespaces follow the components; the texts stand in the host's catalogue.
-/// Only what a caller wrote, or where a failure happened, goes into a message as an argument.
+/// The messages that the library raises. The namespaces follow the components; the texts are in the host's catalogue.
+/// Arguments are only what the caller wrote and where a failure happened.
 
 namespace KORVAN::automation::io::glob {
 
-/// The builtin got an option name without a value.
+/// The builtin was called with an option name without a value.
 class KORVAN_IO_EXPORT InvalidNumArgs : public resource_core::BaseMsgID {
  public:
   InvalidNumArgs() : BaseMsgID("KORVAN:automation:io:glob", "InvalidNumArgs") {}
@@ -27,10 +27,10 @@ class KORVAN_IO_EXPORT InvalidArgName : public resource_core::BaseMsgID {
   }
 };
 
-/// An option's value that is no scalar of the kind that it takes.
+/// An option's value that is not a scalar of the required kind.
 class KORVAN_IO_EXPORT InvalidArgScalar : public resource_core::BaseMsgID {
  public:
-  /// `name` as the caller passed it; `kind` is the kind of value that was expected.
+  /// `name` as the caller passed it; `kind` is the required kind of value.
   InvalidArgScalar(std::u16string name, std::string kind)
       : BaseMsgID("KORVAN:automation:io:glob", "InvalidArgScalar", 2) {
     setArgument(0, std::move(name));
@@ -42,10 +42,10 @@ class KORVAN_IO_EXPORT InvalidArgScalar : public resource_core::BaseMsgID {
 
 namespace KORVAN::automation::io::FileIO {
 
-/// A local or remote failure other than a denied permission.
+/// A failure, local or remote, other than a denied permission.
 class KORVAN_IO_EXPORT InvalidFile : public resource_core::BaseMsgID {
  public:
-  /// `location` is the path or location concerned.
+  /// `location` is the path or IRI concerned.
   template <std::convertible_to<std::u16string> Text>
   explicit InvalidFile(Text const& location) : BaseMsgID("KORVAN:automation:io:FileIO", "InvalidFile", 1) {
     setArgument(0, std::u16string(location));
@@ -56,7 +56,7 @@ class KORVAN_IO_EXPORT InvalidFile : public resource_core::BaseMsgID {
 
 namespace KORVAN::virtualfilesystem {
 
-/// A text that begins as an IRI but can't be read as one.
+/// A text that begins like an IRI but isn't a valid one.
 class KORVAN_IO_EXPORT invalidIRI : public resource_core::BaseMsgID {
  public:
   /// `iri` is the malformed text.
@@ -76,10 +76,10 @@ class KORVAN_IO_EXPORT unsupportedProvider : public resource_core::BaseMsgID {
   }
 };
 
-/// A location that the caller may not see or read.
+/// A location that the caller has no permission to look up or read.
 class KORVAN_IO_EXPORT permissionDenied : public resource_core::BaseMsgID {
  public:
-  /// `location` is the path or location concerned.
+  /// `location` is the path or IRI concerned.
   template <std::convertible_to<std::u16string> Text>
   explicit permissionDenied(Text const& location) : BaseMsgID("KORVAN:virtualfilesystem", "permissionDenied", 1) {
     setArgument(0, std::u16string(location));

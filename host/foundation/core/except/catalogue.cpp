@@ -10,7 +10,7 @@ namespace resource_core {
 
 namespace {
 
-/// One message; "{0}" and "{1}" stand for its arguments.
+/// One message; "{0}" and "{1}" are replaced by its arguments.
 struct Entry {
   std::string_view component;
   std::string_view mnemonic;
@@ -25,24 +25,24 @@ constexpr Entry entries[] = {
     {"KORVAN:automation:io:glob", "InvalidArgScalar",
      u"The value of the option \"{0}\" must be a {1} scalar: true or false."},
     {"KORVAN:automation:io:FileIO", "InvalidFile",
-     u"\"{0}\" can't be reached: name a file or folder that exists, on a disk or in a store that answers."},
+     u"Can't access \"{0}\": check that it exists and that its disk or store is available."},
     {"KORVAN:virtualfilesystem", "invalidIRI",
-     u"\"{0}\" is no valid location: write SCHEME://PATH, in it \"%\" only before two hex digits (\"%25\" is \"%\" itself), \"?\" as \"%3F\" and \"#\" as \"%23\"."},
+     u"\"{0}\" is not a valid IRI: write SCHEME://PATH, with \"%\" only before two hex digits; \"%\" itself is \"%25\", \"?\" is \"%3F\" and \"#\" is \"%23\"."},
     {"KORVAN:virtualfilesystem", "unsupportedProvider",
-     u"No storage provider serves the scheme \"{0}\"; file:///FOLDER names a place on the local disk, s3://BUCKET/FOLDER one in an object store."},
+     u"No storage provider serves the scheme \"{0}\": write file:///FOLDER for the local disk or s3://BUCKET/FOLDER for an object store."},
     {"KORVAN:virtualfilesystem", "permissionDenied",
-     u"Permission denied for \"{0}\": the search needs the right to read each folder that it lists and to pass through those above it."},
+     u"Permission denied for \"{0}\": the search needs permission to read each folder that it lists and to enter the folders above it."},
     {"KORVAN:string", "MustBeStringScalarOrCharacterVector",
      u"A pattern, an option's name and the value of \"RootFolder\" must be text: a string scalar or a character row vector."},
     {"KORVAN:string", "MissingNotSupported",
-     u"A pattern, an option's name and the value of \"RootFolder\" must be text; a missing string has none."},
+     u"A pattern, an option's name and the value of \"RootFolder\" must be text; a missing string is not."},
     {"KORVAN:interpreter", "NotEnoughInputs", u"Not enough inputs: the function needs at least one more."},
     {"KORVAN:interpreter", "TooManyInputs", u"Too many inputs: the function takes fewer."},
-    {"KORVAN:interpreter", "TooManyOutputs", u"Too many outputs: the function gives fewer than were asked for."},
+    {"KORVAN:interpreter", "TooManyOutputs", u"Too many outputs: the function returns fewer than requested."},
     {"KORVAN:interpreter", "Interrupted", u"Interrupted by the user."},
     {"KORVAN:interpreter", "OutOfMemory", u"Out of memory: narrow the search, or free memory and try again."},
     {"KORVAN:interpreter", "CurrentFolderUnknown",
-     u"The current folder can't be told ({0}): change to a folder that exists and that you may read."},
+     u"The current folder can't be determined ({0}): change to a folder that exists and that you have permission to read."},
     {"KORVAN:interpreter", "Failure", u"The call failed: {0}"},
 };
 
@@ -57,7 +57,7 @@ void appendArgument(std::u16string& line, MsgArgument const& argument) {
 std::u16string filled(std::u16string_view text, std::vector<MsgArgument> const& arguments) {
   std::u16string line;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    // Texts are ours: "{" stands only before a digit and "}".
+    // In the texts above, "{" is always followed by a digit and "}".
     if (text[i] != u'{') {
       line += text[i];
       continue;
