@@ -1,8 +1,8 @@
-"""The trees that tests search, as keys of a store: "a/b" is an object, "a/" a marker that makes an empty folder."""
+"""The trees that tests search, as keys of a store: "a/b" is an object, "a/" a marker for a folder."""
 
 import os
 
-# Names that a shell, a pattern, an IRI, XML or a request's signature could trip over. None is longer than a local disk allows.
+# Names that shells, patterns, IRIs, XML or request signatures easily get wrong. A local disk allows them all.
 AWKWARD_NAMES = [
     "a b", "100%", "a%20b", "#1", "what?", "new\nline", "-rf", "~", "$HOME", "http:", "back\\slash", "日本", "𝒳𝓎", "+a+b", "it's \"q\"",
     "a;b&c=d", "[x]{y}|^`<z>", ".hidden", "...", "é", "e\u0301", "*", "a*b", "x" * 200, "\x01ctl\x7f", "tab\t", " ", "s3:", "a:b,c@d!",
@@ -10,14 +10,14 @@ AWKWARD_NAMES = [
 
 
 def sample():
-    """A small tree to try things on."""
+    """A small tree for trying things out."""
     keys = [f"data/{year}/{year}-{month:02}.csv" for year in (2023, 2024) for month in range(1, 13)]
     keys += [f"src/{module}/{file}" for module in ("core", "net", "ui") for file in ("main.cpp", "main.hpp", "README.md")]
     return keys + ["README.md", "empty/", ".config/settings", "docs/a b/100%.txt", "docs/日本/見本.txt"]
 
 
 def mirror():
-    """Some 3,300 objects in some 370 folders, three deep, the awkward names at every depth, and one folder of 2,500: three pages."""
+    """Some 3,300 objects in some 370 folders, three levels deep, awkward names on each; one folder of 2,500 takes three pages."""
     tops = ["alpha", "beta", "2023", "2024", "src", "data"] + AWKWARD_NAMES[:6]
     keys = ["top.csv", "top.txt", "empty/", ".top"] + [f"{name}.file" for name in AWKWARD_NAMES[:-4]]
     keys += [f"wide/{number:04}.csv" for number in range(2500)]
@@ -39,13 +39,13 @@ def _files(folder, start, count):
 
 
 def odd():
-    """Keys that only a store has, and what a search of everything finds of them: some can't be named by a path."""
+    """Keys that no disk could have, and what `**` finds of them: paths can't name some."""
     keys = ["a//b", "./x", "../y", "/lead", "both", "both/below", "dir/./z", "marker/", "marker/x", "only-marker/", "n" * 600]
     return keys, ["a", "both", "both/below", "dir", "marker", "marker/x", "n" * 600, "only-marker"]
 
 
 def write_locally(folder, keys):
-    """The same tree on the local disk."""
+    """Creates the same tree on the local disk."""
     for key in keys:
         path = os.path.join(folder, key)
         os.makedirs(os.path.dirname(path), exist_ok=True)

@@ -1,19 +1,17 @@
-"""An object store on this machine: OpenStack Swift with its S3 interface, on loopback ports, in a temporary folder.
+"""An object store on this machine: OpenStack Swift with its S3 interface, on loopback ports and in a temporary folder.
 
     with SwiftStore(nodes=1) as store:
         store.fill("bucket", {"data/a.csv": b"1,2"})
         subprocess.run([...], env={**os.environ, **store.environment()})
 
-Run it by Debian's own interpreter (/usr/bin/python3), which sees the modules of the package python3-swift. Needs no rights and no
-service. Ports are bound before any server starts, so several stores can start at the same moment. The servers are children that
-the kernel kills when the process that made the store ends, however it ends.
+Needs Debian's own interpreter (/usr/bin/python3), which finds the modules of the package python3-swift, but no privileges
+and no system service. Ports are bound before any server starts, so several stores can start at the same time. The servers
+are child processes, which the kernel kills when the process that created the store ends for whatever reason.
 """
 
-import array
 import atexit
 import base64
 import concurrent.futures
-import configparser
 import contextlib
 import ctypes
 import email.utils
@@ -30,65 +28,12 @@ import threading
 import time
 import urllib.parse
 
-REGION = "us-east-1"
-
-# Access key → secret and groups. All belong to one account, as buckets of different accounts never meet.
-OWNER = "test:tester"
-GUEST = "test:guest"
-AWKWARD = "test:o'wner+%3A =&"
-USERS = {
-    OWNER: ("testing", ["test", OWNER, ".admin", "AUTH_test"]),
-    # May sign requests, and is refused every bucket.
-    GUEST: ("guest-secret", ["test", GUEST]),
-    # What signing must not trip over.
-    AWKWARD: ("s+e/c%2Fr:e t=\"ä&'", ["test", AWKWARD, ".admin", "AUTH_test"]),
-}
-
-_PROXY_PIPELINE = ("catch_errors gatekeeper healthcheck cache proxy-logging listing_formats bulk s3api tempauth copy slo dlo "
-                   "versioned_writes symlink proxy-logging proxy-server")
-_PROXY_FILTERS = {
-    "cache": {"paste.filter_factory": "swift_store:memory_cache_filter"},
-    "s3api": {"location": REGION},
-    "versioned_writes": {"allow_object_versioning": "true"},
-    "tempauth": {"user_test_tester": "testing .admin"},
-}
-_PARTITION_POWER = 4
-_KINDS = ("account", "container", "object")
-_now = time.time
+import swift_servers
+from swift_servers import AWKWARD, GUEST, OWNER, REGION, USERS  # noqa: F401
 
 
-class MemoryCache:
-    """What Swift keeps in memcached, kept in the proxy itself: no service needed, and half the internal requests saved."""
-
-    def __init__(self):
-        self._items = {}
-
-    def get(self, key, *_args, **_kwargs):
-        value, end = self._items.get(key, (None, 0))
-        return value if not end or end > _now() else None
-
-    def set(self, key, value, *_args, time=0, **_kwargs):  # the keyword is Swift's
-        self._items[key] = (value, time and _now() + time)
-
-    def delete(self, key, *_args, **_kwargs):
-        self._items.pop(key, None)
-
-
-def memory_cache_filter(_global_conf, **_local_conf):
-    cache = MemoryCache()
-
-    def make(app):
-        def call(env, start_response):
-            env["swift.cache"] = cache
-            return app(env, start_response)
-
-        return call
-
-    return make
-
-
-def _keeps_attributes(folder):
-    """Whether files below the folder can hold the extended attributes that Swift keeps an object's metadata in."""
+def _supports_attributes(folder):
+    """Whether files in the folder can have the extended attributes in which Swift stores an object's metadata."""
     try:
         with tempfile.NamedTemporaryFile(dir=folder) as file:
             os.setxattr(file.fileno(), b"user.swift.metadata", b"x" * 1024)
@@ -106,16 +51,16 @@ def _listening_socket():
 
 
 class SwiftStore:
-    """A running store. `nodes` storage nodes hold as many replicas of everything; one proxy serves them all."""
+    """A running store: `nodes` storage nodes, each with a replica of everything, behind one proxy."""
 
     def __init__(self, nodes=1, page=1000):
-        """`page` is the most keys in one answer. Only for the main thread: the servers end with the thread that forks them."""
+        """`page`: the most keys in one response. Main thread only, since the servers end with the thread that forks them."""
         candidates = [tempfile.gettempdir(), "/var/tmp", os.path.dirname(os.path.abspath(__file__))]
-        base = next((folder for folder in candidates if _keeps_attributes(folder)), None)
+        base = next((folder for folder in candidates if _supports_attributes(folder)), None)
         if base is None:
-            raise RuntimeError("no temporary folder keeps extended attributes; set TMPDIR to one that does")
+            raise RuntimeError("no temporary folder supports extended attributes: set TMPDIR to one that does")
         self.folder = tempfile.mkdtemp(prefix="korvan-store-", dir=base)
-        self._processes = {}  # (node, kind) → process id; the proxy's node is None
+        self._processes = {}  # (node, kind) → process id; the node of the proxy is None
         self._owner = os.getpid()
         self._fork_janitor()
         atexit.register(self.stop)
@@ -136,19 +81,19 @@ class SwiftStore:
         return f"http://127.0.0.1:{self.port}"
 
     def environment(self, user=OWNER):
-        """What a client needs to know, in the customary variables."""
+        """The environment variables that a client needs."""
         return {
             "AWS_ACCESS_KEY_ID": user,
             "AWS_SECRET_ACCESS_KEY": USERS[user][0],
             "AWS_REGION": REGION,
             "AWS_ENDPOINT_URL_S3": self.endpoint,
-            # Nothing of the user's own set-up may leak in.
+            # The user's own configuration must not interfere.
             "AWS_SHARED_CREDENTIALS_FILE": os.devnull,
             "AWS_CONFIG_FILE": os.devnull,
         }
 
     def fill(self, bucket, objects, user=OWNER):
-        """Makes the bucket and puts the objects, a mapping of keys to bytes or an iterable of keys."""
+        """Creates the bucket and its objects: a mapping of keys to contents, or an iterable of keys."""
         contents = objects if isinstance(objects, dict) else dict.fromkeys(objects, b"")
         connections = threading.local()
 
@@ -163,11 +108,11 @@ class SwiftStore:
                 pass
 
     def kill(self, node):
-        """A node's machine fails: connections are refused from now on."""
+        """Kills a node: it refuses connections from now on."""
         self._signal(node, signal.SIGKILL)
 
     def freeze(self, node):
-        """A node stops answering, but its connections stand."""
+        """A node stops responding, but its connections stay open."""
         self._signal(node, signal.SIGSTOP)
 
     def thaw(self, node):
@@ -177,11 +122,11 @@ class SwiftStore:
         self._signal(None, signal.SIGKILL)
 
     def stop(self):
-        """Ends every server and removes all that was stored. May be called again."""
+        """Ends every server and removes everything that was stored. May be called repeatedly."""
         if os.getpid() != self._owner:
-            return  # a forked child leaves its parent's store alone
-        for place in list(self._processes):
-            self._end(place, signal.SIGKILL)
+            return  # this is a forked child: the store belongs to its parent
+        for server in list(self._processes):
+            self._end(server, signal.SIGKILL)
         shutil.rmtree(self.folder, ignore_errors=True)
         if self._alive_end is not None:
             os.close(self._alive_end)
@@ -189,36 +134,36 @@ class SwiftStore:
             self._alive_end = None
         atexit.unregister(self.stop)
 
-    def _end(self, place, number):
-        process = self._processes.pop(place)
+    def _end(self, server, number):
+        process = self._processes.pop(server)
         with contextlib.suppress(ProcessLookupError):
             os.kill(process, number)
         with contextlib.suppress(ChildProcessError):
             os.waitpid(process, 0)
 
     def _signal(self, node, number):
-        for place in [place for place in self._processes if place[0] == node]:
+        for server in [server for server in self._processes if server[0] == node]:
             if number == signal.SIGKILL:
-                self._end(place, number)
+                self._end(server, number)
             else:
-                os.kill(self._processes[place], number)
+                os.kill(self._processes[server], number)
 
     def _start(self, nodes, page):
-        places = [(node, kind) for node in range(nodes) for kind in _KINDS] + [(None, "proxy")]
-        listeners = {place: _listening_socket() for place in places}
-        ports = {place: listener.getsockname()[1] for place, listener in listeners.items()}
+        servers = [(node, kind) for node in range(nodes) for kind in swift_servers.KINDS] + [(None, "proxy")]
+        listeners = {server: _listening_socket() for server in servers}
+        ports = {server: listener.getsockname()[1] for server, listener in listeners.items()}
         self.port = ports[None, "proxy"]
-        files = _Files(self.folder, nodes, ports, page)
-        _import_swift(self.folder)
+        files = swift_servers.Files(self.folder, nodes, ports, page)
+        swift_servers.import_swift(self.folder)
         files.write_rings()
-        for place in places:
-            self._processes[place] = self._fork(place, listeners, files.configuration(*place))
+        for server in servers:
+            self._processes[server] = self._fork(server, listeners, files.configuration(*server))
         for listener in listeners.values():
             listener.close()
         self._await_proxy()
 
     def _fork_janitor(self):
-        """A child that removes the folder when this process and the servers have ended without doing so."""
+        """Forks a child that removes the folder after this process and the servers, should they not have done so."""
         ended, self._alive_end = os.pipe()
         self._janitor = os.fork()
         if self._janitor:
@@ -234,7 +179,7 @@ class SwiftStore:
             shutil.rmtree(self.folder, ignore_errors=True)
         os._exit(0)
 
-    def _fork(self, place, listeners, configuration):
+    def _fork(self, server, listeners, configuration):
         parent = os.getpid()
         sys.stdout.flush()
         sys.stderr.flush()
@@ -251,16 +196,16 @@ class SwiftStore:
             null = os.open(os.devnull, os.O_RDONLY)
             for old, new in ((null, 0), (log, 1), (log, 2)):
                 os.dup2(old, new)
-            listener = listeners.pop(place)
+            listener = listeners.pop(server)
             for other in listeners.values():
                 other.close()
-            _serve(place[1], configuration, listener)
+            swift_servers.serve(server[1], configuration, listener)
         except BaseException as error:  # pylint: disable=broad-except
-            os.write(2, f"{place}: {error!r}\n".encode())
+            os.write(2, f"{server}: {error!r}\n".encode())
         os._exit(1)
 
     def _await_proxy(self):
-        """The listening sockets hold requests back until their server is there, so one answered by the disks tells that all are."""
+        """Waits for a response that all servers took part in. Until a server runs, its socket keeps requests waiting."""
         end = time.monotonic() + 60
         while True:
             try:
@@ -280,107 +225,12 @@ class SwiftStore:
         return ""
 
 
-class _Files:
-    """The configuration of all servers, and the rings that say which node holds what."""
-
-    def __init__(self, folder, nodes, ports, page):
-        self._folder, self._nodes, self._ports, self._page = folder, nodes, ports, page
-        for node in range(nodes):
-            os.makedirs(os.path.join(folder, f"node{node}", "disk"))
-        self._write("swift.conf", {
-            "swift-hash": {"swift_hash_path_prefix": "a", "swift_hash_path_suffix": "b"},
-            "storage-policy:0": {"name": "all", "default": "yes"},
-        })
-
-    def _write(self, name, sections):
-        parser = configparser.RawConfigParser()
-        parser.optionxform = str
-        parser.read_dict(sections)
-        path = os.path.join(self._folder, name)
-        with open(path, "w", encoding="utf-8") as file:
-            parser.write(file)
-        return path
-
-    def configuration(self, node, kind):
-        common = {"bind_ip": "127.0.0.1", "bind_port": str(self._ports[node, kind]), "workers": "0", "swift_dir": self._folder,
-                  "log_level": "ERROR", "log_address": os.path.join(self._folder, "nothing")}
-        if kind == "proxy":
-            sections = {
-                "DEFAULT": common,
-                "pipeline:main": {"pipeline": _PROXY_PIPELINE},
-                "app:proxy-server": {"use": "egg:swift#proxy", "account_autocreate": "true", "node_timeout": "1",
-                                     "recoverable_node_timeout": "1", "conn_timeout": "0.3"},
-            }
-            for name in dict.fromkeys(_PROXY_PIPELINE.split()[:-1]):
-                egg = {"proxy-logging": "proxy_logging"}.get(name, name)
-                settings = dict(_PROXY_FILTERS.get(name, {}))
-                if name == "s3api":
-                    settings["max_bucket_listing"] = str(self._page)
-                use = {} if "paste.filter_factory" in settings else {"use": f"egg:swift#{egg}"}
-                sections[f"filter:{name}"] = {**use, **settings}
-            return self._write("proxy.conf", sections)
-        return self._write(f"{kind}{node}.conf", {
-            "DEFAULT": {**common, "devices": os.path.join(self._folder, f"node{node}"), "mount_check": "false",
-                        "disable_fallocate": "true", "db_preallocation": "off"},
-            "pipeline:main": {"pipeline": f"{kind}-server"},
-            f"app:{kind}-server": {"use": f"egg:swift#{kind}"},
-        })
-
-    def write_rings(self):
-        from swift.common.ring.ring import RingData
-        for kind in _KINDS:
-            devices = [{"id": node, "region": 1, "zone": node, "weight": 1.0, "device": "disk", "meta": "",
-                        "ip": "127.0.0.1", "port": self._ports[node, kind],
-                        "replication_ip": "127.0.0.1", "replication_port": self._ports[node, kind]}
-                       for node in range(self._nodes)]
-            parts = 2**_PARTITION_POWER
-            replicas = [array.array("H", ((replica + part) % self._nodes for part in range(parts)))
-                        for replica in range(self._nodes)]
-            RingData(replicas, devices, 32 - _PARTITION_POWER).save(os.path.join(self._folder, f"{kind}.ring.gz"))
-
-
-def _import_swift(folder):
-    """Loads Swift's servers once, before the forks; swift.conf is read at the first import."""
-    from swift.common.utils import set_swift_dir
-    set_swift_dir(folder)
-    import swift.account.server
-    import swift.container.server
-    import swift.obj.server
-    import swift.proxy.server  # noqa: F401
-
-
-def _serve(kind, configuration, listener):
-    """Serves in this process until it is killed."""
-    import eventlet.greenio
-    import swift.common.middleware.tempauth as tempauth
-    import swift.common.wsgi as wsgi
-    import swift.obj.server
-
-    sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-    listener.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
-    wsgi.get_socket = lambda _conf: eventlet.greenio.GreenSocket(listener)
-    wsgi.drop_privileges = lambda _user: None  # it runs as whoever started it
-    os.fsync = os.fdatasync = lambda _file: None  # nothing here must outlive a power cut, and a third of the time to fill is saved
-
-    make = tempauth.TempAuth.__init__
-
-    def with_users(self, app, conf):
-        # The configuration file can't write every secret.
-        make(self, app, conf)
-        self.users = {name: {"key": secret, "url": "$HOST/v1/AUTH_test", "groups": groups}
-                      for name, (secret, groups) in USERS.items()}
-
-    tempauth.TempAuth.__init__ = with_users
-    extra = {"global_conf_callback": swift.obj.server.global_conf_callback} if kind == "object" else {}
-    wsgi.run_wsgi(configuration, f"{kind}-server", verbose=True, **extra)
-
-
 class StoreError(Exception):
-    """The store refused a request."""
+    """The store rejected a request."""
 
 
 class Client:
-    """Enough of S3 to fill a store: one connection, requests signed in the old way (signature version 2), which is short."""
+    """Enough of S3 to fill a store: one connection, and requests signed with signature version 2, as it is the shortest."""
 
     def __init__(self, endpoint, user, timeout=60):
         self._connection = http.client.HTTPConnection(urllib.parse.urlsplit(endpoint).netloc, timeout=timeout)
@@ -393,10 +243,10 @@ class Client:
         digest = hmac.new(USERS[self._user][0].encode(), text.encode(), "sha1").digest()
         headers = {"Date": date, "Authorization": f"AWS {self._user}:{base64.b64encode(digest).decode()}"}
         self._connection.request(method, path, body, headers)
-        with self._connection.getresponse() as answer:
-            content = answer.read()
-            if answer.status >= 300:
-                raise StoreError(f"{method} {path}: {answer.status} {content[:500]!r}")
+        with self._connection.getresponse() as response:
+            content = response.read()
+            if response.status >= 300:
+                raise StoreError(f"{method} {path}: {response.status} {content[:500]!r}")
             return content
 
 
@@ -406,11 +256,11 @@ def main():
 
     import sample_trees
 
-    parser = argparse.ArgumentParser(description="Starts an object store on this machine, filled with a small tree. Without a command it "
-                                     "prints the environment to use and serves until ctrl-c.")
-    parser.add_argument("--nodes", type=int, default=1, help="storage nodes, each with a replica of everything (1)")
-    parser.add_argument("--bucket", default="sample", help="the bucket that holds the tree (sample)")
-    parser.add_argument("command", nargs="*", metavar="COMMAND", help="what to run in that environment; the store ends with it")
+    parser = argparse.ArgumentParser(description="Starts an object store on this machine, with a small tree in it. Without a command it "
+                                     "prints the environment variables for clients and runs until ctrl-c.")
+    parser.add_argument("--nodes", type=int, default=1, help="number of storage nodes, each with a replica of everything (default: 1)")
+    parser.add_argument("--bucket", default="sample", help="bucket for the tree (default: sample)")
+    parser.add_argument("command", nargs="*", metavar="COMMAND", help="a command to run in that environment; the store ends with it")
     arguments = parser.parse_args()
 
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(128 + signal.SIGTERM))
@@ -418,12 +268,12 @@ def main():
         store.fill(arguments.bucket, sample_trees.sample())
         if arguments.command:
             command = subprocess.Popen(arguments.command, env={**os.environ, **store.environment()})
-            signal.signal(signal.SIGINT, signal.SIG_IGN)  # ctrl-c is the command's to answer
+            signal.signal(signal.SIGINT, signal.SIG_IGN)  # ctrl-c is for the command
             status = command.wait()
             return status if status >= 0 else 128 - status
         for name, value in store.environment().items():
             print(f"export {name}={shlex.quote(value)}")
-        print(f"# s3://{arguments.bucket}/ is served until ctrl-c", flush=True)
+        print(f"# s3://{arguments.bucket}/ is available until ctrl-c", flush=True)
         while True:
             signal.pause()
     return 0

@@ -1,4 +1,4 @@
-"""What a search makes of a store of three nodes when one of them dies or freezes while it runs, or when the whole store goes."""
+"""Searches of a store of three nodes while one of them dies or freezes, or while the whole store dies."""
 
 import contextlib
 import os
@@ -21,7 +21,7 @@ SEARCHES = {"top*/*/1.csv": [key for key in KEYS if key.endswith("/1.csv")],
 
 
 class Relay:
-    """Passes connections on to the store; the fault happens before the second request."""
+    """Forwards connections to the store, and causes the fault before the second request."""
 
     def __init__(self, port, fault):
         self.requests, self._port, self._fault, self._lock = 0, port, fault, threading.Lock()
@@ -30,21 +30,21 @@ class Relay:
         threading.Thread(target=self._accept, daemon=True).start()
 
     def close(self):
-        # Closing alone would leave the waiting thread, and so the port, as they are.
+        # Closing alone wouldn't wake the waiting thread, which keeps the port open.
         with contextlib.suppress(OSError):  # closed already
             self._listener.shutdown(socket.SHUT_RDWR)
         self._listener.close()
 
     def _accept(self):
-        with contextlib.suppress(OSError):  # of the listener or of the store: what the store refuses is refused here
+        with contextlib.suppress(OSError):  # closed, or the store refuses: then refuse as well
             while True:
                 client = self._listener.accept()[0]
                 server = socket.create_connection(("127.0.0.1", self._port))
-                threading.Thread(target=self._pass, args=(client, server), daemon=True).start()
-                threading.Thread(target=self._pass, args=(server, client), daemon=True).start()
+                threading.Thread(target=self._forward, args=(client, server), daemon=True).start()
+                threading.Thread(target=self._forward, args=(server, client), daemon=True).start()
         self.close()
 
-    def _pass(self, source, target):
+    def _forward(self, source, target):
         with contextlib.suppress(OSError):
             while data := source.recv(65536):
                 if data.startswith(b"GET "):
@@ -62,7 +62,7 @@ class Relay:
 
 
 class Faults(unittest.TestCase):
-    """In this order: each fault that lasts leaves less of the store."""
+    """Runs in this order, as some faults are permanent."""
 
     @classmethod
     def setUpClass(cls):
@@ -90,11 +90,11 @@ class Faults(unittest.TestCase):
     def test_2_a_node_dies(self):
         self.check_same(lambda: self.store.kill(0))
 
-    def test_3_the_store_goes(self):
+    def test_3_the_store_dies(self):
         begin = time.monotonic()
-        status, _, told = self.search("top*/*/1.csv", self.store.kill_proxy)
+        status, _, errors = self.search("top*/*/1.csv", self.store.kill_proxy)
         self.assertEqual(status, 2)
-        self.assertRegex(told, r"kglob: .*s3://faults/")
+        self.assertRegex(errors, r"kglob: .*s3://faults/")
         self.assertLess(time.monotonic() - begin, 60)
 
 

@@ -1,4 +1,4 @@
-"""What kglob makes of stores that misbehave: the right outcome, few requests, and an end within bounded time."""
+"""Searches of stores that misbehave: the outcome, the number of requests and the time that they take."""
 
 import concurrent.futures
 import os
@@ -12,22 +12,22 @@ import unittest
 from misbehaving_store import NAMES, SECRET, MisbehavingStore
 
 KGLOB = ""
-# bucket: (exit status, what standard error holds, requests at least and at most, seconds at least and at most). A listing
-# that fails is told, and the search goes on without it: status 2. A folder of many pages may be tried as a flat listing
-# first, at the cost of one request.
+# bucket: (exit status, text on standard error, fewest and most requests, fewest and most seconds). A listing that fails
+# is reported, and the search goes on without it: status 2. A folder of many pages may be tried as a flat listing first,
+# at the cost of one request.
 OUTCOMES = {
     "trickle": (0, "", 1, 1, 0.5, 8),
     "busy-thrice": (0, "", 4, 4, 0, 8),
     "retry-after": (0, "", 2, 2, 1, 8),
     "dropped-once": (0, "", 2, 2, 0, 8),
     "silent": (2, "(tried ", 2, 4, 10, 34),
-    "busy": (2, "HTTP 503 SlowDown: as told (request id id-SlowDown) (tried ", 5, 20, 0, 34),
+    "busy": (2, "HTTP 503 SlowDown: as configured (request id id-SlowDown) (tried ", 5, 20, 0, 34),
     "cut-second-page": (2, "(tried ", 6, 21, 0, 34),
-    "garbage": (2, "makes no sense", 1, 1, 0, 8),
+    "garbage": (2, "malformed response", 1, 1, 0, 8),
     "same-token": (2, "token repeats", 2, 3, 0, 8),
-    "empty-for-ever": (2, "page after page", 10, 200, 0, 10),
-    "flood": (2, "longer than any answer", 1, 1, 0, 20),
-    "moved": (2, 'the region is "eu-far-1"', 1, 1, 0, 8),
+    "empty-forever": (2, "too many empty pages", 10, 200, 0, 10),
+    "flood": (2, "larger than 32 MiB", 1, 1, 0, 20),
+    "moved": (2, 'in region "eu-far-1"', 1, 1, 0, 8),
 }
 
 
@@ -44,19 +44,19 @@ class Misbehaving(unittest.TestCase):
     def run_one(self, bucket, **changes):
         begin = time.monotonic()
         with self.start(bucket, **changes) as run:
-            found, told = run.communicate(timeout=60)
+            found, errors = run.communicate(timeout=60)
         self.assertEqual(found, "" if run.returncode else "".join(f"s3://{bucket}/{name}\n" for name in NAMES))
-        return run.returncode, told, time.monotonic() - begin
+        return run.returncode, errors, time.monotonic() - begin
 
     def test_outcomes(self):
         with concurrent.futures.ThreadPoolExecutor(8) as pool:
             runs = {bucket: pool.submit(self.run_one, bucket) for bucket in OUTCOMES}
-        for bucket, (status, errors, fewest, most, soonest, latest) in OUTCOMES.items():
+        for bucket, (status, expected, fewest, most, soonest, latest) in OUTCOMES.items():
             with self.subTest(bucket=bucket):
-                returned, told, seconds = runs[bucket].result()
-                self.assertEqual((returned, told.count("\n")), (status, 1 if status == 2 else 0), told)
-                self.assertIn(errors, told)
-                self.assertNotIn(SECRET, told)
+                returned, errors, seconds = runs[bucket].result()
+                self.assertEqual((returned, errors.count("\n")), (status, 1 if status == 2 else 0), errors)
+                self.assertIn(expected, errors)
+                self.assertNotIn(SECRET, errors)
                 self.assertTrue(fewest <= self.store.requests[bucket] <= most, self.store.requests[bucket])
                 self.assertTrue(soonest <= seconds <= latest, seconds)
 
@@ -74,7 +74,7 @@ class Misbehaving(unittest.TestCase):
 
     def test_certificates_are_verified(self):
         folder = self.enterContext(tempfile.TemporaryDirectory())
-        certificate = os.path.join(folder, "certificate")  # and its key
+        certificate = os.path.join(folder, "certificate")  # with its key
         subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
                         "-subj", "/CN=localhost", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout", certificate, "-out", certificate],
                        check=True, capture_output=True)

@@ -1,4 +1,4 @@
-"""What kglob does with a real store: outcomes, their cost in requests, and what a search of the local disk leaves alone."""
+"""Searches of a real store: outcomes and numbers of requests. Local searches must not load remote access."""
 
 import os
 import re
@@ -22,14 +22,14 @@ def user(name):
 
 class KglobStore(unittest.TestCase):
     def run_kglob(self, *arguments, **changes):
-        """Status, output and errors; a variable that is None isn't set."""
+        """Status, output and errors. A variable whose value is None isn't set."""
         environment = {name: value for name, value in {**os.environ, **changes}.items() if value is not None}
         done = subprocess.run([KGLOB, *arguments], env=environment, capture_output=True, timeout=60, check=False)
         return done.returncode, os.fsdecode(done.stdout), os.fsdecode(done.stderr)
 
     def test_refusals(self):
         none = {"AWS_ACCESS_KEY_ID": None, "AWS_SECRET_ACCESS_KEY": None}
-        for bucket, status, says, changes in (
+        for bucket, status, expected, changes in (
                 ("mirror", 2, "403", {"AWS_SECRET_ACCESS_KEY": "not-it-at-all"}),
                 ("mirror", 2, "403", {"AWS_ACCESS_KEY_ID": "no:body"}),
                 ("mirror", 2, "403", user(swift_store.GUEST)),
@@ -37,21 +37,21 @@ class KglobStore(unittest.TestCase):
                 ("mirror", 2, "kglob: ", {"AWS_ACCESS_KEY_ID": None}),
                 ("mirror", 2, "127.0.0.1", {"AWS_ENDPOINT_URL_S3": "http://127.0.0.1:1"}),
                 ("no-such-bucket", 1, "^$", {})):
-            for pattern in ("*", "top.csv"):  # once by a listing, once by a look
+            for pattern in ("*", "top.csv"):  # a listing, and a look-up
                 with self.subTest(bucket=bucket, pattern=pattern, **changes):
                     begin = time.monotonic()
                     result, output, errors = self.run_kglob(f"s3://{bucket}/{pattern}", **changes)
                     self.assertEqual((result, output), (status, ""), errors)
-                    self.assertRegex(errors, says)
+                    self.assertRegex(errors, expected)
                     self.assertLess(time.monotonic() - begin, 15)
                     secret = {**os.environ, **changes}["AWS_SECRET_ACCESS_KEY"]
                     self.assertTrue(secret is None or secret not in errors)
 
-    def test_what_signing_could_trip_over(self):
-        """Names as folders to list, as prefixes to filter by and as files to look up; and such an access key, secret and bucket."""
+    def test_signing_of_awkward_names(self):
+        """As folders to list, prefixes to filter by and files to look up; also as access key, secret and bucket."""
         searches = [(text := "s3://a-bucket.with-dots/plus+and%20space/100%25.txt", text, user(swift_store.AWKWARD))]
         for key in store_fixture.conformance_keys():
-            if key.startswith("awkward") and "*" not in key:  # "*" can't be told from a wildcard
+            if key.startswith("awkward") and "*" not in key:  # "*" would be a wildcard
                 text = f"s3://conformance/{urllib.parse.quote(key)}"
                 head = f"s3://conformance/{urllib.parse.quote(key[:-1])}" + "*"
                 searches += [(text, text, {}), (head, text, {})]
@@ -73,10 +73,10 @@ class KglobStore(unittest.TestCase):
     def test_requests(self):
         readme = len([key for key in sample_trees.mirror() if key.endswith("/readme.txt")])
         for pattern, matches, least, most in (
-                ("wide/*", 2500, 3, 4),  # one a page
+                ("wide/*", 2500, 3, 4),  # one request a page
                 ("wide/00*", 100, 1, 2),  # a literal head is sent as the prefix
                 ("wide/0001.csv", 1, 1, 2), ("wide/0001", 0, 1, 2), ("wide", 1, 1, 2), ("wide/", 1, 1, 2), ("no/thing", 0, 1, 2),
-                ("**/readme.txt", readme, 4, 8)):  # 3,300 keys are four pages, not one for each of some 370 folders
+                ("**/readme.txt", readme, 4, 8)):  # four pages for 3,300 keys, not one request for each of some 370 folders
             with self.subTest(pattern=pattern):
                 _, output, errors = self.run_kglob("--stats", f"s3://mirror/{pattern}")
                 self.assertEqual(len(output.splitlines()), matches, errors)

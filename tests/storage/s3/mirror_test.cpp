@@ -9,8 +9,8 @@
 #include "korvan/io/glob.hpp"
 #include "support/text.hpp"
 
-// One tree of some 3,300 files in some 370 folders, on the local disk and in a real store: a search must not tell them
-// apart.
+// A tree of some 3,300 files in some 370 folders, on the local disk and in a real store: searches must find the same in
+// both.
 
 namespace korvan::test {
 namespace {
@@ -22,8 +22,8 @@ std::vector<std::string> onDisk(std::string const& pattern, bool dots) {
   return toBytes(glob(toText(pattern), toText(std::getenv("KORVAN_TEST_MIRROR")), dots));
 }
 
-// The same search by an IRI pattern, its texts as paths below the store's root. That is found as well; on the disk it
-// has no relative text.
+// The same search by an IRI pattern, with its results as paths below the store's root. The root itself is left out: on
+// the disk it isn't found.
 std::vector<std::string> byIri(std::string const& pattern, bool dots) {
   vfs::AbsoluteIRI const root{std::u16string(u"s3://mirror")};
   std::vector<std::string> paths;
@@ -34,7 +34,7 @@ std::vector<std::string> byIri(std::string const& pattern, bool dots) {
   return paths;
 }
 
-// Paths of the tree with parts of them replaced by stars find something more often than not.
+// Replacing parts of the tree's paths by stars makes patterns that mostly find something.
 class RandomPatterns {
  public:
   std::string next() {
@@ -65,7 +65,7 @@ TEST(Mirror, RandomPatternsFindTheSame) {
   std::size_t something = 0;
   std::optional<vfs::ReadSession> session;
   for (int i = 0; i < 400; ++i) {
-    // The first each read anew, so that whole and partial readings of a folder are met; the rest share theirs.
+    // The first patterns have a session each, so that folders are read in whole and in part; the others share one.
     if (i < 25) session.emplace();
     std::string const pattern = patterns.next();
     std::vector<std::string> const found = onDisk(pattern, i % 2 == 0);

@@ -1,4 +1,4 @@
-"""An object store that misbehaves in a chosen way. The bucket names the behaviour, so one server serves every case."""
+"""An object store that misbehaves in a way that the bucket's name selects, so that one server serves every case."""
 
 import collections
 import contextlib
@@ -21,7 +21,7 @@ def page(names=NAMES, token=None):
 
 
 def error(code):
-    return f"<Error><Code>{code}</Code><Message>as told</Message><RequestId>id-{code}</RequestId></Error>".encode()
+    return f"<Error><Code>{code}</Code><Message>as configured</Message><RequestId>id-{code}</RequestId></Error>".encode()
 
 
 WELL = (200, page(), {})
@@ -35,7 +35,7 @@ def slowly(body):
         time.sleep(0.1)
 
 
-# bucket: its answer to the request of a number, from 1, and of a continuation token: status, body, headers; None hangs up.
+# bucket: the response (status, body, headers) to a request with this number, from 1, and continuation token; None hangs up.
 BEHAVIOURS = {
     "well": lambda number, token: WELL,
     "trickle": lambda number, token: (200, slowly(page()), {"Content-Length": str(len(page()))}),
@@ -47,7 +47,7 @@ BEHAVIOURS = {
     "cut-second-page": lambda number, token: (200, page(["three"], "1"), {}) if token == "0" else CUT,
     "garbage": lambda number, token: (200, bytes(range(256)) * 10, {}),
     "same-token": lambda number, token: (200, page([f"t{number:06}"], "again"), {}),
-    "empty-for-ever": lambda number, token: (200, page([], f"token{number}"), {}),
+    "empty-forever": lambda number, token: (200, page([], f"token{number}"), {}),
     "flood": lambda number, token: (200, itertools.repeat(b"<Contents>" * 100000), {}),
     "moved": lambda number, token: (301, error("PermanentRedirect"), {"x-amz-bucket-region": "eu-far-1", "Location": "/well"}),
 }
@@ -61,22 +61,22 @@ class Handler(http.server.BaseHTTPRequestHandler):
         bucket = address.path.split("/")[1]
         self.server.requests[bucket] += 1
         token = dict(urllib.parse.parse_qsl(address.query)).get("continuation-token", "0")
-        answer = BEHAVIOURS[bucket](self.server.requests[bucket], token)
+        response = BEHAVIOURS[bucket](self.server.requests[bucket], token)
         self.close_connection = True
-        if answer is None:
+        if response is None:
             return
-        status, body, headers = answer
+        status, body, headers = response
         self.send_response(status)
         for name, value in headers.items():
             self.send_header(name, value)
         self.end_headers()
-        with contextlib.suppress(OSError):  # the client has gone
+        with contextlib.suppress(OSError):  # the client has disconnected
             for piece in [body] if isinstance(body, bytes) else body:
                 self.wfile.write(piece)
 
 
 class MisbehavingStore(http.server.ThreadingHTTPServer):
-    """`requests` counts them by bucket. `certificate`: a file with a certificate and its key, to serve HTTPS."""
+    """`requests` counts the requests by bucket. `certificate` is a file with a certificate and its key, for HTTPS."""
 
     def __init__(self, certificate=None):
         super().__init__(("127.0.0.1", 0), Handler)

@@ -12,7 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-TEST(S3Url, BucketsAreFoundByPathOrByHost) {
+TEST(S3Url, TheBucketIsInThePathOrTheHost) {
   char const* const cases[][3] = {
       {"https://store/base", "My bucket", "https://store/base/My%20bucket"},
       {"", "data-1", "https://data-1.s3.eu-1.amazonaws.com/"},
@@ -27,10 +27,10 @@ TEST(S3Url, BucketsAreFoundByPathOrByHost) {
   }
 }
 
-TEST(S3Place, AnIRINamesABucketAndAKey) {
+TEST(S3ObjectLocation, AnIRINamesABucketAndAKey) {
   struct Case {
     std::string iri, key;
-    bool folderOnly, possible;
+    bool folderOnly, canExist;
   };
   std::string const longest(1024, 'k');
   Case const cases[] = {
@@ -40,10 +40,10 @@ TEST(S3Place, AnIRINamesABucketAndAKey) {
       {"s3://b/" + longest + "k", longest + "k", false, false},
   };
   for (Case const& c : cases) {
-    Place const place = placeOf(vfs::AbsoluteIRI::fromWrittenForm(
+    ObjectLocation const target = objectLocationOf(vfs::AbsoluteIRI::fromWrittenForm(
         core::text::fromBytes(c.iri), 2, static_cast<std::uint32_t>(std::min(c.iri.find('/', 5), c.iri.size()))));
-    EXPECT_EQ(std::tuple(place.bucket, place.key), std::tuple("b", c.key));
-    EXPECT_EQ(std::tuple(place.folderOnly, place.possible()), std::tuple(c.folderOnly, c.possible)) << c.iri;
+    EXPECT_EQ(std::tuple(target.bucket, target.key), std::tuple("b", c.key));
+    EXPECT_EQ(std::tuple(target.folderOnly, target.canExist()), std::tuple(c.folderOnly, c.canExist)) << c.iri;
   }
 }
 
@@ -52,7 +52,9 @@ std::string pageOf(std::string const& inside) {
          "</ListBucketResult>";
 }
 
-TEST(S3ListPage, IsReadHoweverItIsWritten) {
+std::string const lastPage = "<IsTruncated>false</IsTruncated>";
+
+TEST(S3ListPage, OrderEncodingAndUnknownElementsDoNotMatter) {
   ListPage const page = parseListPage(
       pageOf("<CommonPrefixes><Prefix>a%2Fd%2f</Prefix></CommonPrefixes>\n<EncodingType>url</EncodingType>"
              "<Strange><Key>no</Key></Strange><Contents><ETag>&quot;0&quot;</ETag><Key>a/%0A+%2B</Key></Contents>"
@@ -60,22 +62,30 @@ TEST(S3ListPage, IsReadHoweverItIsWritten) {
   EXPECT_THAT(page.keys, ElementsAre("a/\n +"));
   EXPECT_THAT(page.commonPrefixes, ElementsAre("a/d/"));
   EXPECT_EQ(page.continuationToken, "1+/=&");
-  EXPECT_THAT(parseListPage(pageOf("<Contents><Key>%+</Key></Contents><IsTruncated>false</IsTruncated>")).keys,
-              ElementsAre("%+"));
+  EXPECT_THAT(parseListPage(pageOf("<Contents><Key>%+&#x1F600;&#49;</Key></Contents>" + lastPage)).keys,
+              ElementsAre("%+\U0001F6001"));
 }
 
-TEST(S3ListPage, WhatIsNoPageIsRefused) {
+TEST(S3ListPage, MalformedPagesAreRefused) {
   std::string const bodies[] = {
       "<html><body>Sign in</body></html>",
       "<ListBucketResult><IsTruncated>false</IsTruncated></ListBucketResult",
       pageOf("<Contents><Key>a</Key></Contents>"),
-      pageOf("<Contents><Size>1</Size></Contents><IsTruncated>false</IsTruncated>"),
-      pageOf("<EncodingType>url</EncodingType><Contents><Key>a%2</Key></Contents><IsTruncated>false</IsTruncated>"),
+      pageOf("<Contents><Size>1</Size></Contents>" + lastPage),
+      pageOf("<EncodingType>url</EncodingType><Contents><Key>a%2</Key></Contents>" + lastPage),
+      pageOf(lastPage) + "text",
+      pageOf(lastPage) + "<ListBucketResult/>",
+      "text" + pageOf(lastPage),
+      pageOf(lastPage) + '\0',
   };
-  for (std::string const& body : bodies) EXPECT_THROW(parseListPage(body), BadPage) << body;
+  for (std::string const& body : bodies) EXPECT_THROW(parseListPage(body), MalformedPage) << body;
+  for (char const* const reference : {"&#0;", "&#x;", "&#xD800;", "&#4294967361;", "&#x110000;", "&foo;", "&amp", "& "})
+    EXPECT_THROW(parseListPage(pageOf("<Contents><Key>a" + (reference + ("</Key></Contents>" + lastPage)))),
+                 MalformedPage)
+        << reference;
 }
 
-TEST(S3ListPage, PagesMustFollowFromOneAnother) {
+TEST(S3ListPage, PagesMustAgreeWithEachOther) {
   struct Case {
     ListPage first, second;
     bool delimited;
@@ -83,10 +93,10 @@ TEST(S3ListPage, PagesMustFollowFromOneAnother) {
   };
   ListPage const empty{{}, {}, true, "0"};
   Case const cases[] = {
-      {{{"d/a"}, {"d/b/"}, true, "1"}, {{"d/c"}, {"d/b/"}, false, ""}, true, ""},  // a prefix may be told again
-      {empty, {{"d/b"}, {}, true, ""}, true, "no token"},
-      {{{"d/a", "d/b"}, {}, true, "1"}, {{"d/a", "d/b"}, {}, true, "2"}, true, "goes back"},
-      {{{"d/a"}, {}, true, "1"}, {{"d/a"}, {}, true, "2"}, true, "repeats the page"},
+      {{{"d/a"}, {"d/b/"}, true, "1"}, {{"d/c"}, {"d/b/"}, false, ""}, true, ""},  // a common prefix may be repeated
+      {empty, {{"d/b"}, {}, true, ""}, true, "no continuation token"},
+      {{{"d/a", "d/b"}, {}, true, "1"}, {{"d/a", "d/b"}, {}, true, "2"}, true, "before the end"},
+      {{{"d/a"}, {}, true, "1"}, {{"d/a"}, {}, true, "2"}, true, "repeats the previous"},
       {empty, {{"e/a"}, {}, false, ""}, true, "begin with"},
       {empty, {{"d/a/x"}, {}, false, ""}, true, "delimiter"},
       {empty, {{}, {"d/a/"}, false, ""}, false, "delimiter"},
@@ -97,8 +107,8 @@ TEST(S3ListPage, PagesMustFollowFromOneAnother) {
     std::string fault;
     try {
       check.accept(c.second);
-    } catch (BadPage const& bad) {
-      fault = bad.what();
+    } catch (MalformedPage const& page) {
+      fault = page.what();
     }
     EXPECT_THAT(fault, *c.fault == '\0' ? testing::Matcher<std::string>("") : HasSubstr(c.fault));
   }
@@ -108,13 +118,13 @@ vfs::Exception errorOf(long status, std::string body) {
   Configuration configuration;
   configuration.region = "eu-1";
   configuration.credentials = Credentials{"key", "s3cret", "t0ken"};
-  Answer answer;
-  answer.status = status;
-  answer.body = std::move(body);
-  return exceptionOfResult({answer, 1, {}}, configuration, vfs::AbsoluteIRI::fromWrittenForm(u"s3://b/k", 2, 6));
+  Response response;
+  response.status = status;
+  response.body = std::move(body);
+  return exceptionFor({response, 1, {}}, configuration, vfs::AbsoluteIRI::fromWrittenForm(u"s3://b/k", 2, 6));
 }
 
-TEST(S3AnswerError, CodesAndWords) {
+TEST(S3ErrorMapping, CodesAndMessages) {
   struct Case {
     long status;
     std::string body;
@@ -122,11 +132,12 @@ TEST(S3AnswerError, CodesAndWords) {
     std::string reason;
   };
   Case const cases[] = {
-      {404, "<Error><Code>NoSuchBucket</Code><Message>said so</Message></Error>", 1, "HTTP 404 NoSuchBucket: said so"},
+      {404, "<Error><Code>NoSuchBucket</Code><Message>not here</Message></Error>", 1,
+       "HTTP 404 NoSuchBucket: not here"},
       {404, "<html><p>not here</html>", 3, "HTTP 404"},
       {400, "<Errors><Error><Code>InvalidToken</Code></Error></Errors>", 2, "HTTP 400 InvalidToken"},
       {400, "you sent s3cret and t0ken", 3, "HTTP 400: you sent *** and ***"},
-      {412, "Bad\nURL \x1B[31m", 3, "HTTP 412: Bad URL  [31m"},
+      {412, " Bad\nURL \x1B[31m", 3, "HTTP 412: Bad URL \\x1B[31m"},
   };
   for (Case const& c : cases) {
     EXPECT_EQ(errorOf(c.status, c.body).getErrorCode(), c.code) << c.body;

@@ -8,44 +8,44 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-/// Gives one outcome for ever, each after a time, by a clock that moves only then and when waited on.
-class Still : public Clock, public Transport {
+/// Returns the same outcome every time. The clock advances only by the time that an attempt or a wait takes.
+class FakeStore : public Clock, public Transport {
  public:
-  Still(Outcome outcome, milliseconds each, double chance)
-      : outcome_(std::move(outcome)), each_(each), chance_(chance) {}
+  FakeStore(AttemptOutcome outcome, milliseconds each, double random)
+      : outcome_(std::move(outcome)), each_(each), random_(random) {}
   milliseconds now() override { return now_; }
-  double chance() override { return chance_; }
+  double random01() override { return random_; }
   void wait(milliseconds time) override { now_ += time; }
-  Outcome get(std::string const&, milliseconds limit) override {
-    now_ += std::min(each_, limit);
+  AttemptOutcome get(std::string const&, milliseconds timeout) override {
+    now_ += std::min(each_, timeout);
     return outcome_;
   }
 
  private:
-  Outcome outcome_;
+  AttemptOutcome outcome_;
   milliseconds each_, now_{1000000};
-  double chance_;
+  double random_;
 };
 
-Outcome status(long code, std::optional<seconds> retryAfter = {}) {
-  Answer answer;
-  answer.status = code;
-  answer.retryAfter = retryAfter;
-  return answer;
+AttemptOutcome status(long code, std::optional<seconds> retryAfter = {}) {
+  Response response;
+  response.status = code;
+  response.retryAfter = retryAfter;
+  return response;
 }
 
-TEST(S3Retry, TriesAgainWhatMayPassAndEndsWithinItsBounds) {
+TEST(S3Retry, RetriesTransientFailuresWithinItsLimits) {
   struct Case {
-    Outcome outcome;
+    AttemptOutcome outcome;
     milliseconds each;
-    double chance;
-    unsigned most, attempts;
-    milliseconds spent;
+    double random;
+    unsigned maximum, attempts;
+    milliseconds elapsed;
   };
   auto const lost = Failure{Failure::Kind::lost, ""};
-  unsigned const usual = RetryPolicy().attempts;
+  unsigned const usual = RetryPolicy().maximumAttempts;
   Case const cases[] = {
-      {Failure{Failure::Kind::lasting, ""}, milliseconds(1), 0, usual, 1, milliseconds(1)},
+      {Failure{Failure::Kind::permanent, ""}, milliseconds(1), 0, usual, 1, milliseconds(1)},
       {status(429), milliseconds(1), 0, usual, 10, milliseconds(10)},
       {status(500), milliseconds(1), 0.5, 4, 4, milliseconds(4 + 50 + 100 + 200)},
       {status(503), milliseconds(1), 0.5, 2, 2, milliseconds(2 + 50)},
@@ -55,12 +55,12 @@ TEST(S3Retry, TriesAgainWhatMayPassAndEndsWithinItsBounds) {
       {status(503, seconds(1000000000000)), milliseconds(1), 0, usual, 1, milliseconds(1)},
   };
   for (Case const& c : cases) {
-    Still still(c.outcome, c.each, c.chance);
+    FakeStore store(c.outcome, c.each, c.random);
     RetryPolicy policy;
-    policy.attempts = c.most;
-    Result const result = getWithRetries(still, still, policy, "");
-    EXPECT_EQ(result.attempts, c.attempts);
-    EXPECT_EQ(result.spent, c.spent) << result.spent.count() << " ms";
+    policy.maximumAttempts = c.maximum;
+    RequestOutcome const outcome = getWithRetries(store, store, policy, "");
+    EXPECT_EQ(outcome.attempts, c.attempts);
+    EXPECT_EQ(outcome.elapsed, c.elapsed) << outcome.elapsed.count() << " ms";
   }
 }
 

@@ -1,10 +1,10 @@
-"""The store that all tests of one ctest run share.
+"""The store that all tests of a ctest run share.
 
     store_fixture.py {start|stop} FOLDER
-    store_fixture.py run FOLDER COMMAND...    a command in the environment of a client of it
+    store_fixture.py run FOLDER COMMAND...    runs the command with the environment of a client
 
-It also ends when the process that asked for it does (ctest), so that an interrupted run leaves nothing behind. FOLDER/mirror is the local
-twin of the bucket "mirror"; KORVAN_TEST_MIRROR names it.
+It also ends when the process that started it does (ctest), so that an interrupted run leaves nothing behind. FOLDER/mirror
+is a local copy of the bucket "mirror"; KORVAN_TEST_MIRROR names it.
 """
 
 import contextlib
@@ -28,8 +28,8 @@ def conformance_keys():
     return [urllib.parse.unquote(line) for line in lines if line and not line.startswith("#")]
 
 
-def serve(folder, asker):
-    """The process behind the fixture: serves until `asker` ends or it is told to stop."""
+def serve(folder, starter):
+    """The server process of the fixture: runs until the process `starter` ends or SIGTERM arrives."""
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(0))
     with swift_store.SwiftStore() as store:
         store.fill("conformance", conformance_keys())
@@ -40,7 +40,7 @@ def serve(folder, asker):
         environment = {**store.environment(), "KORVAN_TEST_MIRROR": str(folder / "mirror")}
         (folder / "new").write_text(json.dumps(environment), encoding="ascii")
         (folder / "new").rename(folder / "environment")
-        select.select([os.pidfd_open(int(asker))], [], [])
+        select.select([os.pidfd_open(int(starter))], [], [])
 
 
 def start(folder):
@@ -62,18 +62,18 @@ def start(folder):
 def stop(folder):
     with contextlib.suppress(OSError, ValueError):
         server = int((folder / "pid").read_text(encoding="ascii"))
-        # Long gone, its number may have been given to another. It isn't waited for: nothing depends on its end.
+        # If the server ended long ago, another process may have its number. Nothing needs to wait for its end.
         if os.fsencode(folder) in Path(f"/proc/{server}/cmdline").read_bytes().split(b"\0"):
             os.kill(server, signal.SIGTERM)
 
 
 def run(folder, *command):
     store = json.loads((folder / "environment").read_text(encoding="ascii"))
-    # A profile or an endpoint of the user's own would be another store.
+    # The user's own profile or endpoint would name another store.
     others = {name: value for name, value in os.environ.items() if not name.startswith("AWS_")}
     os.execvpe(command[0], command, {**others, **store})
 
 
 if __name__ == "__main__":
-    place = Path(sys.argv[2]).absolute()
-    {"start": start, "stop": stop, "run": run, "serve": serve}[sys.argv[1]](place, *sys.argv[3:])
+    commands = {"start": start, "stop": stop, "run": run, "serve": serve}
+    commands[sys.argv[1]](Path(sys.argv[2]).absolute(), *sys.argv[3:])

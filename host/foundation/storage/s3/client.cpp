@@ -11,7 +11,7 @@ namespace {
 constexpr long ok = 200;
 
 Query queryOf(ListRequest const& request) {
-  // Names with control characters come only encoded.
+  // Without encoding-type=url XML couldn't carry keys with control characters.
   Query query{{"list-type", "2"}, {"encoding-type", "url"}, {"prefix", request.prefix}};
   if (request.delimited) query.emplace_back("delimiter", "/");
   if (!request.startAfter.empty()) query.emplace_back("start-after", request.startAfter);
@@ -22,41 +22,41 @@ Query queryOf(ListRequest const& request) {
 
 }  // namespace
 
-Store::Store(Configuration configuration, std::unique_ptr<Transport> transport, Clock& clock)
+Client::Client(Configuration configuration, std::unique_ptr<Transport> transport, Clock& clock)
     : configuration_(std::move(configuration)), transport_(std::move(transport)), clock_(clock) {
-  if (configuration_.maximumAttempts != 0) policy_.attempts = configuration_.maximumAttempts;
+  if (configuration_.maximumAttempts != 0) policy_.maximumAttempts = configuration_.maximumAttempts;
 }
 
-ListPage Store::list(ListRequest const& request, PageCheck& check, vfs::AbsoluteIRI const& location) {
-  std::string const url = bucketUrl(configuration_, request.bucket) + '?' + canonicalQuery(queryOf(request));
-  Result const result = ask(url);
-  auto const* const answer = std::get_if<Answer>(&result.outcome);
-  if (answer == nullptr || answer->status != ok) throw exceptionOfResult(result, configuration_, location);
+ListPage Client::list(ListRequest const& request, PageCheck& check, vfs::AbsoluteIRI const& location) {
+  RequestOutcome const outcome =
+      get(bucketUrl(configuration_, request.bucket) + '?' + canonicalQuery(queryOf(request)));
+  auto const* const response = std::get_if<Response>(&outcome.last);
+  if (response == nullptr || response->status != ok) throw exceptionFor(outcome, configuration_, location);
   try {
-    ListPage page = parseListPage(answer->body);
+    ListPage page = parseListPage(response->body);
     check.accept(page);
     return page;
-  } catch (BadPage const& fault) {
-    throw exceptionOfBadAnswer(*answer, fault.what(), configuration_, location);
+  } catch (MalformedPage const& page) {
+    throw malformedResponseException(*response, page.what(), configuration_, location);
   }
 }
 
-Result Store::ask(std::string const& url) {
+RequestOutcome Client::get(std::string const& url) {
   {
-    std::lock_guard const lock(silenceMutex_);
-    if (silence_ && clock_.now() < silenceEnd_) return *silence_;
+    std::lock_guard const lock(circuitMutex_);
+    if (openCircuit_ && clock_.now() < circuitOpenUntil_) return *openCircuit_;
   }
-  Result result = getWithRetries(*transport_, clock_, policy_, url);
-  std::lock_guard const lock(silenceMutex_);
-  auto const* const failure = std::get_if<Failure>(&result.outcome);
-  if (failure == nullptr || failure->kind == Failure::Kind::lasting) {
-    silence_.reset();
-    unanswered_ = 0;
-  } else if (++unanswered_ >= (failure->kind == Failure::Kind::unreachable ? 1 : 2)) {
-    silence_ = result;
-    silenceEnd_ = clock_.now() + 2 * result.spent;
+  RequestOutcome outcome = getWithRetries(*transport_, clock_, policy_, url);
+  std::lock_guard const lock(circuitMutex_);
+  auto const* const failure = std::get_if<Failure>(&outcome.last);
+  if (failure == nullptr || failure->kind == Failure::Kind::permanent) {
+    openCircuit_.reset();
+    failuresInARow_ = 0;
+  } else if (++failuresInARow_ >= (failure->kind == Failure::Kind::unreachable ? 1 : 2)) {
+    openCircuit_ = outcome;
+    circuitOpenUntil_ = clock_.now() + 2 * outcome.elapsed;
   }
-  return result;
+  return outcome;
 }
 
 }  // namespace foundation::storage::s3

@@ -14,41 +14,42 @@
 
 namespace foundation::storage::s3 {
 
-/// What is asked of a bucket's listing. Fields that are empty or 0 aren't sent.
+/// The parameters of a ListObjectsV2 request. Fields that are empty or 0 aren't sent.
 struct ListRequest {
   std::string bucket = {};
   std::string prefix = {};
   std::string startAfter = {};
   std::string continuationToken = {};
-  bool delimited = false;  ///< roll up what is below the next "/"
+  bool delimited = false;  ///< roll up the keys below the next "/" into common prefixes
   unsigned maximumKeys = 0;
 };
 
-/// One store, as the configuration tells. Usable from several threads at once.
-class Store {
+/// A client of the store that the configuration describes. Safe to use from several threads at once.
+class Client {
  public:
-  /// The store of the configuration; requests go through `transport`.
-  Store(Configuration configuration, std::unique_ptr<Transport> transport, Clock& clock);
+  /// Requests go through `transport`; `clock` must outlive the client.
+  Client(Configuration configuration, std::unique_ptr<Transport> transport, Clock& clock);
 
-  /// A page of a listing, held to what was asked and to the pages that `check` has seen; one request, more where it has
-  /// to be tried again. Throws `vfs::Exception` with the location for every failure and for an answer that can't be
-  /// that page, `Quindarel::System::InterruptException`.
+  /// One page of a listing, checked by `check`: one request, more if it has to be retried. Throws `vfs::Exception` with
+  /// the location for every failure and for a malformed page, and `Quindarel::System::InterruptException`.
   ListPage list(ListRequest const& request, PageCheck& check, vfs::AbsoluteIRI const& location);
 
  private:
-  /// The result of the request with its repetitions. A store that has gone fails a search of many folders once, not for
-  /// each of them anew: for twice the time that it was waited for in vain, the same failure answers every request.
-  Result ask(std::string const& url);
+  /// The outcome of the request with its retries, behind a circuit breaker: a search of many folders shouldn't wait for
+  /// a dead store once for each of them. The circuit opens after one request that found the store unreachable, or two
+  /// in a row without a response. For twice the time that the last one took, every request then fails at once with that
+  /// outcome.
+  RequestOutcome get(std::string const& url);
 
   Configuration configuration_;
   RetryPolicy policy_;
   std::unique_ptr<Transport> transport_;
   Clock& clock_;
 
-  std::mutex silenceMutex_;  // guards what follows
-  unsigned unanswered_ = 0;  // requests in a row that got no answer at all
-  std::optional<Result> silence_;
-  std::chrono::milliseconds silenceEnd_{0};
+  std::mutex circuitMutex_;                    // guards the members below
+  unsigned failuresInARow_ = 0;                // requests without a response
+  std::optional<RequestOutcome> openCircuit_;  // the outcome of every request while the circuit is open
+  std::chrono::milliseconds circuitOpenUntil_{0};
 };
 
 }  // namespace foundation::storage::s3

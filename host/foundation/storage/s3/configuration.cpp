@@ -8,35 +8,37 @@
 #include <initializer_list>
 #include <memory>
 
+#include "foundation/core/text/ascii.hpp"
 #include "foundation/storage/s3/profile_file.hpp"
+#include "foundation/storage/s3/url.hpp"
 
 namespace foundation::storage::s3 {
 namespace {
 
-/// The sections of both files that belong to one profile.
+/// The sections of one profile in both files.
 class Profile {
  public:
   Profile(Environment const& environment, FileReader const& files)
       : name_(environment("AWS_PROFILE")),
         credentialsFile_(read(environment, files, "AWS_SHARED_CREDENTIALS_FILE", "credentials")),
         configurationFile_(read(environment, files, "AWS_CONFIG_FILE", "config")) {
-    bool const asked = !name_.empty();
-    if (!asked) name_ = "default";
+    bool const isExplicit = !name_.empty();
+    if (!isExplicit) name_ = "default";
     credentials_ = section(credentialsFile_, name_);
     configuration_ = section(configurationFile_, "profile " + name_);
     if (configuration_ == nullptr && name_ == "default") configuration_ = section(configurationFile_, name_);
-    if (asked && credentials_ == nullptr && configuration_ == nullptr)
-      throw ConfigurationError("the profile \"" + name_ +
-                               "\" that AWS_PROFILE names is in neither the credentials nor the configuration file");
+    if (isExplicit && credentials_ == nullptr && configuration_ == nullptr)
+      throw ConfigurationError("AWS_PROFILE names the profile \"" + name_ +
+                               "\", but neither the credentials file nor the config file has it");
   }
 
-  /// A setting of the profile, the credentials file's first; empty where there is none.
+  /// A setting of the profile, from the credentials file or else the config file; empty if neither has it.
   std::string setting(char const* name) const {
     std::string value = find(credentials_, name);
     return value.empty() ? find(configuration_, name) : value;
   }
 
-  /// A setting for this kind of store in the services section that the profile names.
+  /// A setting for S3 in the services section that the profile names; empty if there is none.
   std::string serviceSetting(std::string const& name) const {
     std::string const services = setting("services");
     return services.empty() ? std::string() : find(section(configurationFile_, "services " + services), "s3." + name);
@@ -49,7 +51,7 @@ class Profile {
       if (found.accessKey.empty() && found.secret.empty()) continue;
       if (found.accessKey.empty() || found.secret.empty())
         throw ConfigurationError("the profile \"" + name_ +
-                                 "\" has only one of aws_access_key_id and aws_secret_access_key");
+                                 "\" sets only one of aws_access_key_id and aws_secret_access_key: set both");
       return found;
     }
     return std::nullopt;
@@ -87,7 +89,7 @@ class Profile {
   ProfileSection const* configuration_ = nullptr;
 };
 
-std::string firstOf(std::initializer_list<std::string> values) {
+std::string firstNonEmpty(std::initializer_list<std::string> values) {
   for (std::string const& value : values)
     if (!value.empty()) return value;
   return {};
@@ -98,28 +100,27 @@ std::optional<Credentials> environmentCredentials(Environment const& environment
                     environment("AWS_SESSION_TOKEN")};
   if (found.accessKey.empty() && found.secret.empty()) return std::nullopt;
   if (found.accessKey.empty() || found.secret.empty())
-    throw ConfigurationError("only one of AWS_ACCESS_KEY_ID and AWS_SECRET_ACCESS_KEY is set");
+    throw ConfigurationError("only one of AWS_ACCESS_KEY_ID and AWS_SECRET_ACCESS_KEY is set: set both or neither");
   return found;
 }
 
-// The region becomes part of a host name and of what is signed.
+// The region becomes part of a host name and of the signature.
 std::string checkedRegion(std::string region) {
   for (char const c : region)
-    if (!(c == '-' || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z')))
-      throw ConfigurationError("the region \"" + region + "\" isn't made of letters, digits and \"-\"");
+    if (!(c == '-' || core::text::isDigit(c) || core::text::isLetter(c)))
+      throw ConfigurationError("the region \"" + region +
+                               "\" is invalid: use letters, digits and \"-\" only (see AWS_REGION)");
   return region;
 }
 
-// A text that is refused isn't repeated: it may hold a password.
-std::string checkedEndpoint(std::string endpoint) {
-  if (endpoint.empty()) return endpoint;
-  std::size_t const host = endpoint.starts_with("http://") ? 7 : endpoint.starts_with("https://") ? 8 : 0;
-  std::string_view const authority = std::string_view(endpoint).substr(host, endpoint.find('/', host) - host);
-  if (host == 0 || authority.empty() || authority.find('@') != std::string_view::npos ||
-      endpoint.find_first_of("?# \t\r\n") != std::string::npos)
-    throw ConfigurationError("the endpoint's URL isn't of the form http[s]://host[:port][/path]");
-  while (endpoint.back() == '/') endpoint.pop_back();
-  return endpoint;
+std::string checkedEndpoint(std::string const& text) {
+  if (text.empty()) return {};
+  auto endpoint = normalizedEndpoint(text);
+  // The message doesn't repeat the text, since it may contain a password.
+  if (!endpoint)
+    throw ConfigurationError(
+        "the endpoint URL is invalid: use the form http[s]://host[:port][/path] (see AWS_ENDPOINT_URL)");
+  return *std::move(endpoint);
 }
 
 unsigned checkedAttempts(std::string const& text) {
@@ -127,7 +128,8 @@ unsigned checkedAttempts(std::string const& text) {
   unsigned attempts = 0;
   auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), attempts);
   if (error != std::errc() || end != text.data() + text.size() || attempts == 0)
-    throw ConfigurationError("the number of attempts (AWS_MAX_ATTEMPTS, max_attempts) isn't a number above 0");
+    throw ConfigurationError(
+        "the number of attempts (AWS_MAX_ATTEMPTS or max_attempts) must be a whole number above 0");
   return attempts;
 }
 
@@ -141,7 +143,7 @@ std::optional<std::string> readFile(std::string const& path) {
   } else if (errno == ENOENT || errno == ENOTDIR) {
     return std::nullopt;
   }
-  throw ConfigurationError("can't read " + path + ": " + std::strerror(errno));
+  throw ConfigurationError("cannot read " + path + ": " + std::strerror(errno));
 }
 
 }  // namespace
@@ -151,14 +153,14 @@ Configuration makeConfiguration(Environment const& environment, FileReader const
   Configuration configuration;
   configuration.credentials = environmentCredentials(environment);
   if (!configuration.credentials) configuration.credentials = profile.credentials();
-  configuration.region = checkedRegion(
-      firstOf({environment("AWS_REGION"), environment("AWS_DEFAULT_REGION"), profile.setting("region"), "us-east-1"}));
+  configuration.region = checkedRegion(firstNonEmpty(
+      {environment("AWS_REGION"), environment("AWS_DEFAULT_REGION"), profile.setting("region"), "us-east-1"}));
   configuration.endpoint =
-      checkedEndpoint(firstOf({environment("AWS_ENDPOINT_URL_S3"), environment("AWS_ENDPOINT_URL"),
-                               profile.serviceSetting("endpoint_url"), profile.setting("endpoint_url")}));
-  configuration.caBundle = firstOf({environment("AWS_CA_BUNDLE"), profile.setting("ca_bundle")});
+      checkedEndpoint(firstNonEmpty({environment("AWS_ENDPOINT_URL_S3"), environment("AWS_ENDPOINT_URL"),
+                                     profile.serviceSetting("endpoint_url"), profile.setting("endpoint_url")}));
+  configuration.caBundle = firstNonEmpty({environment("AWS_CA_BUNDLE"), profile.setting("ca_bundle")});
   configuration.maximumAttempts =
-      checkedAttempts(firstOf({environment("AWS_MAX_ATTEMPTS"), profile.setting("max_attempts")}));
+      checkedAttempts(firstNonEmpty({environment("AWS_MAX_ATTEMPTS"), profile.setting("max_attempts")}));
   return configuration;
 }
 

@@ -1,6 +1,7 @@
 #include "foundation/storage/s3/curl_transport.hpp"
 
 #include <algorithm>
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -17,10 +18,10 @@
 namespace foundation::storage::s3 {
 namespace {
 
-constexpr std::size_t longestAnswer = std::size_t{32} << 20;
-constexpr long connectMilliseconds = 5000;
-constexpr long silenceSeconds = 10;
-constexpr int pollMilliseconds = 40;  // an interrupt must be seen within 50
+constexpr std::size_t maximumResponseBytes = std::size_t{32} << 20;
+constexpr long connectTimeoutMilliseconds = 5000;
+constexpr long idleTimeoutSeconds = 10;
+constexpr int pollMilliseconds = 40;  // an interrupt must be noticed within 50 ms
 
 struct CloseEasy {
   void operator()(CURL* handle) const noexcept { curl_easy_cleanup(handle); }
@@ -33,7 +34,14 @@ struct FreeList {
 };
 using HeaderList = std::unique_ptr<curl_slist, FreeList>;
 
-/// A handle for requests and the connections it keeps. Used by one thread at a time.
+HeaderList append(HeaderList headers, std::string const& header) {
+  curl_slist* const longer = curl_slist_append(headers.get(), header.c_str());
+  if (longer == nullptr) throw std::bad_alloc();
+  (void)headers.release();  // part of the longer list
+  return HeaderList(longer);
+}
+
+/// A handle for requests, with the connections that it keeps open. Used by one thread at a time.
 struct Connection {
   std::unique_ptr<CURLM, CloseMulti> multi{curl_multi_init()};
   std::unique_ptr<CURL, CloseEasy> easy{curl_easy_init()};
@@ -43,14 +51,14 @@ struct Connection {
 class ConnectionPool {
  public:
   static ConnectionPool& instance() {
-    // libcurl first, so that the pool's connections are closed before the TLS library clears itself away at exit.
+    // libcurl is initialised first, so that at exit the pool closes its connections before the TLS library shuts down.
     static CURLcode const started = curl_global_init(CURL_GLOBAL_DEFAULT);
     static ConnectionPool pool;
     if (started != CURLE_OK) throw std::bad_alloc();
     return pool;
   }
 
-  std::unique_ptr<Connection> take() {
+  std::unique_ptr<Connection> acquire() {
     {
       std::lock_guard const lock(mutex_);
       if (!idle_.empty()) {
@@ -64,7 +72,7 @@ class ConnectionPool {
     return connection;
   }
 
-  void giveBack(std::unique_ptr<Connection> connection) {
+  void release(std::unique_ptr<Connection> connection) {
     std::lock_guard const lock(mutex_);
     idle_.push_back(std::move(connection));
   }
@@ -74,7 +82,7 @@ class ConnectionPool {
   std::vector<std::unique_ptr<Connection>> idle_;
 };
 
-/// A request under way on a connection, and what has come of its answer.
+/// A request in progress on a connection, and the response as far as it has been received.
 class Transfer {
  public:
   explicit Transfer(Connection& connection) : connection_(connection) {
@@ -87,8 +95,8 @@ class Transfer {
   }
 
   ~Transfer() {
-    // Leaves a look-up of the host's name to itself, which can't be interrupted.
-    if (under_) set(CURLOPT_QUICK_EXIT, 1L);
+    // Otherwise libcurl would wait for a host name look-up that is still running.
+    if (inProgress_) curl_easy_setopt(easy(), CURLOPT_QUICK_EXIT, 1L);
     curl_multi_remove_handle(connection_.multi.get(), easy());
     curl_easy_reset(easy());
   }
@@ -98,12 +106,12 @@ class Transfer {
 
   template <class Value>
   void set(CURLoption option, Value value) {
-    curl_easy_setopt(easy(), option, value);
+    if (curl_easy_setopt(easy(), option, value) == CURLE_OUT_OF_MEMORY) throw std::bad_alloc();
   }
 
-  /// Runs to the end of the answer, looking for an interrupt all the while.
+  /// Runs to the end of the response, checking for an interrupt regularly. Rethrows a callback's exception.
   CURLcode run() {
-    under_ = true;
+    inProgress_ = true;
     if (curl_multi_add_handle(connection_.multi.get(), easy()) != CURLM_OK) return CURLE_FAILED_INIT;
     for (int running = 1;;) {
       utThrowIfInterruptPending();
@@ -111,22 +119,23 @@ class Transfer {
       if (running == 0) break;
       curl_multi_poll(connection_.multi.get(), nullptr, 0, pollMilliseconds, nullptr);
     }
-    under_ = false;
+    inProgress_ = false;
+    if (exception_) std::rethrow_exception(exception_);
     int left = 0;
     CURLMsg const* const message = curl_multi_info_read(connection_.multi.get(), &left);
     return message != nullptr && message->msg == CURLMSG_DONE ? message->data.result : CURLE_FAILED_INIT;
   }
 
-  Answer takeAnswer() {
-    curl_easy_getinfo(easy(), CURLINFO_RESPONSE_CODE, &answer_.status);
+  Response takeResponse() {
+    curl_easy_getinfo(easy(), CURLINFO_RESPONSE_CODE, &response_.status);
     curl_off_t seconds = 0;
     if (curl_easy_getinfo(easy(), CURLINFO_RETRY_AFTER, &seconds) == CURLE_OK && seconds > 0)
-      answer_.retryAfter = std::chrono::seconds(seconds);
-    return std::move(answer_);
+      response_.retryAfter = std::chrono::seconds(seconds);
+    return std::move(response_);
   }
 
-  std::string reason(CURLcode code) const {
-    if (tooLong_) return "the answer is longer than any answer should be";
+  std::string errorText(CURLcode code) const {
+    if (tooLarge_) return "the response is larger than 32 MiB";
     return error_[0] != '\0' ? error_ : curl_easy_strerror(code);
   }
 
@@ -136,24 +145,38 @@ class Transfer {
            *address != '\0';
   }
 
-  std::size_t received() const noexcept { return received_; }
+  std::size_t receivedBytes() const noexcept { return receivedBytes_; }
 
  private:
   CURL* easy() const noexcept { return connection_.easy.get(); }
 
-  static std::size_t onBody(char* data, std::size_t size, std::size_t count, void* self) {
-    auto& transfer = *static_cast<Transfer*>(self);
-    std::size_t const length = size * count;
-    transfer.received_ += length;
-    transfer.tooLong_ = transfer.received_ > longestAnswer;
-    if (transfer.tooLong_) return 0;
-    transfer.answer_.body.append(data, length);
-    return length;
+  // An exception must not pass through libcurl: a callback stores it and ends the transfer by returning 0.
+  template <class Receive>
+  std::size_t guarded(std::size_t count, Receive receive) noexcept {
+    try {
+      return receive() ? count : 0;
+    } catch (...) {
+      exception_ = std::current_exception();
+      return 0;
+    }
   }
 
-  static std::size_t onHeader(char* data, std::size_t size, std::size_t count, void* self) {
-    static_cast<Transfer*>(self)->noteHeader(std::string_view(data, size * count));
-    return size * count;
+  static std::size_t onBody(char* data, std::size_t, std::size_t count, void* self) {
+    auto& transfer = *static_cast<Transfer*>(self);
+    return transfer.guarded(count, [&] {
+      transfer.receivedBytes_ += count;
+      transfer.tooLarge_ = transfer.receivedBytes_ > maximumResponseBytes;
+      if (!transfer.tooLarge_) transfer.response_.body.append(data, count);
+      return !transfer.tooLarge_;
+    });
+  }
+
+  static std::size_t onHeader(char* data, std::size_t, std::size_t count, void* self) {
+    auto& transfer = *static_cast<Transfer*>(self);
+    return transfer.guarded(count, [&] {
+      transfer.noteHeader(std::string_view(data, count));
+      return true;
+    });
   }
 
   void noteHeader(std::string_view line) {
@@ -164,21 +187,22 @@ class Transfer {
     auto const last = line.find_last_not_of(" \t\r\n");
     if (first == std::string_view::npos || last < first) return;
     std::string_view const value = line.substr(first, last + 1 - first);
-    if (name == "x-amz-request-id" || (name == "x-trans-id" && answer_.requestId.empty()))
-      answer_.requestId = value;
+    if (name == "x-amz-request-id" || (name == "x-trans-id" && response_.requestId.empty()))
+      response_.requestId = value;
     else if (name == "x-amz-bucket-region")
-      answer_.region = value;
+      response_.region = value;
   }
 
   Connection& connection_;
-  Answer answer_;
-  std::size_t received_ = 0;
-  bool under_ = false;
-  bool tooLong_ = false;
+  Response response_;
+  std::size_t receivedBytes_ = 0;
+  bool inProgress_ = false;
+  bool tooLarge_ = false;
+  std::exception_ptr exception_;
   char error_[CURL_ERROR_SIZE] = "";
 };
 
-Failure::Kind kindOf(CURLcode code, bool connected) {
+Failure::Kind failureKind(CURLcode code, bool connected) {
   switch (code) {
     case CURLE_COULDNT_RESOLVE_HOST:
     case CURLE_COULDNT_RESOLVE_PROXY:
@@ -195,7 +219,7 @@ Failure::Kind kindOf(CURLcode code, bool connected) {
     case CURLE_HTTP2_STREAM:
       return Failure::Kind::lost;
     default:
-      return Failure::Kind::lasting;
+      return Failure::Kind::permanent;
   }
 }
 
@@ -204,11 +228,11 @@ Failure::Kind kindOf(CURLcode code, bool connected) {
 CurlTransport::CurlTransport(Configuration const& configuration)
     : configuration_(configuration), signing_("aws:amz:" + configuration.region + ":s3") {}
 
-Outcome CurlTransport::get(std::string const& url, std::chrono::milliseconds limit) {
+AttemptOutcome CurlTransport::get(std::string const& url, std::chrono::milliseconds timeout) {
   ConnectionPool& pool = ConnectionPool::instance();
-  std::unique_ptr<Connection> connection = pool.take();
+  std::unique_ptr<Connection> connection = pool.acquire();
   HeaderList headers;
-  Outcome outcome;
+  AttemptOutcome outcome;
   {
     Transfer transfer(*connection);
     transfer.set(CURLOPT_URL, url.c_str());
@@ -219,30 +243,30 @@ Outcome CurlTransport::get(std::string const& url, std::chrono::milliseconds lim
     transfer.set(CURLOPT_SSL_VERIFYPEER, 1L);
     transfer.set(CURLOPT_SSL_VERIFYHOST, 2L);
     if (!configuration_.caBundle.empty()) transfer.set(CURLOPT_CAINFO, configuration_.caBundle.c_str());
-    transfer.set(CURLOPT_TIMEOUT_MS, std::max(1L, static_cast<long>(limit.count())));
-    transfer.set(CURLOPT_CONNECTTIMEOUT_MS, connectMilliseconds);
+    transfer.set(CURLOPT_TIMEOUT_MS, std::max(1L, static_cast<long>(timeout.count())));
+    transfer.set(CURLOPT_CONNECTTIMEOUT_MS, connectTimeoutMilliseconds);
     transfer.set(CURLOPT_LOW_SPEED_LIMIT, 1L);
-    transfer.set(CURLOPT_LOW_SPEED_TIME, silenceSeconds);
+    transfer.set(CURLOPT_LOW_SPEED_TIME, idleTimeoutSeconds);
     if (configuration_.credentials) {
       Credentials const& credentials = *configuration_.credentials;
       transfer.set(CURLOPT_AWS_SIGV4, signing_.c_str());
       transfer.set(CURLOPT_USERNAME, credentials.accessKey.c_str());
       transfer.set(CURLOPT_PASSWORD, credentials.secret.c_str());
-      // The hash of the empty body, which libcurl signs but doesn't send.
-      headers.reset(curl_slist_append(
-          nullptr, "x-amz-content-sha256: e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"));
+      // The SHA-256 of an empty body: libcurl includes it in the signature, but doesn't send it.
+      headers = append(std::move(headers),
+                       "x-amz-content-sha256: e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
       if (!credentials.sessionToken.empty())
-        curl_slist_append(headers.get(), ("x-amz-security-token: " + credentials.sessionToken).c_str());
+        headers = append(std::move(headers), "x-amz-security-token: " + credentials.sessionToken);
       transfer.set(CURLOPT_HTTPHEADER, headers.get());
     }
     CURLcode const code = transfer.run();
-    vfs::countRequest(transfer.received());
+    vfs::countRequest(transfer.receivedBytes());
     if (code == CURLE_OK)
-      outcome = transfer.takeAnswer();
+      outcome = transfer.takeResponse();
     else
-      outcome = Failure{kindOf(code, transfer.connected()), transfer.reason(code)};
+      outcome = Failure{failureKind(code, transfer.connected()), transfer.errorText(code)};
   }
-  pool.giveBack(std::move(connection));
+  pool.release(std::move(connection));
   return outcome;
 }
 

@@ -6,36 +6,40 @@
 
 #include <pugixml.hpp>
 
+#include "foundation/core/text/bytes.hpp"
+#include "foundation/core/text/escape.hpp"
+#include "foundation/core/text/utf16.hpp"
+
 namespace foundation::storage::s3 {
 namespace {
 
-constexpr std::size_t longestQuote = 300;
+constexpr std::size_t longestQuote = 300;  // UTF-16 units
 
-/// What the body of an answer that is no success says.
-struct Complaint {
+/// What the body and the headers of an error response say.
+struct ErrorBody {
   std::string code;
   std::string message;
   std::string requestId;
   std::string region;
 };
 
-Complaint complaintOf(Answer const& answer) {
+ErrorBody parseErrorBody(Response const& response) {
   pugi::xml_document document;
-  Complaint complaint;
-  if (document.load_buffer(answer.body.data(), answer.body.size())) {
-    // Some stores put <Error> into a list of errors.
-    pugi::xml_node const error =
-        document.find_node([](pugi::xml_node node) { return node.name() == std::string_view("Error"); });
-    complaint.code = error.child_value("Code");
-    complaint.message = error.child_value("Message");
-    complaint.requestId = error.child_value("RequestId");
-    complaint.region = error.child_value("Region");
-  } else if (answer.body.find('<') == std::string::npos) {
-    complaint.message = answer.body;
+  ErrorBody error;
+  if (document.load_buffer(response.body.data(), response.body.size())) {
+    // Some stores nest <Error> in a list of errors.
+    pugi::xml_node const node =
+        document.find_node([](pugi::xml_node each) { return each.name() == std::string_view("Error"); });
+    error.code = node.child_value("Code");
+    error.message = node.child_value("Message");
+    error.requestId = node.child_value("RequestId");
+    error.region = node.child_value("Region");
+  } else if (response.body.find('<') == std::string::npos) {
+    error.message = response.body;
   }
-  if (!answer.requestId.empty()) complaint.requestId = answer.requestId;
-  if (!answer.region.empty()) complaint.region = answer.region;
-  return complaint;
+  if (!response.requestId.empty()) error.requestId = response.requestId;
+  if (!response.region.empty()) error.region = response.region;
+  return error;
 }
 
 bool isOneOf(std::string_view code, std::initializer_list<std::string_view> codes) {
@@ -51,66 +55,71 @@ vfs::ErrorCode errorCodeOf(long status, std::string_view code) {
   return vfs::ErrorCode::other;
 }
 
-void blotOut(std::string& text, std::string const& secret) {
+void redact(std::string& text, std::string const& secret) {
   if (secret.empty()) return;
   for (auto at = text.find(secret); at != std::string::npos; at = text.find(secret, at + 3))
     text.replace(at, secret.size(), "***");
 }
 
-// A store's words as part of one line: without secrets, blanks for controls, and no more than a line's worth.
+// A store's words as part of a message: without secrets, on one line, shortened if need be. Line breaks and tabs, which
+// only lay out a body, become spaces; other controls are escaped here too, as not every host escapes what it prints.
 std::string quoted(std::string text, Configuration const& configuration) {
   if (configuration.credentials) {
-    blotOut(text, configuration.credentials->secret);
-    blotOut(text, configuration.credentials->sessionToken);
+    redact(text, configuration.credentials->secret);
+    redact(text, configuration.credentials->sessionToken);
   }
   for (char& c : text)
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
+    if (c == '\n' || c == '\r' || c == '\t') c = ' ';
   text.erase(0, text.find_first_not_of(' '));
   text.erase(text.find_last_not_of(' ') + 1);
-  if (text.size() <= longestQuote) return text;
-  std::size_t end = longestQuote;
-  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;  // no half character
-  return text.substr(0, end) + "...";
+  std::u16string characters = core::text::fromBytes(text);
+  if (characters.size() > longestQuote) {
+    characters.resize(longestQuote - (core::text::isPairAt(characters, longestQuote - 1) ? 1 : 0));
+    characters += u"...";
+  }
+  std::u16string line;
+  core::text::appendOneLine(line, characters);
+  return core::text::toBytesLossy(line);
 }
 
 std::string requestIdSuffix(std::string const& requestId, Configuration const& configuration) {
   return requestId.empty() ? std::string() : " (request id " + quoted(requestId, configuration) + ')';
 }
 
-std::string effort(Result const& result) {
-  if (result.attempts <= 1) return {};
-  auto const tenths = (result.spent.count() + 50) / 100;
-  return " (tried " + std::to_string(result.attempts) + " times in " + std::to_string(tenths / 10) + '.' +
+std::string attemptSummary(RequestOutcome const& outcome) {
+  if (outcome.attempts <= 1) return {};
+  auto const tenths = (outcome.elapsed.count() + 50) / 100;
+  return " (tried " + std::to_string(outcome.attempts) + " times in " + std::to_string(tenths / 10) + '.' +
          std::to_string(tenths % 10) + " s)";
 }
 
 }  // namespace
 
-vfs::Exception exceptionOfResult(Result const& result, Configuration const& configuration,
-                                 vfs::AbsoluteIRI const& location) {
-  if (auto const* const failure = std::get_if<Failure>(&result.outcome))
-    return vfs::Exception(vfs::ErrorCode::other, location, quoted(failure->reason, configuration) + effort(result));
+vfs::Exception exceptionFor(RequestOutcome const& outcome, Configuration const& configuration,
+                            vfs::AbsoluteIRI const& location) {
+  std::string const attempts = attemptSummary(outcome);
+  if (auto const* const failure = std::get_if<Failure>(&outcome.last))
+    return vfs::Exception(vfs::ErrorCode::other, location, quoted(failure->reason, configuration) + attempts);
 
-  Answer const& answer = std::get<Answer>(result.outcome);
-  Complaint const complaint = complaintOf(answer);
-  vfs::ErrorCode const code = errorCodeOf(answer.status, complaint.code);
-  std::string reason = "HTTP " + std::to_string(answer.status);
-  if (!complaint.code.empty()) reason += ' ' + quoted(complaint.code, configuration);
-  if (std::string const message = quoted(complaint.message, configuration); !message.empty()) reason += ": " + message;
-  if (!complaint.region.empty() && complaint.region != configuration.region)
-    reason += "; the store says that the region is \"" + quoted(complaint.region, configuration) +
-              "\", the request was for \"" + configuration.region + "\" (see AWS_REGION)";
-  if (!configuration.credentials && answer.status >= 400 && answer.status < 500 && code != vfs::ErrorCode::notFound)
-    reason += "; the request was not signed, as no credentials were found";
-  reason += requestIdSuffix(complaint.requestId, configuration);
-  return vfs::Exception(code, location, reason + effort(result));
+  Response const& response = std::get<Response>(outcome.last);
+  ErrorBody const error = parseErrorBody(response);
+  vfs::ErrorCode const code = errorCodeOf(response.status, error.code);
+  std::string reason = "HTTP " + std::to_string(response.status);
+  if (!error.code.empty()) reason += ' ' + quoted(error.code, configuration);
+  if (std::string const message = quoted(error.message, configuration); !message.empty()) reason += ": " + message;
+  if (!error.region.empty() && error.region != configuration.region)
+    reason += "; the bucket is in region \"" + quoted(error.region, configuration) + "\", not \"" +
+              configuration.region + "\": set AWS_REGION";
+  if (!configuration.credentials && response.status >= 400 && response.status < 500 && code != vfs::ErrorCode::notFound)
+    reason += "; the request was not signed because no credentials were found";
+  return vfs::Exception(code, location, reason + requestIdSuffix(error.requestId, configuration) + attempts);
 }
 
-vfs::Exception exceptionOfBadAnswer(Answer const& answer, std::string const& fault, Configuration const& configuration,
-                                    vfs::AbsoluteIRI const& location) {
+vfs::Exception malformedResponseException(Response const& response, std::string const& fault,
+                                          Configuration const& configuration, vfs::AbsoluteIRI const& location) {
   return vfs::Exception(
       vfs::ErrorCode::other, location,
-      "the store's answer makes no sense: " + fault + requestIdSuffix(answer.requestId, configuration));
+      "malformed response from the store: " + fault + requestIdSuffix(response.requestId, configuration));
 }
 
 }  // namespace foundation::storage::s3

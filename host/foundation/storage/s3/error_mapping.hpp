@@ -8,17 +8,16 @@
 
 namespace foundation::storage::s3 {
 
-/// The storage exception for a request that wasn't answered with 200. A missing bucket or key (by
-/// the store's own code, not by a bare 404) is `notFound`; 401, 403 and refused credentials are `permissionDenied`;
-/// all else is `other`. The reason holds the HTTP status, the store's code and message, its request id and, for a wrong
-/// region, the right one. A body need not be XML. Secrets of the configuration are blotted out, should the store repeat
-/// one. The one place that decides it.
-vfs::Exception exceptionOfResult(Result const& result, Configuration const& configuration,
-                                 vfs::AbsoluteIRI const& location);
+/// The storage exception for a request that wasn't answered with 200; the only place where S3 errors are mapped. A
+/// missing bucket or key (by the store's own error code, as a bare 404 may come from anything) is `notFound`; 401, 403
+/// and rejected credentials are `permissionDenied`; everything else is `other`. The reason gives the HTTP status, the
+/// store's error code, message and request id and, for the wrong region, the right one. The body need not be XML. The
+/// configuration's secrets are redacted, in case the store repeats one.
+vfs::Exception exceptionFor(RequestOutcome const& outcome, Configuration const& configuration,
+                            vfs::AbsoluteIRI const& location);
 
-/// The storage exception for an answer whose status is 200 but whose body makes no sense. `fault` says why, in a few
-/// words.
-vfs::Exception exceptionOfBadAnswer(Answer const& answer, std::string const& fault, Configuration const& configuration,
-                                    vfs::AbsoluteIRI const& location);
+/// The storage exception for a response with status 200 and a malformed body. `fault` is the reason in a few words.
+vfs::Exception malformedResponseException(Response const& response, std::string const& fault,
+                                          Configuration const& configuration, vfs::AbsoluteIRI const& location);
 
 }  // namespace foundation::storage::s3

@@ -1,5 +1,7 @@
 #include "foundation/storage/s3/list_page.hpp"
 
+#include <charconv>
+#include <cstdint>
 #include <utility>
 
 #include <pugixml.hpp>
@@ -9,47 +11,70 @@
 namespace foundation::storage::s3 {
 namespace {
 
-// A store may skip much that is deleted and give a page of nothing, but not without end.
-constexpr unsigned mostEmptyPages = 100;
+// A store may skip many deleted keys and return an empty page, but not endlessly.
+constexpr unsigned maximumEmptyPages = 100;
 
-std::string nameOf(pugi::xml_node node, bool encoded) {
+// Whether the text between "&" and ";" stands for a character.
+bool isReference(std::string_view name) {
+  for (std::string_view const known : {"quot", "amp", "lt", "gt", "apos"})
+    if (name == known) return true;
+  if (!name.starts_with('#')) return false;
+  int const base = name.starts_with("#x") ? 16 : 10;
+  name.remove_prefix(base == 16 ? 2 : 1);
+  std::uint32_t character = 0;
+  auto const [end, error] = std::from_chars(name.data(), name.data() + name.size(), character, base);
+  return error == std::errc() && end == name.data() + name.size() && character != 0 && character <= 0x10FFFF &&
+         (character < 0xD800 || character > 0xDFFF);
+}
+
+// pugixml ends a text at NUL and copies references that it doesn't know, so that keys would be altered silently.
+void checkCharacters(std::string_view body) {
+  if (body.find('\0') != std::string_view::npos) throw MalformedPage("it contains a NUL byte");
+  for (auto at = body.find('&'); at != std::string_view::npos; at = body.find('&', at + 1))
+    if (!isReference(body.substr(at + 1, body.find(';', at) - at - 1)))
+      throw MalformedPage("it contains an undefined entity or character");
+}
+
+std::string parseName(pugi::xml_node node, bool encoded) {
   std::string_view const text = node.text().get();
-  if (node.first_child() != node.last_child()) throw BadPage("a name is written in pieces");
-  if (text.empty()) throw BadPage("an entry has no name");
+  if (node.first_child() != node.last_child()) throw MalformedPage("a name is not a single text");
+  if (text.empty()) throw MalformedPage("an entry has no name");
   if (!encoded) return std::string(text);
   auto name = percentDecode(text);
-  if (!name) throw BadPage("a name isn't encoded as it should be");
+  if (!name) throw MalformedPage("a name is not percent-encoded correctly");
   return *std::move(name);
 }
 
-bool truthOf(std::string_view text) {
+bool parseBool(std::string_view text) {
   if (text == "true") return true;
   if (text == "false") return false;
-  throw BadPage("it doesn't say whether more follows");
+  throw MalformedPage("IsTruncated is neither true nor false");
 }
 
 }  // namespace
 
 ListPage parseListPage(std::string_view body) {
+  checkCharacters(body);
   pugi::xml_document document;
-  // Names of nothing but blanks are names.
-  auto const parsed =
-      document.load_buffer(body.data(), body.size(), pugi::parse_default | pugi::parse_ws_pcdata_single);
-  if (!parsed) throw BadPage("it isn't well-formed XML (" + std::string(parsed.description()) + ')');
-  pugi::xml_node const root = document.document_element();
-  if (root.name() != std::string_view("ListBucketResult")) throw BadPage("it isn't the page of a listing");
+  // A name may consist of blanks. As a fragment, the document shows what is outside its root element.
+  constexpr unsigned options = pugi::parse_default | pugi::parse_ws_pcdata_single | pugi::parse_fragment;
+  auto const parsed = document.load_buffer(body.data(), body.size(), options);
+  if (!parsed) throw MalformedPage("it is not well-formed XML (" + std::string(parsed.description()) + ')');
+  pugi::xml_node const root = document.first_child();
+  if (root.name() != std::string_view("ListBucketResult")) throw MalformedPage("it is not a page of a listing");
+  if (root.next_sibling()) throw MalformedPage("more follows after the end of the page");
 
   bool const encoded = root.child("EncodingType").text().get() == std::string_view("url");
   ListPage page;
   for (pugi::xml_node const node : root) {
     std::string_view const name = node.name();
     if (name == "Contents")
-      page.keys.push_back(nameOf(node.child("Key"), encoded));
+      page.keys.push_back(parseName(node.child("Key"), encoded));
     else if (name == "CommonPrefixes")
       for (pugi::xml_node const prefix : node.children("Prefix"))
-        page.commonPrefixes.push_back(nameOf(prefix, encoded));
+        page.commonPrefixes.push_back(parseName(prefix, encoded));
   }
-  page.truncated = truthOf(root.child("IsTruncated").text().get());
+  page.truncated = parseBool(root.child("IsTruncated").text().get());
   page.continuationToken = root.child("NextContinuationToken").text().get();
   return page;
 }
@@ -57,34 +82,33 @@ ListPage parseListPage(std::string_view body) {
 PageCheck::PageCheck(std::string prefix, bool delimited, std::string after)
     : prefix_(std::move(prefix)), delimited_(delimited), last_(std::move(after)), begun_(!last_.empty()) {}
 
-void PageCheck::acceptName(std::string const& name, bool isPrefix) const {
-  if (!name.starts_with(prefix_)) throw BadPage("it holds a name that doesn't begin with what was asked for");
+void PageCheck::checkName(std::string const& name, bool isPrefix) const {
+  if (!name.starts_with(prefix_)) throw MalformedPage("a name does not begin with the requested prefix");
   auto const delimiter = name.find('/', prefix_.size());
-  bool const good =
+  bool const isSplit =
       isPrefix ? delimited_ && delimiter == name.size() - 1 : !delimited_ || delimiter == std::string::npos;
-  if (!good) throw BadPage("it doesn't keep to the delimiter");
-  if (begun_ && name < last_) throw BadPage("it goes back behind the page before it");
+  if (!isSplit) throw MalformedPage("a name is not split at the requested delimiter");
+  if (begun_ && name < last_) throw MalformedPage("a page begins before the end of the previous one");
 }
 
 void PageCheck::accept(ListPage const& page) {
   std::string const* greatest = nullptr;
   for (auto const* const names : {&page.keys, &page.commonPrefixes})
     for (std::string const& name : *names) {
-      acceptName(name, names == &page.commonPrefixes);
+      checkName(name, names == &page.commonPrefixes);
       if (greatest == nullptr || *greatest < name) greatest = &name;
     }
   if (greatest == nullptr) {
-    if (page.truncated && ++emptyPages_ > mostEmptyPages)
-      throw BadPage("page after page is empty, yet more is said to follow");
+    if (page.truncated && ++emptyPages_ > maximumEmptyPages) throw MalformedPage("too many empty pages in a row");
   } else {
-    if (begun_ && !(last_ < *greatest)) throw BadPage("it repeats the page before it");
+    if (begun_ && !(last_ < *greatest)) throw MalformedPage("a page repeats the previous one");
     last_ = *greatest;
     begun_ = true;
     emptyPages_ = 0;
   }
   if (!page.truncated) return;
-  if (page.continuationToken.empty()) throw BadPage("more follows, yet no token tells how to ask for it");
-  if (page.continuationToken == token_) throw BadPage("its continuation token repeats");
+  if (page.continuationToken.empty()) throw MalformedPage("more pages follow, but there is no continuation token");
+  if (page.continuationToken == token_) throw MalformedPage("the continuation token repeats");
   token_ = page.continuationToken;
 }
 

@@ -11,34 +11,34 @@ namespace foundation::storage::s3 {
 struct ListPage {
   std::vector<std::string> keys;
   std::vector<std::string> commonPrefixes;
-  bool truncated = false;         ///< whether more follows
-  std::string continuationToken;  ///< what asks for it, when truncated
+  bool truncated = false;         ///< whether more pages follow
+  std::string continuationToken;  ///< what to request the next page with, if truncated
 };
 
-/// An answer that can't be a page of the listing that was asked for; says why, in a few words.
-class BadPage : public std::runtime_error {
+/// A response that can't be a page of the requested listing. `what()` gives the reason in a few words.
+class MalformedPage : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// Reads the XML of a page. Elements may stand in any order; unknown ones are passed over. Keys and prefixes are
-/// decoded when the page says that they are encoded. Throws `BadPage` when the text isn't whole, isn't such a page, or
-/// leaves open whether more follows.
+/// Parses the XML of a page. Elements may come in any order; unknown ones are ignored. Keys and prefixes are decoded if
+/// the page says that they are encoded. Throws `MalformedPage` if the text isn't well-formed, isn't a page of a
+/// listing, or doesn't say whether more pages follow.
 ListPage parseListPage(std::string_view body);
 
-/// Holds the pages of one listing to what was asked: all names begin with the prefix; with a delimiter no key goes past
-/// it and each common prefix ends with it; each page begins no earlier than the one before ended, and goes further; a
-/// token isn't given twice in a row. So a listing of any store ends.
+/// Checks that the pages of one listing agree with the request and with each other: every name begins with the prefix;
+/// with a delimiter, no key continues past it and each common prefix ends with it; a page doesn't start before the end
+/// of the previous one, and goes beyond it; no continuation token comes twice in a row. So a listing of any store ends.
 class PageCheck {
  public:
-  /// `after`: what the names must be greater than, for a listing that begins there; empty otherwise.
+  /// `after`: the key after which the listing starts; empty if it starts at the beginning.
   PageCheck(std::string prefix, bool delimited, std::string after = {});
 
-  /// Throws `BadPage` when the page can't be the next.
+  /// Throws `MalformedPage` if the page can't be the next one.
   void accept(ListPage const& page);
 
  private:
-  void acceptName(std::string const& name, bool isPrefix) const;
+  void checkName(std::string const& name, bool isPrefix) const;
 
   std::string prefix_;
   bool delimited_;

@@ -7,17 +7,17 @@
 
 namespace {
 
-std::unique_ptr<foundation::storage::s3::Store> makeStore() {
+std::unique_ptr<foundation::storage::s3::Client> makeClient() {
   using namespace foundation::storage::s3;
   Configuration const configuration = readConfiguration();
-  return std::make_unique<Store>(configuration, std::make_unique<CurlTransport>(configuration), systemClock());
+  return std::make_unique<Client>(configuration, std::make_unique<CurlTransport>(configuration), systemClock());
 }
 
 }  // namespace
 
-/// What the storage system looks for in a module: see foundation/storage/vfs/storage_system.hpp.
+/// The entry point of a provider module: see foundation/storage/vfs/storage_system.hpp.
 extern "C" KORVAN_HOST_EXPORT foundation::storage::vfs::Provider* korvanStorageProvider();
 
 foundation::storage::vfs::Provider* korvanStorageProvider() {
-  return new foundation::storage::s3::Provider(makeStore);
+  return new foundation::storage::s3::Provider(makeClient);
 }

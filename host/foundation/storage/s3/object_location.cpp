@@ -9,62 +9,66 @@
 namespace foundation::storage::s3 {
 namespace {
 
-constexpr std::size_t longestKey = 1024;  // of every store of this kind
+constexpr std::size_t longestKey = 1024;  // bytes; a limit of the S3 interface
+
+bool isValidUtf8(std::string_view bytes) {
+  return validUtf8Prefix(bytes).size() == bytes.size();
+}
 
 }  // namespace
 
-bool Place::possible() const {
-  return !bucket.empty() && bucket != "." && bucket != ".." && utf8Part(bucket).size() == bucket.size() &&
-         key.size() <= longestKey && key.find('\0') == std::string::npos && utf8Part(key).size() == key.size();
+bool ObjectLocation::canExist() const {
+  return !bucket.empty() && bucket != "." && bucket != ".." && isValidUtf8(bucket) && key.size() <= longestKey &&
+         key.find('\0') == std::string::npos && isValidUtf8(key);
 }
 
-Place placeOf(vfs::AbsoluteIRI const& location) {
-  Place place;
-  if (location.authority().empty()) return place;
-  // The bucket and the path, decoded: "/bucket/path". A text without bytes can't be in an IRI.
+ObjectLocation objectLocationOf(vfs::AbsoluteIRI const& location) {
+  ObjectLocation result;
+  if (location.authority().empty()) return result;
+  // "/bucket/path", decoded. The text of an IRI always has bytes, but if not, it names nothing.
   std::string path;
-  if (!core::text::appendBytes(path, vfs::fromAbsoluteIRI(location).native())) return place;
+  if (!core::text::appendBytes(path, vfs::fromAbsoluteIRI(location).native())) return result;
   std::size_t begin = std::min(path.find('/', 1), path.size());
-  place.bucket = path.substr(1, begin - 1);
+  result.bucket = path.substr(1, begin - 1);
   while (begin < path.size()) {
     std::size_t const end = std::min(path.find('/', ++begin), path.size());
     std::string_view const element = std::string_view(path).substr(begin, end - begin);
-    place.folderOnly = element.empty() || element == "." || element == "..";
+    result.folderOnly = element.empty() || element == "." || element == "..";
     if (element == "..") {
-      auto const slash = place.key.rfind('/');
-      place.key.resize(slash == std::string::npos ? 0 : slash);
-    } else if (!place.folderOnly) {
-      if (!place.key.empty()) place.key += '/';
-      place.key += element;
+      auto const slash = result.key.rfind('/');
+      result.key.resize(slash == std::string::npos ? 0 : slash);
+    } else if (!result.folderOnly) {
+      if (!result.key.empty()) result.key += '/';
+      result.key += element;
     }
     begin = end;
   }
-  return place;
+  return result;
 }
 
-std::string_view nameablePart(std::string_view path) {
-  for (std::size_t begin = 0; begin < path.size();) {
-    std::size_t const end = std::min(path.find('/', begin), path.size());
-    std::string_view const element = path.substr(begin, end - begin);
+std::string_view nameablePrefix(std::string_view key) {
+  for (std::size_t begin = 0; begin < key.size();) {
+    std::size_t const end = std::min(key.find('/', begin), key.size());
+    std::string_view const element = key.substr(begin, end - begin);
     if (element.empty() || element == "." || element == ".." || element.find('\0') != std::string_view::npos)
-      return path.substr(0, begin);
+      return key.substr(0, begin);
     begin = end + 1;
   }
-  return path;
+  return key;
 }
 
-std::string utf8Part(std::string_view bytes) {
-  // What isn't UTF-8 becomes lone surrogates, the only ones that text from bytes holds.
+std::string validUtf8Prefix(std::string_view bytes) {
+  // Bytes that aren't UTF-8 become lone low surrogates.
   std::u16string text = core::text::fromBytes(bytes);
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (core::text::isHighSurrogate(text[i]))
-      ++i;  // the first half of a pair
+      ++i;  // skips a pair
     else if (core::text::isLowSurrogate(text[i]))
       text.resize(i);
   }
-  std::string part;
-  core::text::appendBytes(part, text);
-  return part;
+  std::string prefix;
+  core::text::appendBytes(prefix, text);
+  return prefix;
 }
 
 }  // namespace foundation::storage::s3

@@ -7,32 +7,29 @@
 
 namespace foundation::storage::s3 {
 
-/// What an IRI names in the store.
-struct Place {
-  std::string bucket;       ///< as bytes; may be one that no store can have
+/// The bucket and the key that an IRI names, as bytes.
+struct ObjectLocation {
+  std::string bucket;       ///< may be a name that no bucket can have
   std::string key;          ///< without "/" at either end; empty for the bucket itself
-  bool folderOnly = false;  ///< the IRI ends in "/", "." or "..": an object isn't meant
+  bool folderOnly = false;  ///< the IRI ends in "/", "." or "..", so it can't name an object
 
-  /// What the keys of everything in that folder begin with: the key and "/", nothing for a bucket.
+  /// The prefix of every key in that folder: the key and "/", or nothing for a bucket.
   std::string folderPrefix() const { return key.empty() ? std::string() : key + '/'; }
 
-  /// Whether the store can have it: a bucket name that isn't empty, "." or "..", and a key of at most 1024 bytes
-  /// without NUL.
-  bool possible() const;
+  /// Whether a store can have it: both parts are UTF-8; the bucket isn't empty, "." or ".."; the key has at most 1024
+  /// bytes and no NUL.
+  bool canExist() const;
 };
 
-/// The place of an IRI: empty and "." elements of its path are passed over and ".." takes the one before away, as a
-/// path on a disk does where each element is a folder. Pure text.
-Place placeOf(vfs::AbsoluteIRI const& location);
+/// The location that an IRI names. Empty and "." elements of its path are ignored, and ".." removes the element before
+/// it, as in a path on a disk whose elements are all folders. Makes no request.
+ObjectLocation objectLocationOf(vfs::AbsoluteIRI const& location);
 
-/// The longest part at the beginning of a path below a folder that a path can name, cut before its first element that
-/// is empty, "." or
-/// "..", or that holds NUL; with the "/" before that element. The whole path where there is none; a final "/" is no
-/// element.
-std::string_view nameablePart(std::string_view path);
+/// The longest prefix of a key, or of the rest of one below a folder, that a path can name: up to its first element
+/// that is empty, "." or ".." or contains NUL, with the "/" before that element. A final "/" doesn't start an element.
+std::string_view nameablePrefix(std::string_view key);
 
-/// The longest part at the beginning of the bytes that is UTF-8. Keys are, and stores fail when they are asked for what
-/// isn't.
-std::string utf8Part(std::string_view bytes);
+/// The longest prefix of the bytes that is valid UTF-8, as keys are. Stores reject requests for anything else.
+std::string validUtf8Prefix(std::string_view bytes);
 
 }  // namespace foundation::storage::s3

@@ -13,17 +13,17 @@ std::string_view trimmed(std::string_view text) {
                                          : text.substr(first, text.find_last_not_of(blanks) + 1 - first);
 }
 
-std::string sectionName(std::string_view inBrackets) {
+std::string sectionName(std::string_view bracketed) {
   std::string name;
-  bool gap = false;
-  for (char const c : trimmed(inBrackets)) {
+  bool pendingSpace = false;
+  for (char const c : trimmed(bracketed)) {
     if (c == '"' || c == '\'') continue;
     if (blanks.find(c) != std::string_view::npos) {
-      gap = true;
+      pendingSpace = true;
       continue;
     }
-    if (gap) name += ' ';
-    gap = false;
+    if (pendingSpace) name += ' ';
+    pendingSpace = false;
     name += c;
   }
   return name;
@@ -34,28 +34,28 @@ std::string sectionName(std::string_view inBrackets) {
 ProfileFile parseProfileFile(std::string_view text) {
   ProfileFile file;
   ProfileSection* section = nullptr;
-  std::string outer;  // the last setting that wasn't indented
+  std::string parent;  // the last setting that wasn't indented
   while (!text.empty()) {
     auto const end = text.find('\n');
-    std::string_view const whole = text.substr(0, end);
+    std::string_view const rawLine = text.substr(0, end);
     text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
 
-    std::string_view const line = trimmed(whole);
+    std::string_view const line = trimmed(rawLine);
     if (line.empty() || line.front() == '#' || line.front() == ';') continue;
-    bool const indented = whole.front() == ' ' || whole.front() == '\t';
+    bool const indented = rawLine.front() == ' ' || rawLine.front() == '\t';
     if (!indented && line.front() == '[') {
       auto const close = line.find(']');
       section = close == std::string_view::npos ? nullptr : &file[sectionName(line.substr(1, close - 1))];
-      outer.clear();
+      parent.clear();
       continue;
     }
     auto const equals = line.find('=');
     if (section == nullptr || equals == std::string_view::npos) continue;
     std::string name = core::text::lowerCase(trimmed(line.substr(0, equals)));
-    if (indented && !outer.empty())
-      name.insert(0, outer + '.');
+    if (indented && !parent.empty())
+      name.insert(0, parent + '.');
     else
-      outer = name;
+      parent = name;
     (*section)[std::move(name)] = trimmed(line.substr(equals + 1));
   }
   return file;

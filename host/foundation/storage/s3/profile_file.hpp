@@ -6,17 +6,16 @@
 
 namespace foundation::storage::s3 {
 
-/// The settings of one section, by name in lower case. A setting that is indented below another is named
-/// "other.setting".
+/// The settings of one section by name, in lower case. A setting indented below another is named "parent.setting".
 using ProfileSection = std::map<std::string, std::string, std::less<>>;
 
-/// The sections of a shared credentials or configuration file, by the text between the brackets (runs of blanks made
-/// one space, quotes dropped).
+/// The sections of a shared credentials or config file, by the text between the brackets (without quotation marks, each
+/// run of blanks replaced by one space).
 using ProfileFile = std::map<std::string, ProfileSection, std::less<>>;
 
-/// Reads the text of such a file: "[section]" lines and "name = value" lines, one setting each. Blanks around name and
-/// value are dropped; a line that begins with "#" or ";" is a comment, and both are ordinary characters elsewhere, as
-/// in a secret. Of a setting that is given twice the last holds. Other lines are passed over. Pure text.
+/// Parses the text of such a file: "[section]" and "name = value" lines, one setting a line. Blanks around names and
+/// values are dropped. A line that begins with "#" or ";" is a comment; elsewhere both are ordinary characters, as a
+/// secret may contain them. If a setting is repeated, the last value counts. Other lines are ignored.
 ProfileFile parseProfileFile(std::string_view text);
 
 }  // namespace foundation::storage::s3

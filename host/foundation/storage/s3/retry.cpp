@@ -26,19 +26,19 @@ class SystemClock : public Clock {
     }
   }
 
-  double chance() override {
-    thread_local std::minstd_rand generator(std::random_device{}());
-    return std::uniform_real_distribution<double>()(generator);
+  double random01() override {
+    std::random_device device;  // called before a wait only, so there is no need for a generator that lasts
+    return std::uniform_real_distribution<double>()(device);
   }
 };
 
-bool isPassing(long status) {
+bool isTransient(long status) {
   return status == 429 || status == 500 || status == 502 || status == 503 || status == 504;
 }
 
-bool worthRepeating(Outcome const& outcome) {
-  if (auto const* const answer = std::get_if<Answer>(&outcome)) return isPassing(answer->status);
-  return std::get<Failure>(outcome).kind != Failure::Kind::lasting;
+bool isRetryable(AttemptOutcome const& outcome) {
+  if (auto const* const response = std::get_if<Response>(&outcome)) return isTransient(response->status);
+  return std::get<Failure>(outcome).kind != Failure::Kind::permanent;
 }
 
 }  // namespace
@@ -48,26 +48,28 @@ Clock& systemClock() {
   return clock;
 }
 
-Result getWithRetries(Transport& transport, Clock& clock, RetryPolicy const& policy, std::string const& url) {
+RequestOutcome getWithRetries(Transport& transport, Clock& clock, RetryPolicy const& policy, std::string const& url) {
   milliseconds const start = clock.now();
-  milliseconds bound = policy.firstWait;
-  Result result;
-  for (milliseconds left = policy.total;;) {
-    result.outcome = transport.get(url, left);
-    ++result.attempts;
-    result.spent = clock.now() - start;
-    if (!worthRepeating(result.outcome) || result.attempts >= policy.attempts) return result;
+  milliseconds backOff = policy.firstBackOff;
+  RequestOutcome outcome;
+  for (milliseconds left = policy.totalTime;;) {
+    outcome.last = transport.get(url, left);
+    ++outcome.attempts;
+    outcome.elapsed = clock.now() - start;
+    if (!isRetryable(outcome.last) || outcome.attempts >= policy.maximumAttempts) return outcome;
 
-    auto const* const failure = std::get_if<Failure>(&result.outcome);
+    auto const* const failure = std::get_if<Failure>(&outcome.last);
     bool const unreachable = failure != nullptr && failure->kind == Failure::Kind::unreachable;
-    milliseconds wait(static_cast<milliseconds::rep>(clock.chance() * static_cast<double>(bound.count())));
-    bound = std::min(2 * bound, policy.longestWait);
-    if (auto const* const answer = std::get_if<Answer>(&result.outcome); answer != nullptr && answer->retryAfter)
-      wait = std::max<milliseconds>(wait, std::min<std::chrono::seconds>(*answer->retryAfter, std::chrono::hours(24)));
-    if (result.spent + wait >= (unreachable ? policy.unreachable : policy.total)) return result;
+    milliseconds wait(static_cast<milliseconds::rep>(clock.random01() * static_cast<double>(backOff.count())));
+    backOff = std::min(2 * backOff, policy.longestBackOff);
+    auto const* const response = std::get_if<Response>(&outcome.last);
+    if (response != nullptr && response->retryAfter)  // bounded, as milliseconds could overflow
+      wait =
+          std::max<milliseconds>(wait, std::min<std::chrono::seconds>(*response->retryAfter, std::chrono::hours(24)));
+    if (outcome.elapsed + wait >= (unreachable ? policy.unreachableTime : policy.totalTime)) return outcome;
     clock.wait(wait);
-    left = policy.total - (clock.now() - start);
-    if (left <= milliseconds(0)) return result;
+    left = policy.totalTime - (clock.now() - start);
+    if (left <= milliseconds(0)) return outcome;
   }
 }
 

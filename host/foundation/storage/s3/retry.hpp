@@ -7,44 +7,44 @@
 
 namespace foundation::storage::s3 {
 
-/// How often and how long a request is tried.
+/// How often and for how long a request is tried.
 struct RetryPolicy {
-  unsigned attempts = 10;
-  std::chrono::milliseconds total{30000};       ///< for a request with all its repetitions and waits
-  std::chrono::milliseconds unreachable{8000};  ///< the same, while no connection comes about
-  std::chrono::milliseconds firstWait{100};     ///< the longest wait before the first repetition; it doubles with each
-  std::chrono::milliseconds longestWait{5000};
+  unsigned maximumAttempts = 10;
+  std::chrono::milliseconds totalTime{30000};       ///< for all attempts and the waits between them
+  std::chrono::milliseconds unreachableTime{8000};  ///< the same, while no connection can be made
+  std::chrono::milliseconds firstBackOff{100};      ///< upper bound of the first wait; it doubles with each attempt
+  std::chrono::milliseconds longestBackOff{5000};   ///< where the doubling stops
 };
 
-/// Time and chance, so that a test can bring its own.
+/// Time and randomness, which a test replaces with its own.
 class Clock {
  public:
   virtual ~Clock() = default;
 
-  /// Time since some beginning; never goes back.
+  /// The time since an arbitrary start; never goes backwards.
   virtual std::chrono::milliseconds now() = 0;
 
-  /// Waits. Throws `Quindarel::System::InterruptException` within a twentieth of a second of an interrupt.
+  /// Waits. Throws `Quindarel::System::InterruptException` within 50 ms of an interrupt.
   virtual void wait(std::chrono::milliseconds time) = 0;
 
-  /// A number from 0 up to 1, of uniform chance.
-  virtual double chance() = 0;
+  /// A random number, uniformly distributed over [0, 1).
+  virtual double random01() = 0;
 };
 
-/// The system's steady clock. Usable from several threads at once.
+/// The system's steady clock. Safe to use from several threads at once.
 Clock& systemClock();
 
-/// The last outcome of a request and what it took.
-struct Result {
-  Outcome outcome;
+/// The outcome of a request with its retries.
+struct RequestOutcome {
+  AttemptOutcome last;
   unsigned attempts = 0;
-  std::chrono::milliseconds spent{0};
+  std::chrono::milliseconds elapsed{0};
 };
 
-/// Makes the request until it is answered with anything but 429, 500, 502, 503 and 504, fails for good, or the policy
-/// ends it. Each wait is of uniform chance up to a bound that doubles ("full jitter"), and no shorter than a store asks
-/// by Retry-After; a wait that would pass the total time isn't made, and the last outcome stands. Throws
-/// `Quindarel::System::InterruptException`.
-Result getWithRetries(Transport& transport, Clock& clock, RetryPolicy const& policy, std::string const& url);
+/// Makes a GET request, and retries it after a response of 429, 500, 502, 503 or 504 and after a failure that isn't
+/// permanent, as long as the policy allows. Each wait is random up to the current back-off ("full jitter"), and at
+/// least what the store asks for by Retry-After. If a wait would exceed the total time, the last outcome is returned at
+/// once. Throws `Quindarel::System::InterruptException`.
+RequestOutcome getWithRetries(Transport& transport, Clock& clock, RetryPolicy const& policy, std::string const& url);
 
 }  // namespace foundation::storage::s3

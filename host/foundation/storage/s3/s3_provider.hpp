@@ -11,25 +11,25 @@
 
 namespace foundation::storage::s3 {
 
-/// Serves "s3://bucket/key": a folder is a bucket, a common prefix or a marker object "dir/"; a file is any other
-/// object. Where an object and a prefix share a name there is one entry, a folder. A marker is no entry of its own
-/// folder. Keys with an element that is empty, "." or ".." or that holds NUL can't be named by a path: they are left
-/// out, the folders above them are not. Everything is found by listing; no object is read.
+/// Serves "s3://bucket/key". A folder is a bucket, a common prefix or a marker object "dir/"; a file is any other
+/// object. If an object and a prefix have the same name, there is one entry, a folder. A marker isn't an entry of its
+/// own folder. No path can name a key with an element that is empty, "." or ".." or contains NUL: such keys are left
+/// out, but not the folders above them. Everything is found by listing; no object is read.
 class Provider : public vfs::Provider {
  public:
-  /// Makes the store when it is first asked for; may throw `ConfigurationError`, and is then asked again the next time.
-  using MakeStore = std::function<std::unique_ptr<Store>()>;
+  /// Makes the client at the first request. If it throws `ConfigurationError`, it is called again at the next one.
+  using MakeClient = std::function<std::unique_ptr<Client>()>;
 
-  explicit Provider(MakeStore makeStore);
+  explicit Provider(MakeClient makeClient);
 
   Authority authority() const noexcept override { return Authority::required; }
 
-  /// One request; a second one where more than a hundred names sort between the key and the key with "/". None for a
-  /// key that no store can have; more where a store answers with empty pages and says that more follows.
+  /// One request; a second one if more than a hundred names sort between the key and the key with "/"; more if the
+  /// store returns empty pages first. None for a key that no store can have.
   vfs::PathKind kind(vfs::AbsoluteIRI const& location) override;
 
-  /// One request for each 1,000 entries whose names begin with `namePrefix`. With a prefix that nothing begins with it
-  /// isn't told whether the folder exists.
+  /// One request for each 1,000 entries whose names begin with `namePrefix`. If there are none and the prefix isn't
+  /// empty, nothing shows whether the folder exists: the list is then empty.
   void list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntryTable& entries) override;
 
   bool servesSubtrees() const noexcept override { return true; }
@@ -38,11 +38,11 @@ class Provider : public vfs::Provider {
   vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after) override;
 
  private:
-  Store& store(vfs::AbsoluteIRI const& location);
+  Client& client(vfs::AbsoluteIRI const& location);
 
-  MakeStore makeStore_;
+  MakeClient makeClient_;
   std::mutex mutex_;
-  std::unique_ptr<Store> store_;
+  std::unique_ptr<Client> client_;
 };
 
 }  // namespace foundation::storage::s3

@@ -7,36 +7,37 @@
 
 namespace foundation::storage::s3 {
 
-/// What a store answered, of whatever status.
-struct Answer {
-  long status = 0;  ///< of HTTP
+/// A store's response, whatever its status.
+struct Response {
+  long status = 0;  ///< HTTP status code
   std::string body;
-  std::string requestId;                           ///< as the headers name it, or empty
-  std::string region;                              ///< the bucket's, as the headers name it, or empty
-  std::optional<std::chrono::seconds> retryAfter;  ///< how long the store asks to wait
+  std::string requestId;                           ///< from the headers; empty if they have none
+  std::string region;                              ///< the bucket's region, from the headers; empty if they have none
+  std::optional<std::chrono::seconds> retryAfter;  ///< how long the store asks the client to wait
 };
 
-/// Why there is no answer, or none that is whole.
+/// Why there is no response, or no complete one.
 struct Failure {
   enum class Kind {
-    unreachable,  ///< no connection came about
-    lost,         ///< the connection broke, or time ran out
-    lasting,      ///< it would fail again: no trusted certificate, no HTTP, an answer past all bounds
+    unreachable,  ///< no connection could be made
+    lost,         ///< the connection broke or timed out
+    permanent,    ///< would fail again: an untrusted certificate, not HTTP, a response that is too large
   };
-  Kind kind = Kind::lasting;
-  std::string reason;
+  Kind kind = Kind::permanent;
+  std::string reason;  ///< for people to read
 };
 
-using Outcome = std::variant<Answer, Failure>;
+/// The outcome of one attempt at a request.
+using AttemptOutcome = std::variant<Response, Failure>;
 
-/// Makes single requests. Usable from several threads at once.
+/// Makes single requests. Safe to use from several threads at once.
 class Transport {
  public:
   virtual ~Transport() = default;
 
-  /// One GET of the URL, cut off at `limit`. Counts itself in the thread's session. Throws only
-  /// `Quindarel::System::InterruptException`, within a twentieth of a second of the interrupt.
-  virtual Outcome get(std::string const& url, std::chrono::milliseconds limit) = 0;
+  /// One GET of the URL, aborted after `timeout`. Counts the request in the thread's read session. Throws
+  /// `Quindarel::System::InterruptException` within 50 ms of the interrupt, and `std::bad_alloc`.
+  virtual AttemptOutcome get(std::string const& url, std::chrono::milliseconds timeout) = 0;
 };
 
 }  // namespace foundation::storage::s3

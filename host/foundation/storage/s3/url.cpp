@@ -1,6 +1,10 @@
 #include "foundation/storage/s3/url.hpp"
 
 #include <algorithm>
+#include <memory>
+#include <new>
+
+#include <curl/curl.h>
 
 #include "foundation/core/text/ascii.hpp"
 #include "foundation/core/text/percent.hpp"
@@ -8,33 +12,38 @@
 namespace foundation::storage::s3 {
 namespace {
 
-using core::text::isDigit;
-using core::text::isLower;
+struct FreeText {
+  void operator()(char* text) const noexcept { curl_free(text); }
+};
+using CurlText = std::unique_ptr<char, FreeText>;
 
-bool isUnreserved(char c) {
-  return isDigit(c) || core::text::isLetter(c) || c == '-' || c == '.' || c == '_' || c == '~';
+struct FreeUrl {
+  void operator()(CURLU* url) const noexcept { curl_url_cleanup(url); }
+};
+
+// Encodes every byte except A-Z, a-z, 0-9, "-", ".", "_" and "~", with upper-case hex digits, as signatures require.
+std::string percentEncode(std::string_view bytes) {
+  if (bytes.empty()) return {};  // libcurl takes a length of 0 for "measure the text"
+  CurlText const text(curl_easy_escape(nullptr, bytes.data(), static_cast<int>(bytes.size())));
+  if (!text) throw std::bad_alloc();
+  return text.get();
 }
 
-// One label after RFC 1123. A name with a dot could be one too, but no wildcard certificate would cover it.
+// Null if the URL doesn't have the part.
+CurlText getPart(CURLU* url, CURLUPart part) {
+  char* text = nullptr;
+  if (curl_url_get(url, part, &text, 0) == CURLUE_OUT_OF_MEMORY) throw std::bad_alloc();
+  return CurlText(text);
+}
+
+// A label of a host name (RFC 1123). Names with a dot are excluded, since no wildcard certificate covers them.
 bool isHostLabel(std::string_view bucket) {
   return bucket.size() >= 3 && bucket.size() <= 63 && bucket.front() != '-' && bucket.back() != '-' &&
-         std::all_of(bucket.begin(), bucket.end(), [](char c) { return isDigit(c) || isLower(c) || c == '-'; });
+         std::all_of(bucket.begin(), bucket.end(),
+                     [](char c) { return core::text::isDigit(c) || core::text::isLower(c) || c == '-'; });
 }
 
 }  // namespace
-
-std::string percentEncode(std::string_view bytes) {
-  std::string text;
-  text.reserve(bytes.size());
-  for (char const c : bytes) {
-    if (isUnreserved(c)) {
-      text += c;
-      continue;
-    }
-    core::text::appendPercentEncoded(text, {&c, 1});
-  }
-  return text;
-}
 
 std::optional<std::string> percentDecode(std::string_view text) {
   std::string bytes;
@@ -50,6 +59,22 @@ std::optional<std::string> percentDecode(std::string_view text) {
     i += 2;
   }
   return bytes;
+}
+
+std::optional<std::string> normalizedEndpoint(std::string const& text) {
+  std::unique_ptr<CURLU, FreeUrl> const url(curl_url());
+  if (!url) throw std::bad_alloc();
+  if (curl_url_set(url.get(), CURLUPART_URL, text.c_str(), CURLU_PATH_AS_IS | CURLU_DISALLOW_USER) != CURLUE_OK)
+    return std::nullopt;
+  CurlText const scheme = getPart(url.get(), CURLUPART_SCHEME);
+  CurlText const whole = getPart(url.get(), CURLUPART_URL);
+  if (!scheme || !whole || getPart(url.get(), CURLUPART_QUERY) || getPart(url.get(), CURLUPART_FRAGMENT))
+    return std::nullopt;
+  std::string_view const schemeName = scheme.get();  // in lower case
+  if (schemeName != "http" && schemeName != "https") return std::nullopt;
+  std::string endpoint = whole.get();
+  while (endpoint.back() == '/') endpoint.pop_back();
+  return endpoint;
 }
 
 std::string canonicalQuery(Query query) {
@@ -69,10 +94,10 @@ std::string canonicalQuery(Query query) {
 }
 
 std::string bucketUrl(Configuration const& configuration, std::string_view bucket) {
-  std::string const common = "s3." + configuration.region + ".amazonaws.com";
+  std::string const regionHost = "s3." + configuration.region + ".amazonaws.com";
   if (!configuration.endpoint.empty()) return configuration.endpoint + '/' + percentEncode(bucket);
-  if (isHostLabel(bucket)) return "https://" + std::string(bucket) + '.' + common + '/';
-  return "https://" + common + '/' + percentEncode(bucket);
+  if (isHostLabel(bucket)) return "https://" + std::string(bucket) + '.' + regionHost + '/';
+  return "https://" + regionHost + '/' + percentEncode(bucket);
 }
 
 }  // namespace foundation::storage::s3

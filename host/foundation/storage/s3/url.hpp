@@ -10,21 +10,23 @@
 
 namespace foundation::storage::s3 {
 
-/// Percent-encodes every byte but `A-Za-z0-9-._~`, in upper case hex: the form that signatures are made over.
-std::string percentEncode(std::string_view bytes);
-
-/// The bytes that an encoded text of a store stands for: "%XX", and "+" as a space. Nothing where "%" isn't followed by
-/// two hex digits.
+/// Decodes a text that a store has percent-encoded: "%XX", and "+" for a space. Returns nothing if a "%" isn't followed
+/// by two hex digits.
 std::optional<std::string> percentDecode(std::string_view text);
+
+/// The URL of an endpoint, "http[s]://host[:port][/path]" without a final "/". Returns nothing if the text isn't such a
+/// URL, or has a user, a password, a query or a fragment.
+std::optional<std::string> normalizedEndpoint(std::string const& text);
 
 /// The parameters of a query: names and values, not encoded.
 using Query = std::vector<std::pair<std::string, std::string>>;
 
-/// The query as it is sent and signed: encoded, sorted by name, "name=" for an empty value.
+/// The query as it is sent and signed (AWS Signature Version 4): percent-encoded, sorted by name, "name=" for an empty
+/// value.
 std::string canonicalQuery(Query query);
 
-/// The URL of a bucket, without a query. Path style (the bucket as the first element of the path) with an endpoint of
-/// the user's and for names that can't be one label of a host name; otherwise the bucket is part of the host.
+/// The URL of a bucket, without a query. The bucket is the first element of the path if the endpoint is configured, or
+/// if its name can't be one label of a host name; otherwise it is part of the host name.
 std::string bucketUrl(Configuration const& configuration, std::string_view bucket);
 
 }  // namespace foundation::storage::s3
