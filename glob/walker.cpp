@@ -63,10 +63,13 @@ void Walker::run() {
 // Matches the segments from this one on at a path, up to the first that lists a folder.
 void Walker::enter(std::size_t segment, Path const& at) {
   Path reached = at;
+  bool isFolder = false;  // whether an empty segment has found that out, as thousands in a row need to only once
   for (; segment < plan_->size(); ++segment) {
     switch (plan_->segmentClass(segment)) {
       case SegmentClass::literal:
+        if (isFolder && plan_->text(segment).empty()) break;
         if (!matchesLiteral(segment, reached)) return;
+        isFolder = plan_->text(segment).empty();
         reached.append(std::u16string(plan_->text(segment)));
         break;
       case SegmentClass::wildcard:
