@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "foundation/storage/vfs/absolute_iri.hpp"
-#include "glob/walk.hpp"
+#include "glob/walker.hpp"
 #include "korvan/io/path.hpp"
 #include "path/path_access.hpp"
 #include "scl/regex/regex.hpp"
@@ -29,25 +29,36 @@ std::u16string collapseDoubleStarRuns(std::u16string const& genericPattern) {
 
 }  // namespace
 
-void glob(std::u16string const& pattern, std::u16string const& rootFolder, bool includeDotFiles,
-          MatchConsumer const& consumer) {
+struct GlobStream::State {
+  bool foldersOnly;
+  Walker walker;
+  std::u16string text{};  // of the last match, where a separator had to be added
+};
+
+GlobStream::GlobStream(std::u16string const& pattern, std::u16string const& rootFolder, bool includeDotFiles) {
   Path const normalizedPattern(collapseDoubleStarRuns(Path(pattern).generic(false)));
-  Path const root(rootFolder);
   bool const foldersOnly = endsWithSeparator(pattern);
-  auto const giveText = [&](Path const& match) {
-    if (match.empty()) return true;
-    return foldersOnly ? consumer(match.string(true)) : consumer(PathAccess::text(match));
-  };
-  forEachMatch(normalizedPattern, root, foldersOnly, includeDotFiles, giveText);
+  state_ = std::make_unique<State>(
+      State{foldersOnly, Walker(normalizedPattern, Path(rootFolder), foldersOnly, includeDotFiles)});
+}
+
+GlobStream::GlobStream(GlobStream&&) noexcept = default;
+GlobStream& GlobStream::operator=(GlobStream&&) noexcept = default;
+GlobStream::~GlobStream() = default;
+
+std::optional<std::u16string_view> GlobStream::next() {
+  Path const* match = state_->walker.next();
+  while (match != nullptr && match->empty()) match = state_->walker.next();
+  if (match == nullptr) return std::nullopt;
+  if (!state_->foldersOnly) return PathAccess::text(*match);
+  return state_->text = match->string(true);
 }
 
 std::vector<std::u16string> glob(std::u16string const& pattern, std::u16string const& rootFolder,
                                  bool includeDotFiles) {
   std::vector<std::u16string> texts;
-  glob(pattern, rootFolder, includeDotFiles, [&texts](std::u16string_view match) {
-    texts.emplace_back(match);
-    return true;
-  });
+  GlobStream stream(pattern, rootFolder, includeDotFiles);
+  while (auto const match = stream.next()) texts.emplace_back(*match);
   return texts;
 }
 

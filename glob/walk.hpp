@@ -4,18 +4,11 @@
 
 #include "foundation/storage/vfs/folder.hpp"
 #include "glob/existence.hpp"
-#include "glob/walker.hpp"
 #include "korvan/io/path.hpp"
 
 namespace korvan::io::internal {
 
-/// Gives all paths that match the pattern to the consumer, in the order of the walk, duplicates included, until it returns false.
-/// A relative pattern is resolved against `root` and gives relative paths; with `foldersOnly` the last segment matches folders
-/// only. Throws what `pathKind` and `Walker::expand` throw.
-void forEachMatch(Path const& pattern, Path const& root, bool foldersOnly, bool includeDotFiles,
-                  Walker::Consumer const& consumer);
-
-/// The same, collected.
+/// All paths that match the pattern, in the order of the walk, duplicates included: those of a `Walker`. Throws what that throws.
 std::vector<Path> expandPattern(Path const& pattern, Path const& root, bool foldersOnly, bool includeDotFiles);
 
 /// The `SegmentMatcher` of a segment without "*": the segment itself where it exists in the folder; the empty segment where the

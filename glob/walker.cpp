@@ -14,49 +14,63 @@ namespace {
 namespace vfs = foundation::storage::vfs;
 using fl::filesystem::upath;
 
-PatternPlan const& everythingBelow() {
-  static PatternPlan const plan{Path(std::u16string(u"**"))};
-  return plan;
-}
-
-// Made absolute once, lest each folder cost a look at the process's current folder.
-Path absoluteRoot(Path const& root) {
-  return absolute(root, Path());
+bool literalMatches(Path const& pattern, Path const& root, bool foldersOnly) {
+  bool const noName = pattern.name().empty();
+  if (noName && pattern.parent().empty() && !foldersOnly) return false;
+  PathKind const kind = pathKind(pattern, root);
+  return noName || foldersOnly ? kind == PathKind::isFolder : exists(kind);
 }
 
 }  // namespace
 
-Walker::Walker(Path const& root, bool foldersOnly, bool includeDotFiles, Consumer consumer)
+Walker::Walker(Path const& pattern, Path const& root, bool foldersOnly, bool includeDotFiles)
     : root_(root),
       foldersOnly_(foldersOnly),
       includeDotFiles_(includeDotFiles),
-      consumer_(std::move(consumer)),
-      storage_(Quindarel::KorvanStorageSystem::GetStorageSystemReference()) {}
+      storage_(Quindarel::KorvanStorageSystem::GetStorageSystemReference()),
+      pattern_(pattern) {}
 
-void Walker::expand(PatternPlan const& plan) {
-  plan_ = &plan;
-  for (std::size_t i = 0; i < plan.size(); ++i) utThrowIfInterruptPending();
-  if (!isAbsolute(plan.start())) root_ = absoluteRoot(root_);
-  enter(0, plan.start());
-  run();
-}
-
-void Walker::descend(vfs::Folder const& folder) {
-  plan_ = &everythingBelow();
+Walker::Walker(vfs::Folder const& folder, bool foldersOnly, bool includeDotFiles)
+    : Walker(Path(std::u16string(u"**")), Path(), foldersOnly, includeDotFiles) {
+  plan_.emplace(pattern_);
+  hasBegun_ = true;
   push(0, Path(), true).folder = folder;
-  run();
 }
 
-void Walker::run() {
-  while (depth_ != 0 && !ended_) {
-    Frame& frame = frames_[depth_ - 1];
-    if (!frame.isOpen) open(frame);
-    if (frame.next == 0) frame.matchesBefore = matches_;
-    if (frame.next == frame.entries.size()) {
-      close();
-    } else {
-      takeNext(frame);
-    }
+Path const* Walker::next() {
+  try {
+    if (!hasBegun_) begin();
+    while (!hasMatch_ && depth_ != 0) step();
+  } catch (...) {
+    depth_ = 0;
+    throw;
+  }
+  return std::exchange(hasMatch_, false) ? &match_ : nullptr;
+}
+
+void Walker::begin() {
+  hasBegun_ = true;
+  if (!hasWildcard(PathAccess::text(pattern_))) {
+    match_ = pattern_;
+    hasMatch_ = literalMatches(pattern_, root_, foldersOnly_);
+    return;
+  }
+  plan_.emplace(pattern_);
+  for (std::size_t i = 0; i < plan_->size(); ++i) utThrowIfInterruptPending();
+  // Made absolute once, lest each folder cost a look at the process's current folder.
+  if (!isAbsolute(plan_->start())) root_ = absolute(root_, Path());
+  enter(0, plan_->start());
+}
+
+// Goes on by an entry of the topmost frame: to a match at the most.
+void Walker::step() {
+  Frame& frame = frames_[depth_ - 1];
+  if (!frame.isOpen) open(frame);
+  if (frame.next == 0) frame.matchesBefore = matches_;
+  if (frame.next == frame.entries.size()) {
+    close();
+  } else {
+    takeNext(frame);
   }
 }
 
@@ -82,7 +96,9 @@ void Walker::enter(std::size_t segment, Path const& at) {
         break;
     }
   }
-  deliver(reached);
+  ++matches_;
+  match_ = std::move(reached);
+  hasMatch_ = true;
 }
 
 bool Walker::matchesLiteral(std::size_t segment, Path const& at) const {
@@ -148,8 +164,9 @@ void Walker::takeNext(Frame& frame) {
   PathAccess::assignJoined(match_, frame.at, name_);
   std::size_t const segment = frame.segment;
   bool const isLast = segment + 1 == plan_->size();
-  if (isLast) deliver(match_);
-  if (frame.isDescent && !ended_ && entersEntry(frame)) {
+  if (isLast) ++matches_;
+  hasMatch_ = isLast;
+  if (frame.isDescent && entersEntry(frame)) {
     Frame& below = push(segment, match_, true);
     below.folder = frame.folder;
     below.nameInFolder = name_;
@@ -166,11 +183,6 @@ bool Walker::entersEntry(Frame& frame) {
   } catch (vfs::Exception const&) {
     return false;  // the entry stays a match; what is below it can't be known
   }
-}
-
-void Walker::deliver(Path const& match) {
-  ++matches_;
-  ended_ = !consumer_(match);
 }
 
 }  // namespace korvan::io::internal

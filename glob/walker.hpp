@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <functional>
 #include <optional>
 #include <string>
 
@@ -16,23 +15,22 @@
 
 namespace korvan::io::internal {
 
-/// The one walk behind every search: gives the matches one by one, each as soon as it is found, and reads no further than it must
-/// for the next. A depth-first walk over two dimensions at once, the segments of the pattern and the folders below, on a stack of
-/// its own: neither a long pattern nor a deep tree uses the thread's stack. For one walk and one thread.
+/// The one walk behind every search: gives the matches one by one, and reads no further than it must for the next. A depth-first
+/// walk over two dimensions at once, the segments of the pattern and the folders below, on a stack of its own: neither a long
+/// pattern nor a deep tree uses the thread's stack, and between two matches nothing is left on it. For one thread at a time.
 class Walker {
  public:
-  /// Is given each match, valid during the call; returns whether the walk goes on.
-  using Consumer = std::function<bool(Path const& match)>;
+  /// Walks over the matches of a pattern: of one without a wildcard the path itself, where it exists. A relative pattern is
+  /// resolved against `root` and gives relative paths; with `foldersOnly` the last segment matches folders only.
+  Walker(Path const& pattern, Path const& root, bool foldersOnly, bool includeDotFiles);
 
-  /// `root` is what relative paths are taken from. With `foldersOnly` the last segment matches folders only.
-  Walker(Path const& root, bool foldersOnly, bool includeDotFiles, Consumer consumer);
+  /// Walks over everything below the folder, as paths relative to it.
+  Walker(foundation::storage::vfs::Folder const& folder, bool foldersOnly, bool includeDotFiles);
 
-  /// Gives the matches of a pattern with a wildcard. Throws what `pathKind` throws, what making a folder's handle throws, and
-  /// `Quindarel::System::InterruptException` when an interrupt is pending at a segment or after an entry.
-  void expand(PatternPlan const& plan);
-
-  /// Gives everything below the folder, as paths relative to it. Throws `Quindarel::System::InterruptException`.
-  void descend(foundation::storage::vfs::Folder const& folder);
+  /// The next match, valid until the next call; null at the end. Throws what `pathKind` throws, what making a folder's handle throws
+  /// (not below a given folder), and `Quindarel::System::InterruptException` when an interrupt is pending at a segment or after an
+  /// entry; the walk is over then.
+  Path const* next();
 
  private:
   // A folder whose entries are gone through: those that a wildcard matches, or in the descent of a "**" all of them. Opened, which
@@ -50,7 +48,8 @@ class Walker {
     bool metCycle = false;  // whether a folder below was refused, as it may not be when it is reached in another way
   };
 
-  void run();
+  void begin();
+  void step();
   void enter(std::size_t segment, Path const& at);
   Frame& push(std::size_t segment, Path const& at, bool isDescent);
   void open(Frame& frame);
@@ -60,24 +59,24 @@ class Walker {
   bool entersEntry(Frame& frame);
   bool openBelow(Frame& frame);
   bool matchesLiteral(std::size_t segment, Path const& at) const;
-  void deliver(Path const& match);
 
   bool foldersOnlyAt(std::size_t segment) const noexcept { return foldersOnly_ || segment + 1 < plan_->size(); }
 
   Path root_;
   bool foldersOnly_;
   bool includeDotFiles_;
-  Consumer consumer_;
   foundation::storage::vfs::StorageSystemReference storage_;
 
-  PatternPlan const* plan_ = nullptr;
+  Path pattern_;                     // to be walked over at the first call of `next`
+  std::optional<PatternPlan> plan_;  // of a pattern with a wildcard, once it has begun
+  bool hasBegun_ = false;
   std::deque<Frame> frames_;  // those past the top are reused
   std::size_t depth_ = 0;
   DeadEnds deadEnds_;
   std::uint64_t matches_ = 0;
-  bool ended_ = false;
-  std::u16string name_;  // of the entry taken last
-  Path match_;           // the path of that entry
+  bool hasMatch_ = false;  // whether `match_` is one that the caller hasn't seen
+  std::u16string name_;    // of the entry taken last
+  Path match_;             // the path of that entry, or what the segments after it have made of it
 };
 
 }  // namespace korvan::io::internal

@@ -73,7 +73,7 @@ TEST(Limits, WhatIsKnownToGiveNothingIsNotTriedAgain) {
   EXPECT_EQ(search("**/a/**/a/**/x", "mem:///").size(), static_cast<std::size_t>(levels * (levels - 1) / 2));
 }
 
-TEST(Limits, AConsumerThatEndsTheSearchIsGivenNoMore) {
+TEST(Limits, AStreamReadsNoFurtherThanItIsAsked) {
   std::mt19937 random(7);
   auto const store = std::make_shared<MemoryProvider>(Tree::random(random, 200, true));
   ServedScheme const served(u"mem", store);
@@ -84,10 +84,8 @@ TEST(Limits, AConsumerThatEndsTheSearchIsGivenNoMore) {
     ReadSession const session;
     store->forgetRequests();
     Strings given;
-    io::internal::glob(u"**/*", u"mem:///", false, [&](std::u16string_view match) {
-      given.push_back(toBytes(std::u16string(match)));
-      return given.size() < wanted;
-    });
+    io::internal::GlobStream stream(u"**/*", u"mem:///", false);
+    while (given.size() < wanted) given.push_back(toBytes(stream.next().value()));
     EXPECT_EQ(given, Strings(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(wanted)));
     EXPECT_GE(store->requests(), requestsBefore);
     requestsBefore = store->requests();

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -68,15 +69,24 @@ namespace korvan::io::internal {
 KORVAN_IO_EXPORT std::vector<std::u16string> glob(std::u16string const& pattern, std::u16string const& rootFolder,
                                                   bool includeDotFiles);
 
-/// Is given a match of a search, valid during the call. Returns whether the search goes on; what it throws ends the search as well
-/// and reaches the caller.
-using MatchConsumer = std::function<bool(std::u16string_view match)>;
+/// The same matches in the same order, each fetched as soon as it is found: `**/*.csv` gives its first match when the first folder
+/// has been read. Matches are not collected, so memory doesn't grow with their number, and a stream that is dropped reads no
+/// further. Everything else is as above. To be used by one thread at a time, and by one that has the same read session open each
+/// time, if any. Movable; what is moved from may only be assigned to or destroyed.
+class GlobStream {
+ public:
+  /// Reads nothing yet. Throws for a malformed IRI or a scheme that isn't served.
+  KORVAN_IO_EXPORT GlobStream(std::u16string const& pattern, std::u16string const& rootFolder, bool includeDotFiles);
+  KORVAN_IO_EXPORT GlobStream(GlobStream&&) noexcept;
+  KORVAN_IO_EXPORT GlobStream& operator=(GlobStream&&) noexcept;
+  KORVAN_IO_EXPORT ~GlobStream();
 
-/// The same matches in the same order, each given to the consumer as soon as it is found, on the calling thread: `**/*.csv` gives
-/// its first match when the first folder has been read. Matches are not collected, so memory doesn't grow with their number. Once
-/// the consumer has returned false, nothing more is read. Everything else as above; where an error ends the search, the matches
-/// found before it have been given.
-KORVAN_IO_EXPORT void glob(std::u16string const& pattern, std::u16string const& rootFolder, bool includeDotFiles,
-                           MatchConsumer const& consumer);
+  /// The next match, valid until the next call; nothing at the end and ever after. What it throws ends the search.
+  KORVAN_IO_EXPORT std::optional<std::u16string_view> next();
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
 
 }  // namespace korvan::io::internal
