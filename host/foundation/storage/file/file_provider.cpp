@@ -95,7 +95,7 @@ PathKind FileProvider::kind(AbsoluteIRI const& location) {
   return ::lstat(path.c_str(), &status) == 0 ? PathKind::isFile : PathKind::notFound;
 }
 
-void FileProvider::list(AbsoluteIRI const& folder, std::string_view /*namePrefix*/, vfs::EntryTable& entries) {
+void FileProvider::list(AbsoluteIRI const& folder, std::string_view /*namePrefix*/, vfs::EntrySink& entries) {
   std::string const path = systemPath(folder);
   if (path.empty()) throw vfs::exceptionOfErrno(ENOENT, folder);
   Descriptor const descriptor(

@@ -16,7 +16,7 @@ class FileProvider final : public vfs::Provider {
   /// A path too long for the system is a failure here: a descent that comes so deep must not pass for whole.
   /// Reads the whole folder, whatever the prefix: `open`, one `getdents64` for each 64 KiB and one for the end,
   /// `close`.
-  void list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntryTable& entries) override;
+  void list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) override;
 
   /// One `stat`.
   std::optional<vfs::FolderIdentity> identity(vfs::AbsoluteIRI const& folder) override;

@@ -83,7 +83,7 @@ vfs::PathKind Provider::kind(vfs::AbsoluteIRI const& location) {
   }
 }
 
-void Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntryTable& entries) {
+void Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) {
   Place const place = placeOf(folder);
   bool found = place.possible() && (place.key.empty() || !namePrefix.empty());
   if (place.possible()) {

@@ -30,7 +30,7 @@ class Provider : public vfs::Provider {
 
   /// One request for each 1,000 entries whose names begin with `namePrefix`. With a prefix that nothing begins with it
   /// isn't told whether the folder exists.
-  void list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntryTable& entries) override;
+  void list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) override;
 
   bool servesSubtrees() const noexcept override { return true; }
 

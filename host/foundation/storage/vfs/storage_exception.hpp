@@ -10,7 +10,7 @@ namespace foundation::storage::vfs {
 
 /// What kind of failure a storage error is; the numbers are part of the interface.
 enum class ErrorCode : int {
-  notFound = 1,      ///< nothing stands at the location, or one of its components is no folder
+  notFound = 1,          ///< nothing stands at the location, or one of its components is no folder
   permissionDenied = 2,  ///< something may stand there, but the caller may not see or read it
   other = 3,             ///< anything else: the medium failed, the answer made no sense, time ran out
 };
