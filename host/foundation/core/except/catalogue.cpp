@@ -10,7 +10,7 @@ namespace resource_core {
 
 namespace {
 
-/// One message; "{0}" and "{1}" stand for its arguments.
+/// One message; "{0}" and "{1}" are the places of its arguments.
 struct Entry {
   std::string_view component;
   std::string_view mnemonic;
@@ -27,7 +27,7 @@ constexpr Entry entries[] = {
     {"KORVAN:automation:io:FileIO", "InvalidFile",
      u"\"{0}\" can't be reached: name a file or folder that exists, on a disk or in a store that answers."},
     {"KORVAN:virtualfilesystem", "invalidIRI",
-     u"\"{0}\" is no valid location: write SCHEME://PATH, in it \"%\" only before two hex digits (\"%25\" is \"%\" itself), \"?\" as \"%3F\" and \"#\" as \"%23\"."},
+     u"\"{0}\" is not a valid location: write SCHEME://PATH, in it \"%\" only before two hex digits (\"%25\" is \"%\" itself), \"?\" as \"%3F\" and \"#\" as \"%23\"."},
     {"KORVAN:virtualfilesystem", "unsupportedProvider",
      u"No storage provider serves the scheme \"{0}\"; file:///FOLDER names a place on the local disk, s3://BUCKET/FOLDER one in an object store."},
     {"KORVAN:virtualfilesystem", "permissionDenied",
@@ -38,11 +38,11 @@ constexpr Entry entries[] = {
      u"A pattern, an option's name and the value of \"RootFolder\" must be text; a missing string has none."},
     {"KORVAN:interpreter", "NotEnoughInputs", u"Not enough inputs: the function needs at least one more."},
     {"KORVAN:interpreter", "TooManyInputs", u"Too many inputs: the function takes fewer."},
-    {"KORVAN:interpreter", "TooManyOutputs", u"Too many outputs: the function gives fewer than were asked for."},
+    {"KORVAN:interpreter", "TooManyOutputs", u"Too many outputs: the function returns fewer than were requested."},
     {"KORVAN:interpreter", "Interrupted", u"Interrupted by the user."},
     {"KORVAN:interpreter", "OutOfMemory", u"Out of memory: narrow the search, or free memory and try again."},
     {"KORVAN:interpreter", "CurrentFolderUnknown",
-     u"The current folder can't be told ({0}): change to a folder that exists and that you may read."},
+     u"The current folder can't be determined ({0}): change to a folder that exists and that you may read."},
     {"KORVAN:interpreter", "Failure", u"The call failed: {0}"},
 };
 
@@ -57,7 +57,7 @@ void appendArgument(std::u16string& line, MsgArgument const& argument) {
 std::u16string filled(std::u16string_view text, std::vector<MsgArgument> const& arguments) {
   std::u16string line;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    // Texts are ours: "{" stands only before a digit and "}".
+    // The texts above have "{" only before a digit and "}".
     if (text[i] != u'{') {
       line += text[i];
       continue;

@@ -44,7 +44,6 @@ ErrorCode errorCodeOfErrno(int error) noexcept {
   switch (error) {
     case ENOENT:
     case ENOTDIR:
-    case ELOOP:  // a link that leads back to itself leads to no folder
       return ErrorCode::notFound;
     case EACCES:
     case EPERM:
