@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -34,6 +35,11 @@ AbsoluteIRI beginningOf(AbsoluteIRI const& location, std::size_t length) {
                                       static_cast<std::uint32_t>(text.size() - location.encodedPath().size()));
 }
 
+std::optional<FolderIdentity> identityOf(Provider& provider, AbsoluteIRI const& folder) {
+  SessionCache* const cache = currentSessionCache();
+  return cache == nullptr ? provider.identity(folder) : cache->identity(provider, folder);
+}
+
 // Of the folders from the first one to this one: one request each.
 template <class Node>
 std::vector<FolderIdentity> identitiesOf(Node const& node) {
@@ -41,7 +47,7 @@ std::vector<FolderIdentity> identitiesOf(Node const& node) {
   std::vector<FolderIdentity> identities;
   std::u16string const& text = node.location.toString();
   for (std::size_t end = node.rootLength;;) {
-    if (auto const own = node.provider->identity(beginningOf(node.location, end))) identities.push_back(*own);
+    if (auto const own = identityOf(*node.provider, beginningOf(node.location, end))) identities.push_back(*own);
     if (end >= text.size()) return identities;
     end = std::min(text.find(u'/', end + 1), text.size());
   }
@@ -67,10 +73,11 @@ std::shared_ptr<FolderSnapshot> read(std::shared_ptr<Provider> const& provider, 
 
 // Finds out the kind of every matching entry that the folder itself didn't say.
 void resolveKinds(FolderSnapshot& snapshot, NameFilter const& filter, Provider& provider) {
+  SessionCache* const cache = currentSessionCache();
   for (std::size_t i = 0; i < snapshot.entries.size(); ++i) {
     if (snapshot.entries.kind(i) || !filter.matches(snapshot.entries.name(i))) continue;
     try {
-      kindOfEntry(snapshot, i, provider);
+      cache == nullptr ? kindOfEntry(snapshot, i, provider) : cache->kind(snapshot, i, provider);
     } catch (Exception const&) {
       continue;  // stays unknown: a link that can't be followed mustn't hide its siblings
     }
@@ -94,7 +101,7 @@ Folder::Folder(Folder const& parent, std::u16string const& name) {
   node.linkPassed = from.linkPassed || maybeLink(node.location);
   if (node.linkPassed) {
     node.identities = identitiesOf(from);
-    if (auto const own = node.provider->identity(node.location)) {
+    if (auto const own = identityOf(*node.provider, node.location)) {
       if (std::find(node.identities.begin(), node.identities.end(), *own) != node.identities.end()) {
         throw Exception(ErrorCode::other, std::move(node.location), "the folder contains itself through a link");
       }

@@ -19,12 +19,15 @@ enum class ErrorCode : int {
 /// storage layer throws is one of these or derives from it.
 class KORVAN_HOST_EXPORT Exception : public std::exception {
  public:
-  /// `reason` is UTF-8, a few words, without the location.
-  Exception(ErrorCode code, AbsoluteIRI location, std::string reason);
+  /// `reason` is UTF-8, a few words, without the location. `systemError` is an `errno` value, where a system call failed.
+  Exception(ErrorCode code, AbsoluteIRI location, std::string reason, int systemError = 0);
   ~Exception() override;
 
   /// The `ErrorCode` as a number.
   int getErrorCode() const noexcept { return static_cast<int>(code_); }
+
+  /// The `errno` value of the system call that failed, or 0.
+  int systemError() const noexcept { return systemError_; }
 
   /// The location concerned, as it was asked about.
   AbsoluteIRI const& getLocation() const noexcept { return location_; }
@@ -41,6 +44,7 @@ class KORVAN_HOST_EXPORT Exception : public std::exception {
 
  private:
   ErrorCode code_;
+  int systemError_ = 0;
   AbsoluteIRI location_;
   std::string reason_;
   std::string what_;

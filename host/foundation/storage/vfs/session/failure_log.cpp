@@ -2,16 +2,16 @@
 
 namespace foundation::storage::vfs {
 
-void FailureLog::rethrowRemembered(Question question, std::u16string_view key) {
-  Failures const& failures = failuresOf(question);
-  auto const found = failures.find(key);
+void FailureLog::rethrowRemembered(Question question, AbsoluteIRI const& location) {
+  Failures const& failures = failures_[static_cast<std::size_t>(question)];
+  auto const found = failures.find(keyOf(location));
   if (found == failures.end()) return;
   report(found->second);
   throw Exception(found->second);
 }
 
-void FailureLog::remember(Question question, std::u16string_view key, Exception const& failure) {
-  failuresOf(question).try_emplace(std::u16string(key), failure);
+void FailureLog::remember(Question question, AbsoluteIRI const& location, Exception const& failure) {
+  failures_[static_cast<std::size_t>(question)].try_emplace(std::u16string(keyOf(location)), failure);
 }
 
 void FailureLog::report(Exception const& failure) {

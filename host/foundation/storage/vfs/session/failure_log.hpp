@@ -1,7 +1,7 @@
 #pragma once
 
+#include <array>
 #include <string>
-#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -12,31 +12,40 @@
 namespace foundation::storage::vfs {
 
 /// The failures of one session: remembered by location, so that what has failed isn't tried again, and reported once for each
-/// location, however often it is met. Not for several threads at once.
+/// location, however often and in whatever order it is asked about. Not for several threads at once.
 class FailureLog {
  public:
-  /// What was asked about a location: its entries, or its kind. One may fail where the other succeeds.
-  enum class Question { entries, kind };
+  /// What was asked about a location. One question may fail where another is answered.
+  enum class Question { entries, kind, identity };
 
-  /// Throws and reports the failure that is remembered for the question, if any, as a plain `Exception`. `key`: see `keyOf`.
-  void rethrowRemembered(Question question, std::u16string_view key);
+  /// The result of `ask`, which puts the question to the provider. Throws what that throws, and doesn't call it again for a question
+  /// that has failed: then throws a plain `Exception`. Reports the failure in both cases.
+  template <class Ask>
+  auto attempt(Question question, AbsoluteIRI const& location, Ask ask) {
+    rethrowRemembered(question, location);
+    try {
+      return ask();
+    } catch (Exception const& failure) {
+      remember(question, location, failure);
+      report(failure);
+      throw;
+    }
+  }
 
   /// Remembers a failure, unless one is remembered for the question, without reporting it: the search may never ask for what was
   /// read ahead.
-  void remember(Question question, std::u16string_view key, Exception const& failure);
+  void remember(Question question, AbsoluteIRI const& location, Exception const& failure);
 
-  /// Adds the failure to `reported`, unless one of its location is there. Absence isn't a failure.
-  void report(Exception const& failure);
-
-  /// In the order of the failures; only ever grows.
+  /// In the order of the failures, without absence, which isn't a failure. Only ever grows.
   std::vector<Exception> const& reported() const noexcept { return reported_; }
 
  private:
   using Failures = std::unordered_map<std::u16string, Exception, KeyHash, KeyEqual>;
-  Failures& failuresOf(Question question) noexcept { return question == Question::kind ? kinds_ : entries_; }
 
-  Failures entries_;
-  Failures kinds_;
+  void rethrowRemembered(Question question, AbsoluteIRI const& location);
+  void report(Exception const& failure);
+
+  std::array<Failures, 3> failures_;  // by question
   std::unordered_set<std::u16string, KeyHash, KeyEqual> reportedKeys_;
   std::vector<Exception> reported_;
 };

@@ -1,5 +1,6 @@
 #include "foundation/storage/vfs/session/read_ahead.hpp"
 
+#include <cerrno>
 #include <string>
 #include <utility>
 
@@ -46,6 +47,10 @@ class Unlocked {
  private:
   std::unique_lock<std::mutex>& lock_;
 };
+
+bool isShortage(int systemError) {
+  return systemError == EMFILE || systemError == ENFILE || systemError == ENOMEM;
+}
 
 bool isSameFolder(AbsoluteIRI const& a, AbsoluteIRI const& b) {
   return KeyEqual()(keyOf(a), keyOf(b));
@@ -119,6 +124,11 @@ ReadAhead::Outcome ReadAhead::readRequested(Lock& lock, AbsoluteIRI const& locat
   auto const position = isHit ? order_.take(std::move(*predicted)) : order_.takeOutOfOrder(location);
   try {
     Reading reading = readUnlocked(lock, location);
+    if (reading.wasShort && helper_.joinable()) {
+      stopHelper(lock);
+      mayStartHelper_ = false;
+      reading = readUnlocked(lock, location);
+    }
     order_.enter(position, std::move(reading.subfolders));
     return std::move(reading.outcome);
   } catch (...) {
@@ -135,11 +145,15 @@ std::optional<DescentOrder::Position> ReadAhead::takePredicted() {
   return order_.take(std::move(*predicted));
 }
 
-// Whether it succeeded. An interrupt or a lack of memory doesn't concern those who didn't request this folder: whoever does reads it
+// Whether it succeeded. An interrupt or a lack of memory or descriptors doesn't concern those who didn't request this folder: whoever does reads it
 // again, and meets it there.
 bool ReadAhead::prefetch(Lock& lock, DescentOrder::Position position) noexcept {
   try {
     Reading reading = readUnlocked(lock, position->folder);
+    if (reading.wasShort) {
+      order_.enter(position, {});
+      return false;
+    }
     std::u16string_view const key = keyOf(reading.outcome.snapshot->location);
     std::size_t const memory = reading.outcome.snapshot->entries.memory();
     if (prefetched_.try_emplace(key, std::move(reading.outcome)).second) prefetchedMemory_ += memory;
@@ -156,9 +170,11 @@ ReadAhead::Reading ReadAhead::readUnlocked(Lock& lock, AbsoluteIRI const& locati
   try {
     auto snapshot = readFolder(*provider_, location, {});
     EntryTable subfolders = descendedSubfolders(*snapshot);
-    return {{std::move(snapshot), nullptr}, std::move(subfolders)};
-  } catch (Exception const&) {
-    return {{std::make_shared<FolderSnapshot>(location, std::string()), std::current_exception()}, {}};
+    return {{std::move(snapshot), nullptr}, std::move(subfolders), false};
+  } catch (Exception const& failure) {
+    return {{std::make_shared<FolderSnapshot>(location, std::string()), std::current_exception()},
+            {},
+            isShortage(failure.systemError())};
   }
 }
 

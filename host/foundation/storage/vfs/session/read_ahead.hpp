@@ -39,7 +39,8 @@ class ReadAhead {
   ReadAhead(ReadAhead const&) = delete;
   ReadAhead& operator=(ReadAhead const&) = delete;
 
-  /// Reads the folder, unless it was prefetched. Throws as `Provider::list` does, and what `addToCache` throws.
+  /// Reads the folder, unless it was prefetched. Throws as `Provider::list` does, and what `addToCache` throws. A lack of descriptors
+  /// or memory is thrown only where it is met without the helper.
   std::shared_ptr<FolderSnapshot> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
 
  private:
@@ -47,6 +48,7 @@ class ReadAhead {
   struct Reading {
     Outcome outcome;
     EntryTable subfolders;
+    bool wasShort = false;  // of descriptors or memory, which is no property of the folder
   };
 
   void awaitHelper(Lock& lock, AbsoluteIRI const& location);

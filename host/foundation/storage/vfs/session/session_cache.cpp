@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "foundation/core/text/bytes.hpp"
 #include "foundation/storage/vfs/detail/iri_text.hpp"
 
 namespace foundation::storage::vfs {
@@ -83,14 +84,7 @@ std::shared_ptr<FolderSnapshot> SessionCache::snapshot(std::shared_ptr<Provider>
   std::u16string_view const key = keyOf(location);
   if (!provider->servesSubtrees()) prefix = {};  // the provider reads whole folders anyway: cache them as such
   if (CachedFolder* const cached = findPredicted(key, prefix)) return noteRequested(*cached);
-  failures_.rethrowRemembered(FailureLog::Question::entries, key);
-  try {
-    return read(provider, location, prefix);
-  } catch (Exception const& failure) {
-    failures_.remember(FailureLog::Question::entries, key, failure);
-    failures_.report(failure);
-    throw;
-  }
+  return failures_.attempt(FailureLog::Question::entries, location, [&] { return read(provider, location, prefix); });
 }
 
 std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> const& provider,
@@ -104,49 +98,70 @@ std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> con
 
 // A folder that was read ahead, and may be requested later or never.
 void SessionCache::addUnrequested(ReadAhead::Outcome const& outcome) {
-  std::u16string_view const key = keyOf(outcome.snapshot->location);
   if (!outcome.failure) {
-    if (find(key, {}) == nullptr) add(outcome.snapshot);
+    if (find(keyOf(outcome.snapshot->location), {}) == nullptr) add(outcome.snapshot);
     return;
   }
   try {
     std::rethrow_exception(outcome.failure);
   } catch (Exception const& failure) {
-    failures_.remember(FailureLog::Question::entries, key, failure);
+    failures_.remember(FailureLog::Question::entries, outcome.snapshot->location, failure);
   }
 }
 
 PathKind SessionCache::kind(StorageSystem& system, AbsoluteIRI const& location) {
-  Entry entry = findEntry(location);
-  if (entry.snapshot == nullptr) {
-    if (find(keyOf(location), {}) != nullptr) return PathKind::isFolder;
-    if (auto const known = kinds_.find(location.toString()); known != kinds_.end()) return known->second;
-    std::shared_ptr<Provider> const provider = system.provider(location.scheme());
-    Busy const busy(busy_);
-    AbsoluteIRI const above = location.getParent();
-    if (scan_ && location.hasParent() && scan_->reaches(above, {}) && scan_->isWorthAPage()) {
-      scan(*provider, above, {});
-      entry = findEntry(location);
-    }
-    if (entry.snapshot == nullptr) {
-      PathKind const kind = provider->kind(location);
-      makeRoom(location.toString().size() * sizeof(char16_t));
-      kinds_.emplace(location.toString(), kind);
-      return kind;
-    }
+  Entry const entry = findEntry(location);
+  std::optional<PathKind> kind;
+  if (entry.snapshot != nullptr) {
+    kind = entry.index == EntryTable::npos ? PathKind::notFound : entry.snapshot->entries.kind(entry.index);
+  } else if (find(keyOf(location), {}) != nullptr) {
+    kind = PathKind::isFolder;
+  } else if (auto const known = kinds_.find(location.toString()); known != kinds_.end()) {
+    kind = known->second;
   }
-  if (entry.index == EntryTable::npos) return PathKind::notFound;
-  auto const known = entry.snapshot->entries.kind(entry.index);
-  PathKind kind = PathKind::notFound;
-  if (known) {
-    kind = *known;
-  } else {
-    std::shared_ptr<Provider> const provider = system.provider(location.scheme());
-    Busy const busy(busy_);
-    kind = kindOfEntry(*entry.snapshot, entry.index, *provider);
+  if (!kind) {
+    kind = failures_.attempt(FailureLog::Question::kind, location, [&] { return askKind(system, location, entry); });
   }
-  bool const asksForFolder = location.toString().back() == u'/';
-  return asksForFolder && kind != PathKind::isFolder ? PathKind::notFound : kind;
+  bool const asksForFolder = location.toString().ends_with(u'/');
+  return asksForFolder && kind != PathKind::isFolder ? PathKind::notFound : *kind;
+}
+
+PathKind SessionCache::askKind(StorageSystem& system, AbsoluteIRI const& location, Entry entry) {
+  std::shared_ptr<Provider> const provider = system.provider(location.scheme());
+  Busy const busy(busy_);
+  AbsoluteIRI const above = location.getParent();
+  bool const tryAPage = entry.snapshot == nullptr && scan_ && location.hasParent() && scan_->reaches(above, {});
+  if (tryAPage && scan_->isWorthAPage()) {
+    scan(*provider, above, {});
+    entry = findEntry(location);
+  }
+  if (entry.snapshot != nullptr) {
+    return entry.index == EntryTable::npos ? PathKind::notFound : kindOfEntry(*entry.snapshot, entry.index, *provider);
+  }
+  PathKind const kind = provider->kind(location);
+  makeRoom(location.toString().size() * sizeof(char16_t));
+  kinds_.emplace(location.toString(), kind);
+  return kind;
+}
+
+PathKind SessionCache::kind(FolderSnapshot& snapshot, std::size_t index, Provider& provider) {
+  if (auto const known = snapshot.entries.kind(index)) return *known;
+  AbsoluteIRI const location(snapshot.location, core::text::fromBytes(snapshot.entries.name(index)));
+  return failures_.attempt(FailureLog::Question::kind, location, [&] {
+    Busy const busy(busy_);
+    return kindOfEntry(snapshot, index, provider);
+  });
+}
+
+std::optional<FolderIdentity> SessionCache::identity(Provider& provider, AbsoluteIRI const& folder) {
+  std::u16string_view const key = keyOf(folder);
+  if (auto const known = identities_.find(key); known != identities_.end()) return known->second;
+  auto const identity = failures_.attempt(FailureLog::Question::identity, folder, [&] {
+    Busy const busy(busy_);
+    return provider.identity(folder);
+  });
+  makeRoom(key.size() * sizeof(char16_t) + sizeof identity);
+  return identities_.emplace(key, identity).first->second;
 }
 
 bool SessionCache::maybeLink(AbsoluteIRI const& location) {
@@ -217,6 +232,7 @@ void SessionCache::makeRoom(std::size_t bytes) {
   if (memory_ + bytes > memoryBound_) {
     folders_.clear();
     kinds_.clear();
+    identities_.clear();
     memory_ = 0;
     lastLookedIn_ = nullptr;
     lastRequested_ = nullptr;

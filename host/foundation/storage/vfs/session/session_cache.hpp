@@ -17,19 +17,27 @@
 
 namespace foundation::storage::vfs {
 
-/// What a read session remembers: one snapshot of each folder, the failures, and the kinds of locations whose folder wasn't listed.
-/// Used by the session's thread alone, but for `activity`. Not to be entered a second time while it asks a provider: see `isBusy`.
+/// What a read session remembers: one snapshot of each folder, the identities of folders, the failures, and the kinds of locations
+/// whose folder wasn't listed.
+/// Used by the session's thread alone, but for `activity`. Not to be entered a second time while it asks a provider: see `isBusy`. Each
+/// operation that asks a provider throws what that throws, remembers it and reports it as a failure, see FailureLog: a search passes
+/// over what it can't look at, and only the report shows that its result isn't complete.
 class SessionCache {
  public:
   explicit SessionCache(std::size_t memoryBound);
 
   /// The snapshot of the folder, complete at least for the entries whose names begin with `prefix`: from the cache, or read now.
-  /// Throws what reading it threw; where that was earlier in the session, as a plain `Exception`.
   std::shared_ptr<FolderSnapshot> snapshot(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
                                            std::string_view prefix);
 
   /// What exists at the location. The storage system is asked for the provider only where the cache has no answer.
   PathKind kind(StorageSystem& system, AbsoluteIRI const& location);
+
+  /// The kind of an entry of a snapshot that this cache returned: as `kindOfEntry`.
+  PathKind kind(FolderSnapshot& snapshot, std::size_t index, Provider& provider);
+
+  /// The folder's identity, as `Provider::identity`.
+  std::optional<FolderIdentity> identity(Provider& provider, AbsoluteIRI const& folder);
 
   /// Whether the entry at the location is, or may be, a link: true unless a snapshot says that it isn't.
   bool maybeLink(AbsoluteIRI const& location);
@@ -65,6 +73,7 @@ class SessionCache {
 
   std::shared_ptr<FolderSnapshot> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
                                        std::string_view prefix);
+  PathKind askKind(StorageSystem& system, AbsoluteIRI const& location, Entry entry);
   void scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix);
   void addUnrequested(ReadAhead::Outcome const& outcome);
   CachedFolder& add(std::shared_ptr<FolderSnapshot> snapshot);
@@ -73,6 +82,7 @@ class SessionCache {
   // The snapshots own their keys.
   std::unordered_multimap<std::u16string_view, CachedFolder, KeyHash, KeyEqual> folders_;
   std::unordered_map<std::u16string, PathKind> kinds_;
+  std::unordered_map<std::u16string, std::optional<FolderIdentity>, KeyHash, KeyEqual> identities_;
   FailureLog failures_;
   std::optional<SubtreeScan> scan_;
   ReadAhead readAhead_;
