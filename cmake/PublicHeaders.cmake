@@ -26,7 +26,7 @@ target_sources(
          host/foundation/core/text/utf16.hpp
          host/foundation/storage/vfs/absolute_iri.hpp
          host/foundation/storage/vfs/conversion.hpp
-         host/foundation/storage/vfs/detail/entry_table.hpp
+         host/foundation/storage/vfs/entry_sink.hpp
          host/foundation/storage/vfs/storage_exception.hpp
          host/foundation/storage/vfs/exists.hpp
          host/foundation/storage/vfs/folder.hpp

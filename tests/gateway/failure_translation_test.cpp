@@ -22,7 +22,7 @@ class ScriptedProvider final : public vfs::Provider {
     onRequest(location);
     return vfs::PathKind::isFile;
   }
-  void list(vfs::AbsoluteIRI const& folder, std::string_view, vfs::EntryTable& entries) override {
+  void list(vfs::AbsoluteIRI const& folder, std::string_view, vfs::EntrySink& entries) override {
     entries.add("one", vfs::EntryKind::file);
     onRequest(folder);
   }

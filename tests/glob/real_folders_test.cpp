@@ -1,14 +1,11 @@
-#include <cstdio>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "foundation/storage/vfs/storage_exception.hpp"
+#include "support/child_process.hpp"
 #include "support/oracle.hpp"
 #include "support/search.hpp"
 #include "support/temporary_folder.hpp"
@@ -95,21 +92,6 @@ TEST(RealFolders, ACallSeesEarlierChanges) {
   expectSearch({"d/b"}, "d/b", folder.path());
   std::filesystem::remove(folder.path() + "/d/b");
   expectSearch({"d", "d/a"}, "**/*", folder.path());
-}
-
-// Runs the checks in a child process without root's privileges; false if one of them failed.
-bool passesUnprivileged(std::function<void()> const& checks) {
-  std::fflush(nullptr);
-  pid_t const child = ::fork();
-  if (child == 0) {
-    constexpr unsigned nobody = 65534;
-    if (::geteuid() == 0 && (::setgid(nobody) != 0 || ::setuid(nobody) != 0)) ::_exit(3);
-    checks();
-    std::fflush(nullptr);
-    ::_exit(testing::Test::HasFailure() ? 1 : 0);
-  }
-  int status = -1;
-  return ::waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 TEST(RealFolders, AFolderWithoutPermissionIsSkipped) {

@@ -48,7 +48,7 @@ vfs::PathKind MemoryProvider::kind(vfs::AbsoluteIRI const& location) {
   return tree.resolve(path, false) ? vfs::PathKind::isFile : vfs::PathKind::notFound;
 }
 
-void MemoryProvider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntryTable& entries) {
+void MemoryProvider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) {
   std::string const path = note(Operation::list, folder);
   if (!tree.isFolder(path)) throw vfs::Exception(vfs::ErrorCode::notFound, folder, "no folder");
   auto all = tree.children(path);

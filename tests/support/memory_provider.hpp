@@ -53,7 +53,7 @@ class MemoryProvider final : public vfs::Provider {
 
   Authority authority() const noexcept override { return options_.authority; }
   vfs::PathKind kind(vfs::AbsoluteIRI const& location) override;
-  void list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntryTable& entries) override;
+  void list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) override;
   std::optional<vfs::FolderIdentity> identity(vfs::AbsoluteIRI const& folder) override;
   bool servesSubtrees() const noexcept override { return options_.subtreePage != 0; }
   vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after) override;

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "foundation/storage/vfs/detail/entry_table.hpp"
+#include "foundation/storage/vfs/entry_sink.hpp"
 
 namespace korvan::test {
 

@@ -9,17 +9,17 @@
 
 namespace resource_core {
 
-/// What fills one placeholder of a message.
+/// The value of one placeholder of a message.
 using MsgArgument = std::variant<long, std::string, std::u16string>;
 
-/// Names one message of the host's catalogue, and carries what fills its placeholders. A plain value, which each
-/// message's class derives from without adding data.
+/// Names one message of the host's catalogue and carries the values of its placeholders. A plain value, from which each message's
+/// class derives without adding data.
 class KORVAN_HOST_EXPORT BaseMsgID {
  public:
   /// In the order of the message's placeholders.
   std::vector<MsgArgument> const& arguments() const noexcept { return arguments_; }
 
-  /// The part of the catalogue that the message stands in: a path with ":" between its elements.
+  /// The part of the catalogue that has the message: a path with ":" between its elements.
   std::string const& component() const noexcept { return component_; }
 
   /// The message's name within the component.

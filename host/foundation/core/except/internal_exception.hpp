@@ -18,13 +18,13 @@ class KORVAN_HOST_EXPORT IInternalException : public IException {
   IInternalException& operator=(IInternalException const&) noexcept;
 };
 
-/// The base of such exceptions as they are thrown; what derives from it says how it is copied and what it tells.
+/// The base of such exceptions as they are thrown; derived classes say how they are copied and what their text is.
 template <>
 class KORVAN_HOST_EXPORT Exception<IInternalException, std::exception, void> : public IInternalException,
                                                                                public std::exception {
  public:
   ~Exception() noexcept override;
-  /// What `IException` tells, as UTF-8; lives as long as the exception.
+  /// The text of `IException`, as UTF-8. Valid as long as the exception.
   char const* what() const noexcept override;
 
  protected:

@@ -10,7 +10,7 @@
 
 namespace foundation::core::except {
 
-/// An exception whose message stands in the host's catalogue.
+/// An exception whose message is in the host's catalogue.
 class KORVAN_HOST_EXPORT IMsgIDException : public IUserException {
  public:
   ~IMsgIDException() noexcept override;
@@ -18,7 +18,7 @@ class KORVAN_HOST_EXPORT IMsgIDException : public IUserException {
   /// The catalogue's text with the message's arguments filled in.
   std::u16string GetUnicodeMessageTxt() const override;
 
-  /// The message, which lives as long as the exception.
+  /// The message. Valid as long as the exception.
   virtual resource_core::BaseMsgID const& GetBaseMsgIDObj() const = 0;
 
   /// The error identifier of a message: its component, ":" and its mnemonic.
@@ -44,7 +44,7 @@ class KORVAN_HOST_EXPORT Exception<T, std::exception, void> : public IMsgIDExcep
   /// Throws a copy.
   [[noreturn]] void rethrow() const override { throw Exception(*this); }
 
-  /// The message as UTF-8; lives as long as the exception.
+  /// The message as UTF-8. Valid as long as the exception.
   char const* what() const noexcept override { return IException::what(); }
 
   /// The message's error identifier.

@@ -6,7 +6,7 @@
 
 namespace foundation::core::except {
 
-/// An exception that is meant for the interpreter's user: it has an identifier to act on and a message to read.
+/// An exception for the interpreter's user: an identifier that programs can act on, and a message to read.
 class KORVAN_HOST_EXPORT IUserException : public IException {
  public:
   ~IUserException() noexcept override;

@@ -4,7 +4,7 @@
 #include <string_view>
 
 /// The ASCII rules that schemes, headers, settings and percent-encodings follow, whatever the running locale. `Unit` is `char` or
-/// `char16_t`; units beyond ASCII are no letters, no digits, and have no other case.
+/// `char16_t`; units beyond ASCII are neither letters nor digits, and have no other case.
 namespace foundation::core::text {
 
 template <class Unit>

@@ -20,7 +20,8 @@ void appendEscaped(std::u16string& line, std::u16string_view character) {
     default:
       for (char const byte : toBytesLossy(character)) {
         auto const value = static_cast<unsigned char>(byte);
-        line += {u'\\', u'x', static_cast<char16_t>(hexDigits[value >> 4]), static_cast<char16_t>(hexDigits[value & 0xF])};
+        line +=
+            {u'\\', u'x', static_cast<char16_t>(hexDigits[value >> 4]), static_cast<char16_t>(hexDigits[value & 0xF])};
       }
   }
 }

@@ -3,8 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
-/// The surrogates of UTF-16 (Unicode 3.8): halves of a pair, and the lone ones that stand for bytes which aren't UTF-8 (see
-/// bytes.hpp).
+/// The surrogates of UTF-16 (Unicode 3.8): halves of a pair, and lone ones, some of which are bytes that aren't UTF-8 (see bytes.hpp).
 namespace foundation::core::text {
 
 constexpr bool isHighSurrogate(char16_t unit) noexcept {
@@ -22,7 +21,7 @@ constexpr bool isSurrogate(char16_t unit) noexcept {
 /// The byte 0xNN that isn't part of valid UTF-8 is the unit `escapedByteBase` + 0xNN.
 inline constexpr char16_t escapedByteBase = 0xDC00;
 
-/// Whether the unit, standing alone, is a byte that isn't part of valid UTF-8: U+DC80 to U+DCFF.
+/// Whether the unit, outside a pair, is a byte that isn't part of valid UTF-8: U+DC80 to U+DCFF.
 constexpr bool isEscapedByte(char16_t unit) noexcept {
   return unit >= escapedByteBase + 0x80 && unit <= escapedByteBase + 0xFF;
 }

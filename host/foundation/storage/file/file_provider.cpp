@@ -10,6 +10,8 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include "foundation/storage/file/link_resolution.hpp"
+#include "foundation/storage/file/system_call.hpp"
 #include "foundation/storage/vfs/conversion.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
 #include "quindarel/interrupt/interrupt_poll.hpp"
@@ -22,22 +24,10 @@ using vfs::EntryKind;
 using vfs::FolderIdentity;
 using vfs::PathKind;
 
-class Descriptor {
- public:
-  explicit Descriptor(int value) noexcept : value_(value) {}
-  ~Descriptor() {
-    if (value_ >= 0) ::close(value_);
-  }
-  Descriptor(Descriptor const&) = delete;
-  Descriptor& operator=(Descriptor const&) = delete;
-  int get() const noexcept { return value_; }
+// Small enough for the stack of any thread, and large folders aren't listed faster with a larger one.
+constexpr std::size_t listingBuffer = std::size_t{16} << 10;
 
- private:
-  int value_;
-};
-
-// The path by which the system knows the location; empty for one that it can't know, since a name ends at its first
-// NUL.
+// The path by which the system knows the location; empty where it can't know it, as a name ends at its first NUL.
 std::string systemPath(AbsoluteIRI const& location) {
   std::string path = vfs::decodedPath(location);
   if (path.empty()) path = "/";
@@ -49,15 +39,26 @@ bool namesNothing(int error) {
   return vfs::errorCodeOfErrno(error) == vfs::ErrorCode::notFound || error == ENAMETOOLONG;
 }
 
-// The result of a system call that a signal may cut short, as on a network's disk: made again, unless the signal was an
-// interrupt.
-template <class Call>
-auto uninterrupted(Call call) {
-  for (;;) {
-    auto const result = call();
-    if (result >= 0 || errno != EINTR) return result;
-    utThrowIfInterruptPending();
+// The status of what exists at the path, or of the link itself where links aren't followed. Returns 0 or an `errno` value.
+int getStatus(std::string const& path, bool followLast, struct stat& status) {
+  int const flags = followLast ? 0 : AT_SYMLINK_NOFOLLOW;
+  if (uninterrupted([&] { return ::fstatat(AT_FDCWD, path.c_str(), &status, flags); }) == 0) return 0;
+  if (errno != ELOOP) return errno;
+  Resolved const resolved = resolveLinks(path, followLast);
+  if (resolved.error != 0) return resolved.error;
+  return ::fstat(resolved.descriptor.get(), &status) == 0 ? 0 : errno;
+}
+
+Resolved openFolder(std::string const& path) {
+  constexpr int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
+  Descriptor folder(uninterrupted([&] { return ::open(path.c_str(), flags); }));
+  if (folder.get() < 0 && errno == ELOOP) {
+    Resolved const resolved = resolveLinks(path, true);
+    if (resolved.error != 0) return {Descriptor(), resolved.error};
+    folder = Descriptor(uninterrupted([&] { return ::openat(resolved.descriptor.get(), ".", flags); }));
   }
+  int const error = folder.get() < 0 ? errno : 0;
+  return {std::move(folder), error};
 }
 
 EntryKind kindOfType(unsigned char type) {
@@ -73,8 +74,8 @@ EntryKind kindOfType(unsigned char type) {
   }
 }
 
-// One record of getdents64, whose layout is the kernel's (linux_dirent64); the C library's own reader hides the buffer
-// and costs a copy.
+// One record of getdents64, whose layout is the kernel's (linux_dirent64). The C library's own reader adds an allocation and a call for
+// each entry.
 struct DirectoryRecord {
   std::uint64_t inode;
   std::int64_t position;
@@ -89,22 +90,22 @@ PathKind FileProvider::kind(AbsoluteIRI const& location) {
   std::string const path = systemPath(location);
   if (path.empty()) return PathKind::notFound;
   struct stat status = {};
-  if (::stat(path.c_str(), &status) == 0) return S_ISDIR(status.st_mode) ? PathKind::isFolder : PathKind::isFile;
-  int const error = errno;
+  int error = getStatus(path, true, status);
+  if (error != 0 && namesNothing(error)) error = getStatus(path, false, status);
+  if (error == 0) return S_ISDIR(status.st_mode) ? PathKind::isFolder : PathKind::isFile;
   if (!namesNothing(error)) throw vfs::exceptionOfErrno(error, location);
-  return ::lstat(path.c_str(), &status) == 0 ? PathKind::isFile : PathKind::notFound;
+  return PathKind::notFound;
 }
 
-void FileProvider::list(AbsoluteIRI const& folder, std::string_view /*namePrefix*/, vfs::EntryTable& entries) {
+void FileProvider::list(AbsoluteIRI const& folder, std::string_view /*namePrefix*/, vfs::EntrySink& entries) {
   std::string const path = systemPath(folder);
   if (path.empty()) throw vfs::exceptionOfErrno(ENOENT, folder);
-  Descriptor const descriptor(
-      uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK); }));
-  if (descriptor.get() < 0) throw vfs::exceptionOfErrno(errno, folder);
-  alignas(DirectoryRecord) std::array<char, std::size_t{64} << 10> buffer;
+  Resolved const opened = openFolder(path);
+  if (opened.error != 0) throw vfs::exceptionOfErrno(opened.error, folder);
+  alignas(DirectoryRecord) std::array<char, listingBuffer> buffer;
   for (;;) {
     auto const filled =
-        uninterrupted([&] { return ::syscall(SYS_getdents64, descriptor.get(), buffer.data(), buffer.size()); });
+        uninterrupted([&] { return ::syscall(SYS_getdents64, opened.descriptor.get(), buffer.data(), buffer.size()); });
     if (filled < 0) throw vfs::exceptionOfErrno(errno, folder);
     if (filled == 0) return;
     for (char const* at = buffer.data(); at < buffer.data() + filled;) {
@@ -120,8 +121,8 @@ void FileProvider::list(AbsoluteIRI const& folder, std::string_view /*namePrefix
 std::optional<FolderIdentity> FileProvider::identity(AbsoluteIRI const& folder) {
   std::string const path = systemPath(folder);
   struct stat status = {};
-  if (path.empty() || ::stat(path.c_str(), &status) != 0)
-    throw vfs::exceptionOfErrno(path.empty() ? ENOENT : errno, folder);
+  int const error = path.empty() ? ENOENT : getStatus(path, true, status);
+  if (error != 0) throw vfs::exceptionOfErrno(error, folder);
   return FolderIdentity{status.st_dev, status.st_ino};
 }
 

@@ -4,19 +4,19 @@
 
 namespace foundation::storage::file {
 
-/// Serves the scheme "file" (RFC 8089): the disks of this machine, by POSIX calls. A request is a system call. A path
-/// too long for the system names nothing, as does one with U+0000 in it.
+/// Serves the scheme "file" (RFC 8089): the disks of this machine, by POSIX calls. A request is a system call. A path with U+0000
+/// names nothing. Links are followed even where a path has more of them than the system follows; see link_resolution.hpp for what
+/// that costs.
 class FileProvider final : public vfs::Provider {
  public:
   Authority authority() const noexcept override { return Authority::empty; }
 
-  /// One `stat`; a second call where that finds nothing, to tell a broken link from nothing.
+  /// One `stat`; where that finds nothing also an `lstat`, since a broken link exists. A path too long for the system names nothing.
   vfs::PathKind kind(vfs::AbsoluteIRI const& location) override;
 
-  /// A path too long for the system is a failure here: a descent that comes so deep must not pass for whole.
-  /// Reads the whole folder, whatever the prefix: `open`, one `getdents64` for each 64 KiB and one for the end,
-  /// `close`.
-  void list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntryTable& entries) override;
+  /// Lists the whole folder, whatever the prefix: `open`, one `getdents64` for each 16 KiB of entries and one for the end, `close`. A
+  /// path too long for the system is a failure, so that a descent which gets so deep is known to be incomplete.
+  void list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) override;
 
   /// One `stat`.
   std::optional<vfs::FolderIdentity> identity(vfs::AbsoluteIRI const& folder) override;

@@ -83,7 +83,7 @@ vfs::PathKind Provider::kind(vfs::AbsoluteIRI const& location) {
   }
 }
 
-void Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntryTable& entries) {
+void Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) {
   ObjectLocation const target = objectLocationOf(folder);
   bool found = target.canExist() && (target.key.empty() || !namePrefix.empty());
   if (target.canExist()) {

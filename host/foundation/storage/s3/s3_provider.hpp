@@ -30,7 +30,7 @@ class Provider : public vfs::Provider {
 
   /// One request for each 1,000 entries whose names begin with `namePrefix`. If there are none and the prefix isn't
   /// empty, nothing shows whether the folder exists: the list is then empty.
-  void list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntryTable& entries) override;
+  void list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) override;
 
   bool servesSubtrees() const noexcept override { return true; }
 

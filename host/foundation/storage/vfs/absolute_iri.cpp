@@ -15,8 +15,7 @@ namespace {
 
 constexpr std::size_t schemeSeparatorLength = 3;  // "://"
 
-// The decoded elements of a path: "." and ".." removed, and empty ones, which no provider takes for a folder; none for
-// the root.
+// The decoded elements of a path without ".", ".." and empty ones, which no provider takes for a folder; none for the root.
 std::vector<std::u16string> resolvedElements(std::u16string_view encodedPath) {
   std::vector<std::u16string> elements;
   while (!encodedPath.empty()) {

@@ -5,11 +5,33 @@
 #include <utility>
 
 #include "fl/filesystem/operations.hpp"
+#include "foundation/core/text/ascii.hpp"
+#include "foundation/core/text/escape.hpp"
+#include "foundation/core/text/utf16.hpp"
 #include "foundation/storage/vfs/detail/iri_text.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
 
 namespace foundation::storage::vfs {
+namespace {
+
+// The text with NUL and a number for each surrogate that has no bytes: no name contains NUL, so nothing can exist there.
+std::u16string namingNothing(std::u16string_view text) {
+  using namespace core::text;
+  std::u16string nothing;
+  forEachCharacter(text, [&](std::u16string_view character) {
+    char16_t const unit = character[0];
+    if (character.size() == 2 || !isSurrogate(unit) || isEscapedByte(unit)) {
+      nothing += character;
+      return;
+    }
+    nothing += u'\0';
+    for (int shift = 12; shift >= 0; shift -= 4) nothing += static_cast<char16_t>(hexDigits[(unit >> shift) & 0xF]);
+  });
+  return nothing;
+}
+
+}  // namespace
 
 AbsoluteIRI toAbsoluteIRI(std::u16string const& scheme, fl::filesystem::upath const& path) {
   if (!fl::filesystem::detail::is_absolute(path.native())) return toAbsoluteIRI(scheme, absolute(path, {}));
@@ -27,8 +49,11 @@ AbsoluteIRI toAbsoluteIRI(std::u16string const& scheme, fl::filesystem::upath co
     rest.remove_prefix(end);
   }
   std::size_t const pathStart = written.size();
-  encoded = encoded && iri_text::appendEncoded(written, rest);
   if (!encoded) throw InvalidIRIException(path.native(), "it holds half of a surrogate pair");
+  if (!iri_text::appendEncoded(written, rest)) {
+    written.resize(pathStart);
+    iri_text::appendEncoded(written, namingNothing(rest));
+  }
   return AbsoluteIRI::fromWrittenForm(std::move(written), static_cast<std::uint32_t>(scheme.size()),
                                       static_cast<std::uint32_t>(pathStart));
 }

@@ -1,6 +1,8 @@
 #include "foundation/storage/vfs/folder.hpp"
 
 #include <algorithm>
+#include <cstdint>
+#include <optional>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -8,61 +10,74 @@
 #include "foundation/core/text/bytes.hpp"
 #include "foundation/storage/vfs/detail/folder_snapshot.hpp"
 #include "foundation/storage/vfs/detail/name_filter.hpp"
+#include "foundation/storage/vfs/session/current_session.hpp"
 #include "foundation/storage/vfs/session/session_cache.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
 
 namespace foundation::storage::vfs {
 
-// One step of the way that led to a folder.
+// A folder as it was reached. Nothing here refers to the folders above: their locations are beginnings of this one's text, so that a
+// folder however deep neither holds a chain of others alive nor takes a recursion to be destroyed.
 struct Folder::Node {
   AbsoluteIRI location;
   std::shared_ptr<Provider> provider;
-  std::shared_ptr<Node const> parent;
-  bool linkPassed = false;  // whether this step or an earlier one was, or may have been, through a link
-  std::vector<FolderIdentity>
-      identities{};  // of the folders from the first one to this one; empty while no link was passed
+  std::size_t rootLength;   // of the text of the first folder's location: those of the folders in between begin with it
+  bool linkPassed = false;  // whether a link was, or may have been, passed on the way from the first folder
+  std::vector<FolderIdentity> identities{};  // from the first folder to this one; empty while no link was passed
 };
 
 namespace {
 
+// The location whose text is the beginning of this one's.
+AbsoluteIRI beginningOf(AbsoluteIRI const& location, std::size_t length) {
+  std::u16string const& text = location.toString();
+  return AbsoluteIRI::fromWrittenForm(text.substr(0, length), static_cast<std::uint32_t>(location.scheme().size()),
+                                      static_cast<std::uint32_t>(text.size() - location.encodedPath().size()));
+}
+
+std::optional<FolderIdentity> identityOf(Provider& provider, AbsoluteIRI const& folder) {
+  SessionCache* const cache = currentSessionCache();
+  return cache == nullptr ? provider.identity(folder) : cache->identity(provider, folder);
+}
+
+// Of the folders from the first one to this one: one request each.
 template <class Node>
 std::vector<FolderIdentity> identitiesOf(Node const& node) {
   if (!node.identities.empty()) return node.identities;
-  std::vector<FolderIdentity> chain = node.parent ? identitiesOf(*node.parent) : std::vector<FolderIdentity>();
-  if (auto const own = node.provider->identity(node.location)) chain.push_back(*own);
-  return chain;
+  std::vector<FolderIdentity> identities;
+  std::u16string const& text = node.location.toString();
+  for (std::size_t end = node.rootLength;;) {
+    if (auto const own = identityOf(*node.provider, beginningOf(node.location, end))) identities.push_back(*own);
+    if (end >= text.size()) return identities;
+    end = std::min(text.find(u'/', end + 1), text.size());
+  }
 }
 
 bool maybeLink(AbsoluteIRI const& location) {
-  ReadSession* const session = ReadSession::current();
-  return session == nullptr || session->store().maybeLink(location);
+  SessionCache* const cache = currentSessionCache();
+  return cache == nullptr || cache->maybeLink(location);
 }
 
-std::shared_ptr<FolderReading> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
-                                    NameFilter const& filter) {
-  if (ReadSession* const session = ReadSession::current()) {
-    return session->store().reading(provider, location, filter.literalHead());
+std::shared_ptr<NameFilter const> makeFilter(std::u16string const& text) {
+  if (SessionCache* const cache = currentSessionCache()) return cache->filter(text);
+  return std::make_shared<NameFilter const>(text);
+}
+
+std::shared_ptr<FolderSnapshot> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
+                                     NameFilter const& filter) {
+  if (SessionCache* const cache = currentSessionCache()) {
+    return cache->snapshot(provider, location, filter.literalHead());
   }
   return readFolder(*provider, location, filter.literalHead());
 }
 
-// The filter of the text. A search lists thousands of folders with one and the same, so the thread's last one is kept.
-std::shared_ptr<NameFilter const> filterOf(std::u16string const& text) {
-  thread_local std::u16string lastText;
-  thread_local std::shared_ptr<NameFilter const> last;
-  if (!last || lastText != text) {
-    last = std::make_shared<NameFilter const>(text);
-    lastText = text;
-  }
-  return last;
-}
-
-// Looks at every matching entry that the folder itself didn't tell the kind of.
-void resolveKinds(FolderReading& reading, NameFilter const& filter, Provider& provider) {
-  for (std::size_t i = 0; i < reading.entries.size(); ++i) {
-    if (reading.entries.kind(i) || !filter.matches(reading.entries.name(i))) continue;
+// Finds out the kind of every matching entry that the folder itself didn't say.
+void resolveKinds(FolderSnapshot& snapshot, NameFilter const& filter, Provider& provider) {
+  SessionCache* const cache = currentSessionCache();
+  for (std::size_t i = 0; i < snapshot.entries.size(); ++i) {
+    if (snapshot.entries.kind(i) || !filter.matches(snapshot.entries.name(i))) continue;
     try {
-      kindOfEntry(reading, i, provider);
+      cache == nullptr ? kindOfEntry(snapshot, i, provider) : cache->kind(snapshot, i, provider);
     } catch (Exception const&) {
       continue;  // stays unknown: a link that can't be followed mustn't hide its siblings
     }
@@ -73,16 +88,20 @@ void resolveKinds(FolderReading& reading, NameFilter const& filter, Provider& pr
 
 Folder::Folder(AbsoluteIRI location, StorageSystemReference system) {
   std::shared_ptr<Provider> provider = system.system().provider(location.scheme());
-  node_ = std::make_shared<Node const>(Node{std::move(location), std::move(provider), nullptr});
+  std::size_t const rootLength = location.toString().size();
+  node_ = std::make_shared<Node const>(Node{std::move(location), std::move(provider), rootLength});
 }
 
 Folder::Folder(Folder const& parent, std::u16string const& name) {
   Node const& from = *parent.node_;
-  Node node{AbsoluteIRI(from.location, name), from.provider, parent.node_};
+  Node node{AbsoluteIRI(from.location, name), from.provider, from.rootLength};
+  std::u16string const& text = node.location.toString();
+  bool const isBelow = text.compare(0, from.rootLength, from.location.toString(), 0, from.rootLength) == 0;
+  if (!isBelow) node.rootLength = text.size();  // the name was a whole location
   node.linkPassed = from.linkPassed || maybeLink(node.location);
   if (node.linkPassed) {
     node.identities = identitiesOf(from);
-    if (auto const own = node.provider->identity(node.location)) {
+    if (auto const own = identityOf(*node.provider, node.location)) {
       if (std::find(node.identities.begin(), node.identities.end(), *own) != node.identities.end()) {
         throw Exception(ErrorCode::other, std::move(node.location), "the folder contains itself through a link");
       }
@@ -104,26 +123,26 @@ std::u16string Folder::getName() const {
 
 template <class T>
 struct FolderListing<T>::State {
-  std::shared_ptr<FolderReading const> reading;
+  std::shared_ptr<FolderSnapshot const> snapshot;
   std::shared_ptr<NameFilter const> filter;
   Folder folder;
 };
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a copy by the interface
 FolderListing<ListEntry> Folder::listAll(std::u16string filter) const {
-  std::shared_ptr<NameFilter const> names = filterOf(filter);
-  auto reading = read(node_->provider, node_->location, *names);
+  auto names = makeFilter(filter);
+  auto snapshot = read(node_->provider, node_->location, *names);
   using State = FolderListing<ListEntry>::State;
-  return FolderListing<ListEntry>(std::make_shared<State const>(State{std::move(reading), std::move(names), *this}));
+  return FolderListing<ListEntry>(std::make_shared<State const>(State{std::move(snapshot), std::move(names), *this}));
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a copy by the interface
 FolderListing<Folder> Folder::listFolders(std::u16string filter) const {
-  std::shared_ptr<NameFilter const> names = filterOf(filter);
-  auto reading = read(node_->provider, node_->location, *names);
-  resolveKinds(*reading, *names, *node_->provider);
+  auto names = makeFilter(filter);
+  auto snapshot = read(node_->provider, node_->location, *names);
+  resolveKinds(*snapshot, *names, *node_->provider);
   using State = FolderListing<Folder>::State;
-  return FolderListing<Folder>(std::make_shared<State const>(State{std::move(reading), std::move(names), *this}));
+  return FolderListing<Folder>(std::make_shared<State const>(State{std::move(snapshot), std::move(names), *this}));
 }
 
 template <class T>
@@ -136,7 +155,7 @@ typename FolderListing<T>::Iterator FolderListing<T>::begin() const {
 
 template <class T>
 typename FolderListing<T>::Iterator FolderListing<T>::end() const {
-  return Iterator(state_, state_->reading->entries.size());
+  return Iterator(state_, state_->snapshot->entries.size());
 }
 
 template <>
@@ -160,7 +179,7 @@ typename FolderListing<T>::Iterator& FolderListing<T>::Iterator::operator++() {
 
 template <class T>
 void FolderListing<T>::Iterator::settle() {
-  EntryTable const& entries = state_->reading->entries;
+  EntryTable const& entries = state_->snapshot->entries;
   auto const matches = [&] {
     if constexpr (std::is_same_v<T, Folder>) {
       if (entries.kind(index_) != PathKind::isFolder) return false;
@@ -173,7 +192,7 @@ void FolderListing<T>::Iterator::settle() {
     Folder::Node const& from = *state_->folder.node_;
     element_ = Folder(std::make_shared<Folder::Node const>(
         Folder::Node{AbsoluteIRI(from.location, core::text::fromBytes(entries.name(index_))), from.provider,
-                     state_->folder.node_, from.linkPassed || entries.maybeLink(index_)}));
+                     from.rootLength, from.linkPassed || entries.maybeLink(index_)}));
   } else {
     element_.name_.clear();
     core::text::appendFromBytes(element_.name_, entries.name(index_));

@@ -26,18 +26,17 @@ class KORVAN_HOST_EXPORT ListEntry {
   std::u16string name_;
 };
 
-/// A handle on a folder, local or remote. Making one makes no request, but for one that is opened from another: see
-/// there. A value; copies share the memory of how they were reached, which never changes, so they may be used by
-/// several threads.
+/// A handle on a folder, local or remote. A value: copies share what is known of how the folder was reached, which never changes, so
+/// several threads may use them. Making a handle makes no request, except where one folder is opened from another.
 class KORVAN_HOST_EXPORT Folder {
  public:
-  /// The folder at the IRI, whether or not one stands there. Throws `UnsupportedIRISchemeException` when no provider
-  /// serves the scheme.
+  /// The folder at the IRI, whether or not one exists there. Throws `UnsupportedIRISchemeException` when no provider serves the
+  /// scheme.
   Folder(AbsoluteIRI location, StorageSystemReference system);
 
-  /// The sub-folder of that name. It remembers the folders that led to it. Throws `Exception` (code `other`) when it is
-  /// one of them, reached again through a link, so that no descent goes round a cycle. Asks for identities, one request
-  /// each, only where a link was passed or where no session knows that none was.
+  /// The sub-folder of that name. Throws `Exception` (code `other`) when it is one of the folders that led to it, reached again
+  /// through a link, so that no descent follows a cycle. Where a link was passed on the way, or no session knows that none was, it
+  /// asks for the identities of these folders, one request each, and throws what that throws.
   Folder(Folder const& parent, std::u16string const& name);
 
   /// Where the folder is, as it was reached.
@@ -46,13 +45,13 @@ class KORVAN_HOST_EXPORT Folder {
   /// The folder's name, decoded; empty for a root.
   std::u16string getName() const;
 
-  /// Every entry whose name matches the filter: "*" is any run of characters, every other character stands for itself.
-  /// Reads the folder (one request a page), or answers from the thread's session. Throws `Exception` when the folder
-  /// can't be read whole.
+  /// Every entry whose name matches the filter: "*" is any run of characters, every other character stands for itself. Lists the
+  /// folder (one request a page), or answers from the thread's session. Throws `Exception` when the folder can't be listed
+  /// completely.
   FolderListing<ListEntry> listAll(std::u16string filter) const;
 
-  /// As `listAll`, sub-folders only: folders and links to folders. One more request for each matching link. A link that
-  /// can't be followed is no folder.
+  /// As `listAll`, but only folders and links to folders. One request more for each matching link, and for each matching entry whose
+  /// kind the folder doesn't say; an entry where that request fails is left out.
   FolderListing<Folder> listFolders(std::u16string filter) const;
 
  private:
@@ -64,15 +63,14 @@ class KORVAN_HOST_EXPORT Folder {
   std::shared_ptr<Node const> node_;
 };
 
-/// What a listing gives: entries in the byte order of their names (code point order). A value that shares what was
-/// read: it stays valid and the same when the folder, the session or the disk changes. Going through it makes no
-/// request. `T` is `ListEntry` or `Folder`.
+/// The entries that a listing found, in the byte order of their names (code point order). A value that shares what was read: it stays
+/// valid and the same when the folder, the session or the disk changes. Iterating makes no request. `T` is `ListEntry` or `Folder`.
 template <class T>
 class KORVAN_HOST_EXPORT FolderListing {
   struct State;
 
  public:
-  /// Moves forward. The iterator holds its element, so a reference is valid until that iterator moves or ends.
+  /// Moves forward only. The iterator holds its element: a reference is valid until that iterator moves or is destroyed.
   class KORVAN_HOST_EXPORT Iterator {
    public:
     using iterator_category = std::input_iterator_tag;
@@ -90,7 +88,7 @@ class KORVAN_HOST_EXPORT FolderListing {
    private:
     friend class FolderListing;
     Iterator(std::shared_ptr<State const> state, std::size_t index);
-    void settle();  // goes to the first match at or after the index and makes the element
+    void settle();  // moves to the first match at or after the index and makes the element
 
     std::shared_ptr<State const> state_;
     std::size_t index_;

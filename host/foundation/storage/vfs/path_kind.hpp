@@ -4,7 +4,7 @@
 
 namespace foundation::storage::vfs {
 
-/// What stands at a location. A link counts as what it leads to; a link that leads nowhere is a file.
+/// What exists at a location. A link counts as its target; a link that leads nowhere is a file.
 enum class PathKind : std::uint32_t {
   isFile = 0,    ///< something that is not a folder
   isFolder = 1,  ///< a folder, or a link to one

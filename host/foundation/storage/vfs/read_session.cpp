@@ -1,5 +1,6 @@
 #include "foundation/storage/vfs/read_session.hpp"
 
+#include "foundation/storage/vfs/session/current_session.hpp"
 #include "foundation/storage/vfs/session/session_cache.hpp"
 
 namespace foundation::storage::vfs {
@@ -9,7 +10,8 @@ thread_local ReadSession* innermost = nullptr;
 
 }  // namespace
 
-ReadSession::ReadSession(std::size_t memoryBound) : store_(std::make_unique<Store>(memoryBound)), outer_(innermost) {
+ReadSession::ReadSession(std::size_t memoryBound)
+    : cache_(std::make_unique<SessionCache>(memoryBound)), outer_(innermost) {
   innermost = this;
 }
 
@@ -18,22 +20,31 @@ ReadSession::~ReadSession() {
 }
 
 Activity const& ReadSession::activity() const noexcept {
-  return store_->activity;
+  return cache_->activity;
 }
 
 std::vector<Exception> const& ReadSession::failedListings() const noexcept {
-  return store_->failedListings;
+  return cache_->failures().reported();
 }
 
 ReadSession* ReadSession::current() noexcept {
   return innermost;
 }
 
+SessionCache* innermostSessionCache() noexcept {
+  return innermost == nullptr ? nullptr : innermost->cache_.get();
+}
+
+SessionCache* currentSessionCache() noexcept {
+  SessionCache* const cache = innermostSessionCache();
+  return cache == nullptr || cache->isBusy() ? nullptr : cache;
+}
+
 void countRequest(std::uint64_t bytes) noexcept {
-  if (innermost == nullptr) return;
-  Activity& activity = innermost->store().activity;
-  activity.requests.fetch_add(1, std::memory_order_relaxed);
-  activity.bytes.fetch_add(bytes, std::memory_order_relaxed);
+  SessionCache* const cache = innermostSessionCache();
+  if (cache == nullptr) return;
+  cache->activity.requests.fetch_add(1, std::memory_order_relaxed);
+  cache->activity.bytes.fetch_add(bytes, std::memory_order_relaxed);
 }
 
 }  // namespace foundation::storage::vfs

@@ -11,54 +11,56 @@
 
 namespace foundation::storage::vfs {
 
-/// What was read, so far. Read by another thread at any time, to show progress.
+class SessionCache;
+
+/// What a session has read so far. Another thread may read it at any time, to show progress.
 struct Activity {
   std::atomic<std::uint64_t> folders{0};   ///< folders listed
-  std::atomic<std::uint64_t> entries{0};   ///< entries that those listings held
+  std::atomic<std::uint64_t> entries{0};   ///< entries of those folders
   std::atomic<std::uint64_t> requests{0};  ///< requests to remote stores, repeated ones included
   std::atomic<std::uint64_t> bytes{0};     ///< bytes that remote stores answered
 };
 
-/// One consistent look at storage: opened by the host around one builtin call, on the thread that makes the call. While
-/// it is open each folder is read at most once on that thread, and listings, kinds and existence below it are answered
-/// from that reading. Where a search descends through dozens of local folders, the session reads those that come next
-/// ahead of it, on one thread of its own and, rather than wait for that, on the calling one. Its own takes no signals,
-/// uses nothing but the provider, and ends with the session at the latest, which waits for the listing under way. Past
-/// its memory bound it forgets and reads again. Closed, everything is forgotten. Without a session every question goes
-/// to the disk or store. Sessions nest: the innermost is the one in force.
+/// One consistent view of storage: opened by the host around one builtin call, on the thread that makes the call. While it is open,
+/// each folder is read at most once on that thread, and listings, kinds and existence below it are answered from a cache. Closed, it
+/// forgets everything. Without a session every question goes to the disk or store. Sessions nest: the innermost one answers.
+///
+/// Where a search descends through dozens of local folders, the session reads ahead: on a thread of its own, and on the calling one
+/// rather than wait for the other. The session's thread blocks all signals, does nothing but call the provider, and ends with the
+/// session at the latest, whose destructor waits for the listing in progress.
 class KORVAN_HOST_EXPORT ReadSession {
  public:
   /// In bytes.
   static constexpr std::size_t defaultMemoryBound = std::size_t{256} << 20;
 
-  /// Opens a session on the calling thread, which must also close it. `memoryBound`: how many bytes of readings it
-  /// keeps, about.
+  /// Opens a session on the calling thread, which must also close it. When the cache exceeds about `memoryBound` bytes it is
+  /// emptied, and folders are read again.
   explicit ReadSession(std::size_t memoryBound = defaultMemoryBound);
   ~ReadSession();
   ReadSession(ReadSession const&) = delete;
   ReadSession& operator=(ReadSession const&) = delete;
 
-  /// What was read through this session so far; lives as long as it.
+  /// What was read through this session so far. Valid as long as the session.
   Activity const& activity() const noexcept;
 
-  /// The listings that failed, each folder once, in the order in which they did. A folder that isn't there and one
-  /// refused because it closes a link cycle are no failures.
+  /// The locations where a listing failed, or a request for what an entry is or whether a folder contains itself: each location once,
+  /// in the order of the failures. While there are none, searches in this session were complete. Absence isn't a failure, nor is a
+  /// folder that is refused because it closes a link cycle. The list only grows: a host that makes several calls in one session gets
+  /// the failures of a call as those behind the size that the list had before it. A location that failed in an earlier call fails in
+  /// later ones too, but isn't repeated.
   std::vector<Exception> const& failedListings() const noexcept;
 
   /// The calling thread's innermost session, or null.
   static ReadSession* current() noexcept;
 
-  /// What the session remembers; for the storage layer itself.
-  class Store;
-  Store& store() noexcept { return *store_; }
-
  private:
-  std::unique_ptr<Store> store_;
+  friend SessionCache* innermostSessionCache() noexcept;
+
+  std::unique_ptr<SessionCache> cache_;
   ReadSession* outer_;
 };
 
-/// Counts one request of a remote provider and the bytes of its answer in the calling thread's session, where there is
-/// one.
+/// Counts one request of a remote provider, and the bytes of its answer, in the calling thread's session, if any.
 KORVAN_HOST_EXPORT void countRequest(std::uint64_t bytes) noexcept;
 
 }  // namespace foundation::storage::vfs

@@ -19,8 +19,9 @@ AbsoluteIRI noLocation() {
 
 }  // namespace
 
-Exception::Exception(ErrorCode code, AbsoluteIRI location, std::string reason)
+Exception::Exception(ErrorCode code, AbsoluteIRI location, std::string reason, int systemError)
     : code_(code),
+      systemError_(systemError),
       location_(std::move(location)),
       reason_(std::move(reason)),
       what_(describe(location_.toString(), reason_)) {}
@@ -44,7 +45,6 @@ ErrorCode errorCodeOfErrno(int error) noexcept {
   switch (error) {
     case ENOENT:
     case ENOTDIR:
-    case ELOOP:  // a link that leads back to itself leads to no folder
       return ErrorCode::notFound;
     case EACCES:
     case EPERM:
@@ -55,7 +55,7 @@ ErrorCode errorCodeOfErrno(int error) noexcept {
 }
 
 Exception exceptionOfErrno(int error, AbsoluteIRI location) {
-  return {errorCodeOfErrno(error), std::move(location), std::generic_category().message(error)};
+  return {errorCodeOfErrno(error), std::move(location), std::generic_category().message(error), error};
 }
 
 }  // namespace foundation::storage::vfs

@@ -19,7 +19,7 @@ struct Registry {
   std::map<std::u16string, std::shared_ptr<Provider>, std::less<>> providers;
 };
 
-// Never destroyed: a provider may still be asked while the process ends.
+// Never destroyed: another thread may still use a provider while the process ends.
 Registry& registry() {
   static auto& instance = *new Registry;
   return instance;
@@ -30,7 +30,7 @@ std::shared_ptr<Provider> const& fileProvider() {
   return instance;
 }
 
-// The folder that this library was loaded from, with its "/".
+// The folder that this library was loaded from, with its final "/".
 std::string ownFolder() {
   Dl_info info = {};
   if (::dladdr(reinterpret_cast<void const*>(&fileProvider), &info) == 0 || info.dli_fname == nullptr) return {};
@@ -38,7 +38,7 @@ std::string ownFolder() {
   return file.substr(0, file.rfind('/') + 1);
 }
 
-// The scheme's grammar leaves no "/" in it, so the module's name stays in the folder of modules.
+// A scheme has no "/", so the file lies in the modules' folder.
 std::shared_ptr<Provider> loadModule(std::u16string_view scheme) {
   std::u16string const name(scheme);
   std::string const file = ownFolder() + "korvanhost/korvan-storage-" + core::text::toBytesLossy(name) + ".so";

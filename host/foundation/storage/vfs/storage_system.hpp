@@ -9,31 +9,30 @@
 
 namespace foundation::storage::vfs {
 
-/// The process's storage system: which provider serves which scheme. "file" is built in. Another scheme is served by a
-/// provider that was registered, or by a module "korvanhost/korvan-storage-SCHEME.so" in the host library's own folder,
-/// loaded when the scheme is first used and never unloaded. Safe on every thread.
+/// The process's storage system: which provider serves which scheme. "file" is built in. Another scheme is served by a registered
+/// provider, or else by a module "korvanhost/korvan-storage-SCHEME.so" in the host library's own folder, which is loaded when the
+/// scheme is first used and never unloaded. Safe on every thread.
 class KORVAN_HOST_EXPORT StorageSystem {
  public:
   /// The one of this process.
   static StorageSystem& instance();
 
-  /// The provider of the scheme (in lower case), which lives as long as the process or until it is replaced. Throws
-  /// `UnsupportedIRISchemeException` when there is none or its module can't be loaded.
+  /// The provider of the scheme (in lower case), shared with the caller. Throws `UnsupportedIRISchemeException` when there is none or
+  /// its module can't be loaded.
   std::shared_ptr<Provider> provider(std::u16string_view scheme);
 
-  /// Serves the scheme (in lower case, not "file") by `provider` from now on; a null pointer takes the scheme's
-  /// registration away.
+  /// Lets `provider` serve the scheme (in lower case, not "file") from now on; a null pointer removes the registration.
   void registerProvider(std::u16string const& scheme, std::shared_ptr<Provider> provider);
 };
 
-/// What a module exports, with C linkage, under the name "korvanStorageProvider": makes the provider of its scheme,
-/// owned by the caller.
+/// What a module exports, with C linkage, under the name "korvanStorageProvider": makes the provider of its scheme, owned by the
+/// caller.
 using MakeProvider = Provider* (*)();
 
 /// A handle on the storage system, passed by value; as cheap as a pointer.
 class KORVAN_HOST_EXPORT StorageSystemReference {
  public:
-  /// Refers to the system, which it doesn't own.
+  /// Refers to the system, which must outlive it.
   explicit StorageSystemReference(StorageSystem& system) noexcept : system_(&system) {}
   StorageSystem& system() const noexcept { return *system_; }
 

@@ -3,15 +3,13 @@
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
-#include <utility>
 
 #include "quindarel/interrupt/interrupt_poll.hpp"
 
 namespace foundation::storage::vfs {
 namespace {
 
-// The first eight bytes of a name as a number that orders as they do: most comparisons end here, without a look at the
-// names.
+// The first eight bytes of a name as a number that orders as they do: most comparisons need no more.
 std::uint64_t sortKey(std::string_view name) {
   std::uint64_t key = 0;
   std::memcpy(&key, name.data(), std::min(name.size(), sizeof key));
@@ -59,7 +57,7 @@ void EntryTable::sort() {
     if (a.key != b.key) return a.key < b.key;
     int const order = rest(a.record).compare(rest(b.record));
     if (order != 0) return order < 0;
-    // A NUL in a name makes keys of different names equal; then the shorter name comes first.
+    // A NUL at the end of a name makes the keys of different names equal; then the shorter name comes first.
     std::uint32_t const aLength = a.record.flags >> flagBits;
     std::uint32_t const bLength = b.record.flags >> flagBits;
     if (aLength != bLength) return aLength < bLength;
@@ -67,7 +65,7 @@ void EntryTable::sort() {
   });
   for (std::size_t i = 0; i < keyed.size(); ++i) records_[i] = keyed[i].record;
 
-  // Among equal names the one with the greatest kind comes first, which is a folder where there is one.
+  // Among equal names the greatest kind comes first: a folder where there is one.
   auto const nameOf = [this](Record const& record) {
     return std::string_view(names_.data() + record.offset, record.flags >> flagBits);
   };
@@ -95,19 +93,14 @@ std::size_t EntryTable::find(std::string_view wanted) const noexcept {
   return low < records_.size() && name(low) == wanted ? low : npos;
 }
 
-EntryTable EntryTable::takeCompact() {
-  constexpr std::size_t keptMemory = std::size_t{1} << 20;
-  EntryTable compact;
-  if (memory() > keptMemory) {
-    compact = std::move(*this);
-    *this = EntryTable();
-    compact.names_.shrink_to_fit();
-    compact.records_.shrink_to_fit();
-  } else {
-    compact = *this;
-    clear();
-  }
-  return compact;
+void EntryTable::reserveUsual() {
+  names_.reserve(1024);
+  records_.reserve(64);
+}
+
+void EntryTable::shrink() {
+  names_.shrink_to_fit();
+  records_.shrink_to_fit();
 }
 
 }  // namespace foundation::storage::vfs

@@ -4,21 +4,21 @@
 
 namespace foundation::storage::vfs {
 
-std::shared_ptr<FolderReading> readFolder(Provider& provider, AbsoluteIRI const& location, std::string_view prefix) {
-  thread_local EntryTable entries;  // its memory serves one folder after the other
-  entries.clear();
-  provider.list(location, prefix, entries);
-  entries.sort();
-  auto reading = std::make_shared<FolderReading>(location, std::string(prefix));
-  reading->entries = entries.takeCompact();
-  return reading;
+std::shared_ptr<FolderSnapshot> readFolder(Provider& provider, AbsoluteIRI const& location, std::string_view prefix) {
+  auto snapshot = std::make_shared<FolderSnapshot>(location, std::string(prefix));
+  snapshot->entries.reserveUsual();
+  EntrySink sink(snapshot->entries);
+  provider.list(location, prefix, sink);
+  snapshot->entries.sort();
+  snapshot->entries.shrink();
+  return snapshot;
 }
 
-PathKind kindOfEntry(FolderReading& reading, std::size_t index, Provider& provider) {
-  if (auto const known = reading.entries.kind(index)) return *known;
+PathKind kindOfEntry(FolderSnapshot& snapshot, std::size_t index, Provider& provider) {
+  if (auto const known = snapshot.entries.kind(index)) return *known;
   PathKind const kind =
-      provider.kind(AbsoluteIRI(reading.location, core::text::fromBytes(reading.entries.name(index))));
-  reading.entries.setKind(index, kind);
+      provider.kind(AbsoluteIRI(snapshot.location, core::text::fromBytes(snapshot.entries.name(index))));
+  snapshot.entries.setKind(index, kind);
   return kind;
 }
 

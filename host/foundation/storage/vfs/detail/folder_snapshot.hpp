@@ -11,23 +11,24 @@
 
 namespace foundation::storage::vfs {
 
-/// What one reading of a folder found. Internal to the storage layer. Shared by listings and, where there is one, the
-/// session; without a session it isn't changed once it is shared.
-struct FolderReading {
+/// A folder's entries as one listing found them, sorted. Internal to the storage layer. Shared by listings and, where there is one,
+/// the session, on whose thread alone it changes; without a session it doesn't change once it is shared.
+struct FolderSnapshot {
   AbsoluteIRI location;
-  std::string prefix;  ///< only entries whose names begin with these bytes were read for sure
+  std::string prefix;  ///< it is complete for entries whose names begin with these bytes
   EntryTable entries;
-  std::size_t lastFound = EntryTable::npos;  ///< the entry that the session was last asked about; it looks there first
+  std::size_t lastHit =
+      EntryTable::npos;  ///< the entry that the session looked up last: the next one is likely its neighbour
 
-  FolderReading(AbsoluteIRI where, std::string namePrefix)
+  FolderSnapshot(AbsoluteIRI where, std::string namePrefix)
       : location(std::move(where)), prefix(std::move(namePrefix)) {}
 };
 
-/// Reads the folder afresh: one listing of the provider, sorted. Throws as `Provider::list` does.
-std::shared_ptr<FolderReading> readFolder(Provider& provider, AbsoluteIRI const& location, std::string_view prefix);
+/// Asks the provider for the folder's entries: one listing. Throws as `Provider::list` does. Shares no memory with other calls, so a
+/// provider may list folders through the storage layer while it answers, on any thread.
+std::shared_ptr<FolderSnapshot> readFolder(Provider& provider, AbsoluteIRI const& location, std::string_view prefix);
 
-/// What stands at the entry: known from the reading, else asked of the provider and noted in the reading. At most two
-/// requests.
-PathKind kindOfEntry(FolderReading& reading, std::size_t index, Provider& provider);
+/// The entry's kind: as the snapshot has it, else as the provider says, which the snapshot then notes. At most two requests.
+PathKind kindOfEntry(FolderSnapshot& snapshot, std::size_t index, Provider& provider);
 
 }  // namespace foundation::storage::vfs

@@ -17,7 +17,7 @@ using core::text::isLetter;
 using core::text::isPairAt;
 using core::text::percentEncodedByte;
 
-// The ASCII characters that stand for themselves in a written path.
+// The ASCII characters that a written path shows as themselves.
 constexpr std::array<bool, 128> makePlain() {
   std::array<bool, 128> plain{};
   for (std::size_t unit = 0x21; unit < 0x7F; ++unit) plain[unit] = true;
@@ -26,26 +26,26 @@ constexpr std::array<bool, 128> makePlain() {
 }
 constexpr std::array<bool, 128> plainAscii = makePlain();
 
-// Whether a unit stands for itself whatever follows it: no surrogate and no control (C1 included).
+// Whether a unit is written as itself whatever follows it: no surrogate and no control (C1 included).
 bool isPlain(char16_t unit) {
   if (unit < 0x80) return plainAscii[unit];
   return unit >= 0xA0 && !core::text::isSurrogate(unit);
 }
 
-// Whether the text holds nothing but letters, digits and "-", ".", "/", "_", as nearly all names do. Without a branch
-// inside the loop, so that compilers turn it into vector code.
+// Whether the text has only letters, digits and "-", ".", "/", "_", as nearly all names have. There is no branch inside the loop, so
+// that compilers turn it into vector code.
 bool isUsual(std::u16string_view text) {
   std::uint16_t others = 0;
   for (char16_t const unit : text) {
     std::uint16_t const noLetter = static_cast<std::uint16_t>((unit | 0x20U) - u'a') > u'z' - u'a';
-    std::uint16_t const noDigitOrSign = static_cast<std::uint16_t>(unit - u'-') > u'9' - u'-';  // "./" stand between
+    std::uint16_t const noDigitOrSign = static_cast<std::uint16_t>(unit - u'-') > u'9' - u'-';  // "./" lie between
     std::uint16_t const noLine = unit != u'_';
     others = static_cast<std::uint16_t>(others | (noLetter & noDigitOrSign & noLine));
   }
   return others == 0;
 }
 
-// Encodes the unit or pair at `at`; the number of units taken, or 0 for what stands for no bytes.
+// Encodes the unit or pair at `at`. Returns the number of units encoded: 0 for a surrogate without bytes.
 std::size_t appendOne(std::u16string& written, std::u16string_view text, std::size_t at) {
   if (isPairAt(text, at)) {
     written.append(text, at, 2);
@@ -95,7 +95,7 @@ char const* appendNormalized(std::u16string& written, std::u16string_view text) 
     if (unit == u'%') {
       int const value = percentEncodedByte(text.substr(at + 1));
       if (value < 0) return "\"%\" must be followed by two hex digits; write \"%\" in a name as %25";
-      if (value == '/') return "a name can't hold \"/\", so %2F can't stand in an IRI";
+      if (value == '/') return "a name can't contain \"/\", so an IRI can't contain %2F";
       char const byte = static_cast<char>(value);
       core::text::appendPercentEncoded(written, {&byte, 1});
       at += 3;

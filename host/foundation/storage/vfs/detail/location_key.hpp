@@ -9,15 +9,15 @@
 
 namespace foundation::storage::vfs {
 
-/// The text by which the storage layer knows a folder: the written form of its location without a final "/", as a
-/// folder is one however its location ends. Valid as long as the location.
+/// The text by which caches know a folder: the written form of its location without a final "/", as "a" and "a/" are one folder. Valid
+/// as long as the location.
 inline std::u16string_view keyOf(AbsoluteIRI const& location) noexcept {
   std::u16string_view key = location.toString();
   if (!location.encodedPath().empty() && key.back() == u'/') key.remove_suffix(1);
   return key;
 }
 
-/// Equality as memory; the standard library compares UTF-16 unit by unit.
+/// Compares as memory, since the standard library compares UTF-16 unit by unit.
 struct KeyEqual {
   using is_transparent = void;
   bool operator()(std::u16string_view a, std::u16string_view b) const noexcept {
@@ -25,8 +25,8 @@ struct KeyEqual {
   }
 };
 
-/// Hashes the whole key: the tails of many folders are the same as well. It doesn't say `noexcept`, as libstdc++ then
-/// keeps the hashes in its tables; else it computes them anew for each neighbour in a bucket.
+/// Hashes the whole key, since many folders have the same beginning and the same end. It isn't `noexcept`: libstdc++ then stores the
+/// hashes in its tables instead of computing them again for each neighbour in a bucket.
 struct KeyHash {
   using is_transparent = void;
   std::size_t operator()(std::u16string_view key) const { return std::hash<std::u16string_view>()(key); }

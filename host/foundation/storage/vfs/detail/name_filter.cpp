@@ -3,18 +3,19 @@
 #include <algorithm>
 
 #include "foundation/core/text/bytes.hpp"
+#include "foundation/core/text/utf16.hpp"
 
 namespace foundation::storage::vfs {
 namespace {
 
-// Whether a text has a unit that stands for a single byte. The bytes of such a piece could match in the middle of a
-// valid character; those of every other piece can't, as UTF-8 tells where a character begins.
+// Whether a text has a unit for a single byte that isn't UTF-8. The bytes of such a piece could match in the middle of a character;
+// those of every other piece can't, as UTF-8 shows where a character begins.
 bool hasSingleBytes(std::u16string_view text) {
-  return std::any_of(text.begin(), text.end(), [](char16_t unit) { return unit >= 0xDC80 && unit <= 0xDCFF; });
+  return std::any_of(text.begin(), text.end(), core::text::isEscapedByte);
 }
 
-// Whether the name is pieces[0], any run, pieces[1], any run ... and the last piece. Taking each middle piece where it
-// first occurs is right, since that leaves most to the pieces after it; so nothing is tried twice.
+// Whether the name is pieces[0], any run, pieces[1], any run ... and the last piece. Taking each middle piece where it first occurs is
+// right, since that leaves most to the pieces after it: no backtracking is needed.
 template <class String, class View = std::basic_string_view<typename String::value_type>>
 bool matchesPieces(View name, std::vector<String> const& pieces) {
   String const& first = pieces.front();
@@ -40,18 +41,18 @@ NameFilter::NameFilter(std::u16string const& filter) {
     end = filter.find(u'*', start);
     std::u16string const piece = filter.substr(start, end == std::u16string::npos ? end : end - start);
     std::string bytes;
-    nothing_ = nothing_ || !core::text::appendBytes(bytes, piece);
+    none_ = none_ || !core::text::appendBytes(bytes, piece);
     pieces_.push_back(std::move(bytes));
     if (byText) textPieces_.push_back(piece);
   }
   literalHead_ = pieces_.front();
-  all_ = !nothing_ && pieces_.size() > 1 &&
+  all_ = !none_ && pieces_.size() > 1 &&
          std::all_of(pieces_.begin(), pieces_.end(), [](auto const& piece) { return piece.empty(); });
 }
 
 bool NameFilter::matches(std::string_view name) const {
   if (all_) return true;
-  if (nothing_) return false;
+  if (none_) return false;
   if (textPieces_.empty()) return matchesPieces(name, pieces_);
   return matchesPieces(std::u16string_view(core::text::fromBytes(name)), textPieces_);
 }

@@ -9,57 +9,58 @@
 
 namespace foundation::storage::vfs {
 
-EntryTable followedSubfolders(FolderReading const& reading) {
+EntryTable descendedSubfolders(FolderSnapshot const& snapshot) {
   EntryTable subfolders;
-  for (std::size_t i = 0; i < reading.entries.size(); ++i) {
-    std::string_view const name = reading.entries.name(i);
-    bool const followed =
-        reading.entries.kind(i) == PathKind::isFolder && !reading.entries.maybeLink(i) && name.front() != '.';
-    if (followed) subfolders.add(name, EntryKind::folder);
+  for (std::size_t i = 0; i < snapshot.entries.size(); ++i) {
+    std::string_view const name = snapshot.entries.name(i);
+    bool const isDescended =
+        snapshot.entries.kind(i) == PathKind::isFolder && !snapshot.entries.maybeLink(i) && name.front() != '.';
+    if (isDescended) subfolders.add(name, EntryKind::folder);
   }
   return subfolders;
 }
 
 std::optional<AbsoluteIRI> DescentOrder::next() {
-  for (auto rest = nextRest(); rest != rests_.end(); rest = nextRest()) {
-    AbsoluteIRI location(rest->folder, core::text::fromBytes(rest->subfolders.name(rest->position)));
-    if (aside_.empty() || aside_.count(KeyHash()(keyOf(location))) == 0) return location;
-    pass(rest);
+  for (auto pending = firstPending(); pending != pending_.end(); pending = firstPending()) {
+    AbsoluteIRI location(pending->folder, core::text::fromBytes(pending->subfolders.name(pending->next)));
+    if (takenOutOfOrder_.empty() || takenOutOfOrder_.count(KeyHash()(keyOf(location))) == 0) return location;
+    advance(pending);
   }
   return std::nullopt;
 }
 
-DescentOrder::Place DescentOrder::take(AbsoluteIRI folder) {
-  auto const rest = nextRest();
-  Place const place = rests_.insert(rest, Rest{std::move(folder)});
-  pass(rest);
-  return place;
+DescentOrder::Position DescentOrder::take(AbsoluteIRI folder) {
+  auto const parent = firstPending();
+  Position const position = pending_.insert(parent, Pending{std::move(folder)});
+  advance(parent);
+  return position;
 }
 
-DescentOrder::Place DescentOrder::takeAside(AbsoluteIRI folder) {
-  aside_.insert(KeyHash()(keyOf(folder)));
-  return rests_.insert(rests_.begin(), Rest{std::move(folder)});
+DescentOrder::Position DescentOrder::takeOutOfOrder(AbsoluteIRI folder) {
+  takenOutOfOrder_.insert(KeyHash()(keyOf(folder)));
+  return pending_.insert(pending_.begin(), Pending{std::move(folder)});
 }
 
-void DescentOrder::enter(Place place, EntryTable subfolders) noexcept {
+void DescentOrder::enter(Position position, EntryTable subfolders) noexcept {
   size_ += subfolders.size();
-  place->subfolders = std::move(subfolders);
-  if (place->subfolders.size() == 0) rests_.erase(place);
+  position->subfolders = std::move(subfolders);
+  if (position->subfolders.size() == 0) pending_.erase(position);
 }
 
 void DescentOrder::clear() noexcept {
-  rests_.clear();
+  pending_.clear();
   size_ = 0;
 }
 
-// Each thread that reads has taken one place at most, so few are looked at.
-std::list<DescentOrder::Rest>::iterator DescentOrder::nextRest() noexcept {
-  return std::find_if(rests_.begin(), rests_.end(), [](Rest const& rest) { return rest.subfolders.size() != 0; });
+// Each thread that reads has at most one position open, so few are looked at.
+std::list<DescentOrder::Pending>::iterator DescentOrder::firstPending() noexcept {
+  return std::find_if(pending_.begin(), pending_.end(),
+                      [](Pending const& pending) { return pending.subfolders.size() != 0; });
 }
 
-void DescentOrder::pass(Place rest) noexcept {
+void DescentOrder::advance(Position position) noexcept {
   --size_;
-  if (++rest->position == rest->subfolders.size()) rests_.erase(rest);
+  if (++position->next == position->subfolders.size()) pending_.erase(position);
 }
 
 }  // namespace foundation::storage::vfs

@@ -9,51 +9,51 @@
 
 namespace foundation::storage::vfs {
 
-/// The order in which a descent reads folders: each before those in it, siblings in listing order. Folders whose names
-/// begin with "." and links are passed over. Several folders may be taken before the first of them is read: what is in
-/// each has its place kept. Internal to the session.
+/// Predicts which folder a descent requests next: each folder before those in it, siblings in listing order. Links and folders whose
+/// names begin with "." aren't predicted. Several folders may be taken before the first of them is read: each leaves its position
+/// in the order, where its sub-folders will be. Internal to the session.
 class DescentOrder {
-  struct Rest {
+  struct Pending {
     AbsoluteIRI folder;
     EntryTable subfolders{};
-    std::size_t position = 0;
+    std::size_t next = 0;
   };
 
  public:
-  /// The place of a folder that was taken, until `enter`.
-  using Place = std::list<Rest>::iterator;
+  /// The position of a folder that was taken; valid until `enter`.
+  using Position = std::list<Pending>::iterator;
 
-  /// The folder that comes next; nothing where none is known.
+  /// The folder that is predicted; nothing where none is known.
   std::optional<AbsoluteIRI> next();
 
-  /// Takes the folder that `next` gave.
-  Place take(AbsoluteIRI folder);
+  /// Takes the folder that `next` returned.
+  Position take(AbsoluteIRI folder);
 
-  /// Takes a folder that isn't next. What is in it comes before all else, and the folder won't come again.
-  Place takeAside(AbsoluteIRI folder);
+  /// Takes a folder that wasn't predicted. What is in it comes before everything else, and the folder won't be predicted any more.
+  Position takeOutOfOrder(AbsoluteIRI folder);
 
-  /// Puts the sub-folders of the one that was taken into its place: none of one that couldn't be read.
-  void enter(Place place, EntryTable subfolders) noexcept;
+  /// Puts the sub-folders of the folder that was taken at its position: none where it couldn't be read.
+  void enter(Position position, EntryTable subfolders) noexcept;
 
-  /// Leaves nothing to come. No place may be taken. What was taken aside stays so: the folder above it may be entered
-  /// yet.
+  /// Forgets all predictions. No position may be open. Folders taken out of order stay so: the one above them may be entered later.
   void clear() noexcept;
 
-  /// How many folders are known to come, about: some of them may have been taken aside.
+  /// About how many folders can be predicted: some of them may have been taken out of order.
   std::size_t size() const noexcept { return size_; }
 
  private:
-  // What is still to come in a folder: nothing yet in one that is taken, else something. A copy of the names, as a
-  // shared reading is changed by the thread that asked for it.
-  std::list<Rest> rests_;
+  // What remains of each folder that is being descended: nothing yet where it is taken, otherwise something. The names are a copy, as
+  // a shared snapshot is changed by the thread that requested it.
+  std::list<Pending> pending_;
   std::size_t size_ = 0;
-  std::unordered_set<std::size_t> aside_;  // hashes of keys: should two be equal, a folder too many is passed over
+  std::unordered_set<std::size_t>
+      takenOutOfOrder_;  // hashes of keys: where two are equal, a folder too many is skipped
 
-  std::list<Rest>::iterator nextRest() noexcept;
-  void pass(Place rest) noexcept;
+  std::list<Pending>::iterator firstPending() noexcept;
+  void advance(Position position) noexcept;
 };
 
-/// Those of the folder's entries that a descent goes into.
-EntryTable followedSubfolders(FolderReading const& reading);
+/// The entries of the folder that a descent goes into.
+EntryTable descendedSubfolders(FolderSnapshot const& snapshot);
 
 }  // namespace foundation::storage::vfs

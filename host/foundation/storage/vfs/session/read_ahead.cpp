@@ -1,5 +1,6 @@
 #include "foundation/storage/vfs/session/read_ahead.hpp"
 
+#include <cerrno>
 #include <string>
 #include <utility>
 
@@ -11,35 +12,35 @@ namespace foundation::storage::vfs {
 namespace {
 
 // A search of a few folders isn't worth a thread.
-constexpr std::size_t descentAfter = 32;
+constexpr std::size_t hitsToStart = 32;
 
-// An order that is no longer followed, not one left for a link or a folder with a dot name.
-constexpr std::size_t astrayAfter = 32;
+// So many misses in a row mean that the descent has ended; fewer may be a link or a folder with a dot name that it goes into.
+constexpr std::size_t missesToAbandon = 32;
 
-// How far ahead it reads.
-constexpr std::size_t capacity = 256;
-constexpr std::size_t memoryBound = std::size_t{4} << 20;
+// The window: how much may be prefetched and not yet requested.
+constexpr std::size_t windowFolders = 256;
+constexpr std::size_t windowMemory = std::size_t{4} << 20;
 
-// The second thread is woken when there is this much for it to do, lest every folder cost a system call.
+// The helper is woken when it can read this many folders, lest every folder cost a system call.
 constexpr std::size_t worthWaking = 8;
 
-// How often something that comes in a moment is looked for before a thread sleeps: being put to sleep and woken again
-// takes longer than a folder of a disk.
-constexpr int patience = 50;
+// How often a thread looks for something that is about to happen before it sleeps: to be put to sleep and woken again takes longer
+// than to read a folder of a disk.
+constexpr int spins = 50;
 
-void lockPatiently(std::unique_lock<std::mutex>& lock) {
-  for (int i = 0; i < patience; ++i) {
+void lockSpinning(std::unique_lock<std::mutex>& lock) {
+  for (int i = 0; i < spins; ++i) {
     if (lock.try_lock()) return;
     std::this_thread::yield();
   }
   lock.lock();
 }
 
-// Gives the lock up while it lives.
+// Releases the lock while it lives.
 class Unlocked {
  public:
   explicit Unlocked(std::unique_lock<std::mutex>& lock) : lock_(lock) { lock_.unlock(); }
-  ~Unlocked() { lockPatiently(lock_); }
+  ~Unlocked() { lockSpinning(lock_); }
   Unlocked(Unlocked const&) = delete;
   Unlocked& operator=(Unlocked const&) = delete;
 
@@ -47,44 +48,48 @@ class Unlocked {
   std::unique_lock<std::mutex>& lock_;
 };
 
-bool sameFolder(AbsoluteIRI const& a, AbsoluteIRI const& b) {
+bool isShortage(int systemError) {
+  return systemError == EMFILE || systemError == ENFILE || systemError == ENOMEM;
+}
+
+bool isSameFolder(AbsoluteIRI const& a, AbsoluteIRI const& b) {
   return KeyEqual()(keyOf(a), keyOf(b));
 }
 
 }  // namespace
 
-DescentReader::~DescentReader() {
+ReadAhead::~ReadAhead() {
   Lock lock(mutex_);
-  stop(lock);
+  stopHelper(lock);
 }
 
-std::shared_ptr<FolderReading> DescentReader::read(std::shared_ptr<Provider> const& provider,
-                                                   AbsoluteIRI const& location) {
+std::shared_ptr<FolderSnapshot> ReadAhead::read(std::shared_ptr<Provider> const& provider,
+                                                AbsoluteIRI const& location) {
   Lock lock(mutex_, std::defer_lock);
-  lockPatiently(lock);
+  lockSpinning(lock);
   if (provider != provider_) {
-    turnElsewhere(lock);
+    abandonDescent(lock);
     provider_ = provider;
   }
-  awaitOther(lock, location);
-  std::optional<Result> result = takeAhead(location);
-  if (!result) result = readNow(lock, location);
-  wakeOther();
+  awaitHelper(lock, location);
+  std::optional<Outcome> outcome = takePrefetched(location);
+  if (!outcome) outcome = readRequested(lock, location);
+  wakeHelper();
   lock.unlock();
-  if (result->failure) std::rethrow_exception(result->failure);
-  if (inOrder_ >= descentAfter && !thread_.joinable() && mayStart_) start();
-  return std::move(result->reading);
+  if (outcome->failure) std::rethrow_exception(outcome->failure);
+  if (hits_ >= hitsToStart && !helper_.joinable() && mayStartHelper_) startHelper();
+  return std::move(outcome->snapshot);
 }
 
-// Returns when the second thread isn't reading the folder (any more). Until then it reads others ahead, and only where
-// there is none it waits.
-void DescentReader::awaitOther(Lock& lock, AbsoluteIRI const& location) {
-  bool readsAhead = true;
-  for (int looks = 0; otherReads_ != nullptr && sameFolder(*otherReads_, location); ++looks) {
-    auto const next = readsAhead ? takeNext() : std::nullopt;
-    if (next) {
-      readsAhead = readAhead(lock, *next);
-    } else if (looks < patience) {
+// Returns when the helper isn't reading the folder (any more). Until then it prefetches others, and waits only where none is
+// predicted.
+void ReadAhead::awaitHelper(Lock& lock, AbsoluteIRI const& location) {
+  bool mayPrefetch = true;
+  for (int looks = 0; helperReads_ != nullptr && isSameFolder(*helperReads_, location); ++looks) {
+    auto const predicted = mayPrefetch ? takePredicted() : std::nullopt;
+    if (predicted) {
+      mayPrefetch = prefetch(lock, *predicted);
+    } else if (looks < spins) {
       Unlocked const unlocked(lock);
       std::this_thread::yield();
     } else {
@@ -94,148 +99,154 @@ void DescentReader::awaitOther(Lock& lock, AbsoluteIRI const& location) {
   }
 }
 
-std::optional<DescentReader::Result> DescentReader::takeAhead(AbsoluteIRI const& location) {
-  auto const found = ahead_.find(keyOf(location));
-  if (found == ahead_.end()) return std::nullopt;
-  Result result = std::move(found->second);
-  ahead_.erase(found);
-  memory_ -= result.reading->entries.memory();
-  outOfOrder_ = 0;
-  return result;
+std::optional<ReadAhead::Outcome> ReadAhead::takePrefetched(AbsoluteIRI const& location) {
+  auto const found = prefetched_.find(keyOf(location));
+  if (found == prefetched_.end()) return std::nullopt;
+  Outcome outcome = std::move(found->second);
+  prefetched_.erase(found);
+  prefetchedMemory_ -= outcome.snapshot->entries.memory();
+  misses_ = 0;
+  return outcome;
 }
 
-DescentReader::Result DescentReader::readNow(Lock& lock, AbsoluteIRI const& location) {
-  auto next = order_.next();
-  bool const follows = next && sameFolder(*next, location);
-  if (follows) {
-    ++inOrder_;
-    outOfOrder_ = 0;
-    // What the descent has passed over mustn't keep the second thread from reading on.
-    if (otherSleeps_ && !hasMuchRoom()) handOver();
+ReadAhead::Outcome ReadAhead::readRequested(Lock& lock, AbsoluteIRI const& location) {
+  auto predicted = order_.next();
+  bool const isHit = predicted && isSameFolder(*predicted, location);
+  if (isHit) {
+    ++hits_;
+    misses_ = 0;
+    // Prefetched folders that the descent has skipped mustn't fill the window.
+    if (helperSleeps_ && !hasMuchRoom()) flushToCache();
   } else {
-    inOrder_ = 0;
-    if (++outOfOrder_ >= astrayAfter) turnElsewhere(lock);
+    hits_ = 0;
+    if (++misses_ >= missesToAbandon) abandonDescent(lock);
   }
-  DescentOrder::Place const place = follows ? order_.take(std::move(*next)) : order_.takeAside(location);
+  auto const position = isHit ? order_.take(std::move(*predicted)) : order_.takeOutOfOrder(location);
   try {
-    Found found = readUnlocked(lock, location);
-    order_.enter(place, std::move(found.subfolders));
-    return std::move(found.result);
+    Reading reading = readUnlocked(lock, location);
+    if (reading.wasShort && helper_.joinable()) {
+      stopHelper(lock);
+      mayStartHelper_ = false;
+      reading = readUnlocked(lock, location);
+    }
+    order_.enter(position, std::move(reading.subfolders));
+    return std::move(reading.outcome);
   } catch (...) {
-    order_.enter(place, {});
+    order_.enter(position, {});
     throw;
   }
 }
 
-// Takes the folder to be read ahead: none when none is known, or enough has been read.
-std::optional<DescentOrder::Place> DescentReader::takeNext() {
-  bool const hasRoom = ahead_.empty() || (ahead_.size() < capacity && memory_ < memoryBound);
-  auto next = hasRoom ? order_.next() : std::nullopt;
-  if (!next) return std::nullopt;
-  return order_.take(std::move(*next));
+// Takes the folder to prefetch: nothing where none is predicted or the window is full.
+std::optional<DescentOrder::Position> ReadAhead::takePredicted() {
+  bool const hasRoom = prefetched_.empty() || (prefetched_.size() < windowFolders && prefetchedMemory_ < windowMemory);
+  auto predicted = hasRoom ? order_.next() : std::nullopt;
+  if (!predicted) return std::nullopt;
+  return order_.take(std::move(*predicted));
 }
 
-// Whether that went well. An interrupt or a lack of memory is nothing to those who didn't ask for this folder: whoever
-// does reads it anew, and meets it there.
-bool DescentReader::readAhead(Lock& lock, DescentOrder::Place place) noexcept {
+// Whether it succeeded. An interrupt or a lack of memory or descriptors doesn't concern those who didn't request this folder: whoever does reads it
+// again, and meets it there.
+bool ReadAhead::prefetch(Lock& lock, DescentOrder::Position position) noexcept {
   try {
-    Found found = readUnlocked(lock, place->folder);
-    std::u16string_view const key = keyOf(found.result.reading->location);
-    std::size_t const memory = found.result.reading->entries.memory();
-    if (ahead_.try_emplace(key, std::move(found.result)).second) memory_ += memory;
-    order_.enter(place, std::move(found.subfolders));
+    Reading reading = readUnlocked(lock, position->folder);
+    if (reading.wasShort) {
+      order_.enter(position, {});
+      return false;
+    }
+    std::u16string_view const key = keyOf(reading.outcome.snapshot->location);
+    std::size_t const memory = reading.outcome.snapshot->entries.memory();
+    if (prefetched_.try_emplace(key, std::move(reading.outcome)).second) prefetchedMemory_ += memory;
+    order_.enter(position, std::move(reading.subfolders));
     return true;
   } catch (...) {
-    order_.enter(place, {});
+    order_.enter(position, {});
     return false;
   }
 }
 
-DescentReader::Found DescentReader::readUnlocked(Lock& lock, AbsoluteIRI const& location) {
+ReadAhead::Reading ReadAhead::readUnlocked(Lock& lock, AbsoluteIRI const& location) {
   Unlocked const unlocked(lock);
-  return readOrFail(*provider_, location);
-}
-
-DescentReader::Found DescentReader::readOrFail(Provider& provider, AbsoluteIRI const& location) {
   try {
-    auto reading = readFolder(provider, location, {});
-    EntryTable subfolders = followedSubfolders(*reading);
-    return {{std::move(reading), nullptr}, std::move(subfolders)};
-  } catch (Exception const&) {
-    return {{std::make_shared<FolderReading>(location, std::string()), std::current_exception()}, {}};
+    auto snapshot = readFolder(*provider_, location, {});
+    EntryTable subfolders = descendedSubfolders(*snapshot);
+    return {{std::move(snapshot), nullptr}, std::move(subfolders), false};
+  } catch (Exception const& failure) {
+    return {{std::make_shared<FolderSnapshot>(location, std::string()), std::current_exception()},
+            {},
+            isShortage(failure.systemError())};
   }
 }
 
-void DescentReader::start() {
-  inOrder_ = 0;
+void ReadAhead::startHelper() {
+  hits_ = 0;
   core::threads::SignalsBlocked const blocked;
   try {
-    thread_ = std::thread([this] { run(); });
+    helper_ = std::thread([this] { runHelper(); });
   } catch (std::exception const&) {
-    mayStart_ = false;  // no thread to be had: it goes without
+    mayStartHelper_ = false;  // the system has no thread to give: the caller reads alone
   }
 }
 
-// With the lock from the decision on, so that the second thread takes no other folder.
-void DescentReader::stop(Lock& lock) noexcept {
-  if (!thread_.joinable()) return;
+// The lock is held from the decision on, so that the helper takes no further folder.
+void ReadAhead::stopHelper(Lock& lock) noexcept {
+  if (!helper_.joinable()) return;
   stopping_ = true;
-  otherSleeps_ = false;
-  otherWakes_.notify_one();
+  helperSleeps_ = false;
+  helperWakes_.notify_one();
   lock.unlock();
-  thread_.join();
+  helper_.join();
   lock.lock();
   stopping_ = false;
 }
 
-void DescentReader::run() noexcept {
+void ReadAhead::runHelper() noexcept {
   Lock lock(mutex_);
-  bool goesWell = true;
-  while (goesWell && !stopping_ && !utIsInterruptPending()) {
-    std::optional<DescentOrder::Place> next;
+  bool succeeds = true;
+  while (succeeds && !stopping_ && !utIsInterruptPending()) {
+    std::optional<DescentOrder::Position> predicted;
     try {
-      next = takeNext();
+      predicted = takePredicted();
     } catch (...) {
-      break;  // a lack of memory
+      break;  // out of memory
     }
-    if (next) {
-      otherReads_ = &(*next)->folder;
-      goesWell = readAhead(lock, *next);
-      otherReads_ = nullptr;
+    if (predicted) {
+      helperReads_ = &(*predicted)->folder;
+      succeeds = prefetch(lock, *predicted);
+      helperReads_ = nullptr;
       wakeCaller();
     } else {
-      otherSleeps_ = true;
-      otherWakes_.wait(lock, [this] { return !otherSleeps_; });
+      helperSleeps_ = true;
+      helperWakes_.wait(lock, [this] { return !helperSleeps_; });
     }
   }
 }
 
-// The order isn't followed any more: reads ahead no further.
-void DescentReader::turnElsewhere(Lock& lock) {
-  stop(lock);
+void ReadAhead::abandonDescent(Lock& lock) {
+  stopHelper(lock);
   order_.clear();
-  outOfOrder_ = 0;
-  handOver();
+  misses_ = 0;
+  flushToCache();
 }
 
-void DescentReader::handOver() {
-  auto const passedOver = std::exchange(ahead_, {});
-  memory_ = 0;
-  for (auto const& [key, result] : passedOver) receive_(result);
+void ReadAhead::flushToCache() {
+  auto const unrequested = std::exchange(prefetched_, {});
+  prefetchedMemory_ = 0;
+  for (auto const& [key, outcome] : unrequested) addToCache_(outcome);
 }
 
-bool DescentReader::hasMuchRoom() const noexcept {
-  return ahead_.size() + worthWaking <= capacity && memory_ <= memoryBound / 2;
+bool ReadAhead::hasMuchRoom() const noexcept {
+  return prefetched_.size() + worthWaking <= windowFolders && prefetchedMemory_ <= windowMemory / 2;
 }
 
-void DescentReader::wakeOther() noexcept {
-  if (otherSleeps_ && order_.size() >= worthWaking && hasMuchRoom()) {
-    otherSleeps_ = false;
-    otherWakes_.notify_one();
+void ReadAhead::wakeHelper() noexcept {
+  if (helperSleeps_ && order_.size() >= worthWaking && hasMuchRoom()) {
+    helperSleeps_ = false;
+    helperWakes_.notify_one();
   }
 }
 
-void DescentReader::wakeCaller() noexcept {
+void ReadAhead::wakeCaller() noexcept {
   if (callerSleeps_) {
     callerSleeps_ = false;
     callerWakes_.notify_one();

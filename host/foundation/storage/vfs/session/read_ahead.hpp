@@ -18,67 +18,72 @@
 
 namespace foundation::storage::vfs {
 
-/// Reads folders for one thread, the caller's. When those asked for have long been the ones that a descent reads, a
-/// second thread reads further ones ahead, a bounded distance; where the caller would have to wait for it, the caller
-/// reads ahead as well. The second thread only calls the provider and takes no signals. Internal to the session.
-class DescentReader {
+/// Reads the folders that one thread, the caller's, requests, and while these come in the order of a descent, predicts and reads
+/// further ones ahead, within a bounded window: on a helper thread, and on the caller's where it would have to wait for the helper.
+/// The order has to be recognised, since the folder interface has no "descend": the storage layer only sees one request for a folder
+/// after the other. The helper only calls the provider and blocks all signals. Internal to the session.
+class ReadAhead {
  public:
   /// A folder that was read, or could not be.
-  struct Result {
-    std::shared_ptr<FolderReading> reading;  ///< holds only the location where there is a failure
-    std::exception_ptr failure;              ///< an `Exception` as the provider threw it, or null
+  struct Outcome {
+    std::shared_ptr<FolderSnapshot> snapshot;  ///< only the location where there is a failure
+    std::exception_ptr failure;                ///< an `Exception` as the provider threw it, or null
   };
-  using Receive = std::function<void(Result const&)>;
+  using AddToCache = std::function<void(Outcome const&)>;
 
-  /// `receive` is called in `read`, with folders that were read ahead and passed over since.
-  explicit DescentReader(Receive receive) : receive_(std::move(receive)) {}
-  ~DescentReader();
-  DescentReader(DescentReader const&) = delete;
-  DescentReader& operator=(DescentReader const&) = delete;
+  /// `addToCache` is called in `read`, with folders that were prefetched but not requested in the order predicted.
+  explicit ReadAhead(AddToCache addToCache) : addToCache_(std::move(addToCache)) {}
 
-  /// Reads the folder, or takes what was read ahead. Throws as `Provider::list` does, and what `receive` throws.
-  std::shared_ptr<FolderReading> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
+  /// Waits for the listing that the helper is making.
+  ~ReadAhead();
+  ReadAhead(ReadAhead const&) = delete;
+  ReadAhead& operator=(ReadAhead const&) = delete;
+
+  /// Reads the folder, unless it was prefetched. Throws as `Provider::list` does, and what `addToCache` throws. A lack of descriptors
+  /// or memory is thrown only where it is met without the helper.
+  std::shared_ptr<FolderSnapshot> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
 
  private:
   using Lock = std::unique_lock<std::mutex>;
-  struct Found {
-    Result result;
+  struct Reading {
+    Outcome outcome;
     EntryTable subfolders;
+    bool wasShort = false;  // of descriptors or memory, which is no property of the folder
   };
 
-  void awaitOther(Lock& lock, AbsoluteIRI const& location);
-  std::optional<Result> takeAhead(AbsoluteIRI const& location);
-  Result readNow(Lock& lock, AbsoluteIRI const& location);
-  std::optional<DescentOrder::Place> takeNext();
-  bool readAhead(Lock& lock, DescentOrder::Place place) noexcept;
-  Found readUnlocked(Lock& lock, AbsoluteIRI const& location);
-  static Found readOrFail(Provider& provider, AbsoluteIRI const& location);
+  void awaitHelper(Lock& lock, AbsoluteIRI const& location);
+  std::optional<Outcome> takePrefetched(AbsoluteIRI const& location);
+  Outcome readRequested(Lock& lock, AbsoluteIRI const& location);
+  std::optional<DescentOrder::Position> takePredicted();
+  bool prefetch(Lock& lock, DescentOrder::Position position) noexcept;
+  Reading readUnlocked(Lock& lock, AbsoluteIRI const& location);
 
-  void start();
-  void stop(Lock& lock) noexcept;
-  void run() noexcept;
-  void turnElsewhere(Lock& lock);
-  void handOver();
+  void startHelper();
+  void stopHelper(Lock& lock) noexcept;
+  void runHelper() noexcept;
+  void abandonDescent(Lock& lock);
+  void flushToCache();
   bool hasMuchRoom() const noexcept;
-  void wakeOther() noexcept;
+  void wakeHelper() noexcept;
   void wakeCaller() noexcept;
 
-  Receive const receive_;
+  AddToCache const addToCache_;
   std::shared_ptr<Provider> provider_;
-  std::size_t inOrder_ = 0;     // folders in a row that were the next in the order
-  std::size_t outOfOrder_ = 0;  // folders in a row that were neither that nor read ahead
-  bool mayStart_ = true;
-  std::thread thread_;  // one that an interrupt or a lack of memory has ended stays until the descent turns elsewhere
+  std::size_t hits_ = 0;    // requests in a row that were predicted but not prefetched
+  std::size_t misses_ = 0;  // requests in a row that were neither predicted nor prefetched
+  bool mayStartHelper_ = true;
+  std::thread
+      helper_;  // one that an interrupt or a lack of memory has ended isn't replaced until the descent is abandoned
 
-  std::mutex mutex_;  // guards all that follows
+  std::mutex mutex_;  // guards everything below
   DescentOrder order_;
-  std::unordered_map<std::u16string_view, Result, KeyHash, KeyEqual> ahead_;  // what was read and not yet asked for
-  std::size_t memory_ = 0;                                                    // of these
-  AbsoluteIRI const* otherReads_ = nullptr;                                   // what the second thread is reading
+  std::unordered_map<std::u16string_view, Outcome, KeyHash, KeyEqual> prefetched_;  // and not yet requested
+  std::size_t prefetchedMemory_ = 0;
+  AbsoluteIRI const* helperReads_ = nullptr;
   bool stopping_ = false;
-  bool otherSleeps_ = false;
+  bool helperSleeps_ = false;
   bool callerSleeps_ = false;
-  std::condition_variable otherWakes_;
+  std::condition_variable helperWakes_;
   std::condition_variable callerWakes_;
 };
 

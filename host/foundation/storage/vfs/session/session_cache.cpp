@@ -1,200 +1,241 @@
+// The cache predicts twice, because the folder interface says nothing of where a search goes: it only asks for one folder or one
+// entry after the other. A search lists the folders below one again and again in the same order, so each cached folder remembers
+// the one requested after it; and it looks up the entries of a folder in listing order, so the neighbour of the last entry is
+// tried first. A wrong prediction costs one comparison, a right one saves a search through cold memory.
+
 #include "foundation/storage/vfs/session/session_cache.hpp"
 
 #include <algorithm>
 #include <utility>
 
+#include "foundation/core/text/bytes.hpp"
 #include "foundation/storage/vfs/detail/iri_text.hpp"
-#include "foundation/storage/vfs/detail/location_key.hpp"
 
 namespace foundation::storage::vfs {
 namespace {
 
-// Whether the written form of an IRI's element shows this name character for character, ASCII and without a
-// percent-encoding.
-bool writtenPlainly(std::string_view name, std::u16string_view written) {
+// Sets the flag while it lives.
+class Busy {
+ public:
+  explicit Busy(bool& flag) noexcept : flag_(flag) { flag_ = true; }
+  ~Busy() { flag_ = false; }
+  Busy(Busy const&) = delete;
+  Busy& operator=(Busy const&) = delete;
+
+ private:
+  bool& flag_;
+};
+
+// Whether the written form of an IRI's element is this name character for character: ASCII without a percent-encoding.
+bool isWrittenAs(std::string_view name, std::u16string_view written) {
   return name.size() == written.size() &&
          std::equal(name.begin(), name.end(), written.begin(), [](char byte, char16_t unit) {
            return unit < 0x80 && unit != u'%' && unit == static_cast<unsigned char>(byte);
          });
 }
 
-// Whether it is a reading of the folder that holds all entries whose names begin with the prefix.
-bool holds(FolderReading const& reading, std::u16string_view key, std::string_view prefix) {
-  return KeyEqual()(keyOf(reading.location), key) && prefix.starts_with(reading.prefix);
+// Whether it is a snapshot of the folder, complete for the entries whose names begin with the prefix.
+bool covers(FolderSnapshot const& snapshot, std::u16string_view key, std::string_view prefix) {
+  return KeyEqual()(keyOf(snapshot.location), key) && prefix.starts_with(snapshot.prefix);
 }
 
-std::size_t memoryOf(FolderReading const& reading) {
-  constexpr std::size_t perReading =
-      sizeof(FolderReading) + 96;  // with the node and the bucket of the table and the counts of the shared pointer
-  return perReading + reading.entries.memory() + reading.location.toString().capacity() * sizeof(char16_t);
+std::size_t memoryOf(FolderSnapshot const& snapshot) {
+  // With the table's node and bucket and the shared pointer's counts.
+  constexpr std::size_t perSnapshot = sizeof(FolderSnapshot) + 96;
+  return perSnapshot + snapshot.entries.memory() + snapshot.location.toString().capacity() * sizeof(char16_t);
 }
 
 }  // namespace
 
-ReadSession::Store::Store(std::size_t memoryBound)
-    : reader_([this](DescentReader::Result const& ahead) { receive(ahead); }), memoryBound_(memoryBound) {}
+SessionCache::SessionCache(std::size_t memoryBound)
+    : readAhead_([this](ReadAhead::Outcome const& outcome) { addUnrequested(outcome); }), memoryBound_(memoryBound) {}
 
-ReadSession::Store::Kept* ReadSession::Store::find(std::u16string_view key, std::string_view prefix) {
-  if (lastGiven_ != nullptr && holds(*lastGiven_->reading, key, prefix)) return lastGiven_;
-  auto const [first, last] = readings_.equal_range(key);
+std::shared_ptr<NameFilter const> const& SessionCache::filter(std::u16string const& text) {
+  if (!filter_ || filterText_ != text) {
+    filter_ = std::make_shared<NameFilter const>(text);
+    filterText_ = text;
+  }
+  return filter_;
+}
+
+SessionCache::CachedFolder* SessionCache::find(std::u16string_view key, std::string_view prefix) {
+  if (lastRequested_ != nullptr && covers(*lastRequested_->snapshot, key, prefix)) return lastRequested_;
+  auto const [first, last] = folders_.equal_range(key);
   for (auto it = first; it != last; ++it) {
-    if (prefix.starts_with(it->second.reading->prefix)) return &it->second;
+    if (prefix.starts_with(it->second.snapshot->prefix)) return &it->second;
   }
   return nullptr;
 }
 
-// A search lists the folders below one again and again, always in the same order: a guess saves the walk through cold
-// memory that a look into the table is.
-ReadSession::Store::Kept* ReadSession::Store::findInTurn(std::u16string_view key, std::string_view prefix) {
-  Kept* const guess = lastGiven_ == nullptr ? nullptr : lastGiven_->next;
-  bool const right = guess != nullptr && holds(*guess->reading, key, prefix);
-  return right ? guess : find(key, prefix);
+SessionCache::CachedFolder* SessionCache::findPredicted(std::u16string_view key, std::string_view prefix) {
+  CachedFolder* const prediction = lastRequested_ == nullptr ? nullptr : lastRequested_->next;
+  bool const isHit = prediction != nullptr && covers(*prediction->snapshot, key, prefix);
+  return isHit ? prediction : find(key, prefix);
 }
 
-std::shared_ptr<FolderReading> ReadSession::Store::reading(std::shared_ptr<Provider> const& provider,
-                                                           AbsoluteIRI const& location, std::string_view prefix) {
+std::shared_ptr<FolderSnapshot> const& SessionCache::noteRequested(CachedFolder& folder) {
+  if (lastRequested_ != nullptr) lastRequested_->next = &folder;
+  lastRequested_ = &folder;
+  return folder.snapshot;
+}
+
+std::shared_ptr<FolderSnapshot> SessionCache::snapshot(std::shared_ptr<Provider> const& provider,
+                                                       AbsoluteIRI const& location, std::string_view prefix) {
   std::u16string_view const key = keyOf(location);
-  bool const flat = provider->servesSubtrees();
-  if (!flat) prefix = {};  // the provider reads whole folders anyway, so remember them as such
-  if (Kept* const found = findInTurn(key, prefix)) return give(*found);
-  if (auto const failure = failures_.find(key); failure != failures_.end()) {
-    tell(failure->second);
-    throw Exception(failure->second.exception);
-  }
-  try {
-    if (flat) {
-      scan(*provider, location, prefix);
-      if (Kept* const found = find(key, prefix)) return give(*found);
-    }
-    return give(remember(flat ? readFolder(*provider, location, prefix) : reader_.read(provider, location)));
-  } catch (Exception const& failure) {
-    tell(failures_.try_emplace(std::u16string(key), Failure{failure}).first->second);
-    throw;
-  }
+  if (!provider->servesSubtrees()) prefix = {};  // the provider reads whole folders anyway: cache them as such
+  if (CachedFolder* const cached = findPredicted(key, prefix)) return noteRequested(*cached);
+  return failures_.attempt(FailureLog::Question::entries, location, [&] { return read(provider, location, prefix); });
 }
 
-std::shared_ptr<FolderReading> const& ReadSession::Store::give(Kept& kept) {
-  if (lastGiven_ != nullptr) lastGiven_->next = &kept;
-  lastGiven_ = &kept;
-  return kept.reading;
+std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> const& provider,
+                                                   AbsoluteIRI const& location, std::string_view prefix) {
+  Busy const busy(busy_);
+  if (!provider->servesSubtrees()) return noteRequested(add(readAhead_.read(provider, location)));
+  scan(*provider, location, prefix);
+  if (CachedFolder* const cached = find(keyOf(location), prefix)) return noteRequested(*cached);
+  return noteRequested(add(readFolder(*provider, location, prefix)));
 }
 
-// A folder that was read ahead and may be asked for later or never.
-void ReadSession::Store::receive(DescentReader::Result const& ahead) {
-  std::u16string_view const key = keyOf(ahead.reading->location);
-  if (!ahead.failure) {
-    if (find(key, {}) == nullptr) remember(ahead.reading);
+// A folder that was read ahead, and may be requested later or never.
+void SessionCache::addUnrequested(ReadAhead::Outcome const& outcome) {
+  if (!outcome.failure) {
+    if (find(keyOf(outcome.snapshot->location), {}) == nullptr) add(outcome.snapshot);
     return;
   }
   try {
-    std::rethrow_exception(ahead.failure);
+    std::rethrow_exception(outcome.failure);
   } catch (Exception const& failure) {
-    failures_.try_emplace(std::u16string(key), Failure{failure});
+    failures_.remember(FailureLog::Question::entries, outcome.snapshot->location, failure);
   }
 }
 
-void ReadSession::Store::tell(Failure& failure) {
-  bool const asNews = !std::exchange(failure.told, true);
-  if (asNews && failure.exception.getErrorCode() != static_cast<int>(ErrorCode::notFound)) {
-    failedListings.push_back(failure.exception);
-  }
-}
-
-PathKind ReadSession::Store::kind(StorageSystem& system, AbsoluteIRI const& location) {
-  Entry entry = findEntry(location);
-  if (entry.reading == nullptr) {
-    if (find(keyOf(location), {}) != nullptr) return PathKind::isFolder;
-    if (auto const known = kinds_.find(location.toString()); known != kinds_.end()) return known->second;
-    std::shared_ptr<Provider> const provider = system.provider(location.scheme());
-    AbsoluteIRI const above = location.getParent();
-    if (scan_ && location.hasParent() && scan_->reaches(above, {}) && scan_->worthAPage()) {
-      scan(*provider, above, {});
-      entry = findEntry(location);
-    }
-    if (entry.reading == nullptr) {
-      PathKind const kind = provider->kind(location);
-      makeRoom(location.toString().size() * sizeof(char16_t));
-      kinds_.emplace(location.toString(), kind);
-      return kind;
-    }
-  }
-  if (entry.index == EntryTable::npos) return PathKind::notFound;
-  auto const known = entry.reading->entries.kind(entry.index);
-  PathKind const kind = known ? *known : kindOfEntry(*entry.reading, entry.index, *system.provider(location.scheme()));
-  bool const asksForFolder = location.toString().back() == u'/';
-  return asksForFolder && kind != PathKind::isFolder ? PathKind::notFound : kind;
-}
-
-bool ReadSession::Store::maybeLink(AbsoluteIRI const& location) {
+PathKind SessionCache::kind(StorageSystem& system, AbsoluteIRI const& location) {
   Entry const entry = findEntry(location);
-  return entry.reading == nullptr || entry.index == EntryTable::npos || entry.reading->entries.maybeLink(entry.index);
+  std::optional<PathKind> kind;
+  if (entry.snapshot != nullptr) {
+    kind = entry.index == EntryTable::npos ? PathKind::notFound : entry.snapshot->entries.kind(entry.index);
+  } else if (find(keyOf(location), {}) != nullptr) {
+    kind = PathKind::isFolder;
+  } else if (auto const known = kinds_.find(location.toString()); known != kinds_.end()) {
+    kind = known->second;
+  }
+  if (!kind) {
+    kind = failures_.attempt(FailureLog::Question::kind, location, [&] { return askKind(system, location, entry); });
+  }
+  bool const asksForFolder = location.toString().ends_with(u'/');
+  return asksForFolder && kind != PathKind::isFolder ? PathKind::notFound : *kind;
 }
 
-ReadSession::Store::Entry ReadSession::Store::findEntry(AbsoluteIRI const& location) {
+PathKind SessionCache::askKind(StorageSystem& system, AbsoluteIRI const& location, Entry entry) {
+  std::shared_ptr<Provider> const provider = system.provider(location.scheme());
+  Busy const busy(busy_);
+  AbsoluteIRI const above = location.getParent();
+  bool const tryAPage = entry.snapshot == nullptr && scan_ && location.hasParent() && scan_->reaches(above, {});
+  if (tryAPage && scan_->isWorthAPage()) {
+    scan(*provider, above, {});
+    entry = findEntry(location);
+  }
+  if (entry.snapshot != nullptr) {
+    return entry.index == EntryTable::npos ? PathKind::notFound : kindOfEntry(*entry.snapshot, entry.index, *provider);
+  }
+  PathKind const kind = provider->kind(location);
+  makeRoom(location.toString().size() * sizeof(char16_t));
+  kinds_.emplace(location.toString(), kind);
+  return kind;
+}
+
+PathKind SessionCache::kind(FolderSnapshot& snapshot, std::size_t index, Provider& provider) {
+  if (auto const known = snapshot.entries.kind(index)) return *known;
+  AbsoluteIRI const location(snapshot.location, core::text::fromBytes(snapshot.entries.name(index)));
+  return failures_.attempt(FailureLog::Question::kind, location, [&] {
+    Busy const busy(busy_);
+    return kindOfEntry(snapshot, index, provider);
+  });
+}
+
+std::optional<FolderIdentity> SessionCache::identity(Provider& provider, AbsoluteIRI const& folder) {
+  std::u16string_view const key = keyOf(folder);
+  if (auto const known = identities_.find(key); known != identities_.end()) return known->second;
+  auto const identity = failures_.attempt(FailureLog::Question::identity, folder, [&] {
+    Busy const busy(busy_);
+    return provider.identity(folder);
+  });
+  makeRoom(key.size() * sizeof(char16_t) + sizeof identity);
+  return identities_.emplace(key, identity).first->second;
+}
+
+bool SessionCache::maybeLink(AbsoluteIRI const& location) {
+  Entry const entry = findEntry(location);
+  return entry.snapshot == nullptr || entry.index == EntryTable::npos || entry.snapshot->entries.maybeLink(entry.index);
+}
+
+SessionCache::Entry SessionCache::findEntry(AbsoluteIRI const& location) {
   constexpr Entry unknown{nullptr, EntryTable::npos};
   std::u16string_view const key = keyOf(location);
-  if (std::size_t const index = findNext(key); index != EntryTable::npos) return {lastAsked_, index};
+  if (std::size_t const index = findNeighbour(key); index != EntryTable::npos) return {lastLookedIn_, index};
   std::size_t const nameStart = iri_text::lastElement(key);
-  if (nameStart + location.encodedPath().size() <= location.toString().size())
-    return unknown;  // no element in the path
+  bool const isRoot = nameStart + location.encodedPath().size() <= location.toString().size();
+  if (isRoot) return unknown;
   std::u16string_view const writtenName = key.substr(nameStart);
   std::u16string_view const folderKey = key.substr(0, nameStart - 1);
-  if (lastAsked_ == nullptr || !KeyEqual()(keyOf(lastAsked_->location), folderKey)) {
-    Kept* const whole = find(folderKey, {});
-    lastAsked_ = whole == nullptr ? nullptr : whole->reading.get();
+  if (lastLookedIn_ == nullptr || !KeyEqual()(keyOf(lastLookedIn_->location), folderKey)) {
+    CachedFolder* const whole = find(folderKey, {});
+    lastLookedIn_ = whole == nullptr ? nullptr : whole->snapshot.get();
   }
   name_.clear();
   iri_text::appendDecodedBytes(name_, writtenName);
   if (name_.empty() || name_ == "." || name_ == "..") return unknown;
-  if (lastAsked_ == nullptr || !name_.starts_with(lastAsked_->prefix)) {
-    Kept* const covering = find(folderKey, name_);
+  if (lastLookedIn_ == nullptr || !name_.starts_with(lastLookedIn_->prefix)) {
+    CachedFolder* const covering = find(folderKey, name_);
     if (covering == nullptr) return unknown;
-    lastAsked_ = covering->reading.get();
+    lastLookedIn_ = covering->snapshot.get();
   }
-  std::size_t const index = lastAsked_->entries.find(name_);
-  if (index != EntryTable::npos) lastAsked_->lastFound = index;
-  return {lastAsked_, index};
+  std::size_t const index = lastLookedIn_->entries.find(name_);
+  if (index != EntryTable::npos) lastLookedIn_->lastHit = index;
+  return {lastLookedIn_, index};
 }
 
-// The walk asks about the entries of a folder in listing order, twice about a sub-folder, and most names are written as
-// they are: then nothing needs to be taken apart, decoded or searched.
-std::size_t ReadSession::Store::findNext(std::u16string_view key) {
-  if (lastAsked_ == nullptr) return EntryTable::npos;
-  std::u16string_view const folderKey = keyOf(lastAsked_->location);
+// Tries the last entry looked up and the one after it: the walk looks up sub-folders twice. Most names are written as they are, and
+// then nothing needs to be split, decoded or searched.
+std::size_t SessionCache::findNeighbour(std::u16string_view key) {
+  if (lastLookedIn_ == nullptr) return EntryTable::npos;
+  std::u16string_view const folderKey = keyOf(lastLookedIn_->location);
   bool const below = key.size() > folderKey.size() && key[folderKey.size()] == u'/' &&
                      KeyEqual()(key.substr(0, folderKey.size()), folderKey);
   if (!below) return EntryTable::npos;
   std::u16string_view const writtenName = key.substr(folderKey.size() + 1);
-  for (std::size_t const likely : {lastAsked_->lastFound + 1, lastAsked_->lastFound}) {
-    if (likely < lastAsked_->entries.size() && writtenPlainly(lastAsked_->entries.name(likely), writtenName)) {
-      return lastAsked_->lastFound = likely;
+  for (std::size_t const likely : {lastLookedIn_->lastHit + 1, lastLookedIn_->lastHit}) {
+    if (likely < lastLookedIn_->entries.size() && isWrittenAs(lastLookedIn_->entries.name(likely), writtenName)) {
+      return lastLookedIn_->lastHit = likely;
     }
   }
   return EntryTable::npos;
 }
 
-void ReadSession::Store::scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix) {
+void SessionCache::scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix) {
   if (!scan_ || !scan_->reaches(location, prefix)) scan_.emplace(location, std::string(prefix));
-  scan_->advance(provider, location, [this](std::shared_ptr<FolderReading> reading) {
-    if (find(keyOf(reading->location), reading->prefix) == nullptr) remember(std::move(reading));
+  scan_->advance(provider, location, [this](std::shared_ptr<FolderSnapshot> snapshot) {
+    if (find(keyOf(snapshot->location), snapshot->prefix) == nullptr) add(std::move(snapshot));
   });
 }
 
-ReadSession::Store::Kept& ReadSession::Store::remember(std::shared_ptr<FolderReading> reading) {
+SessionCache::CachedFolder& SessionCache::add(std::shared_ptr<FolderSnapshot> snapshot) {
   activity.folders.fetch_add(1, std::memory_order_relaxed);
-  activity.entries.fetch_add(reading->entries.size(), std::memory_order_relaxed);
-  makeRoom(memoryOf(*reading));
-  std::u16string_view const key = keyOf(reading->location);
-  return readings_.emplace(key, Kept{std::move(reading)})->second;
+  activity.entries.fetch_add(snapshot->entries.size(), std::memory_order_relaxed);
+  makeRoom(memoryOf(*snapshot));
+  std::u16string_view const key = keyOf(snapshot->location);
+  return folders_.emplace(key, CachedFolder{std::move(snapshot)})->second;
 }
 
-void ReadSession::Store::makeRoom(std::size_t bytes) {
+// Evicts everything at once: searches seldom come near the bound, and an order of eviction would cost on every hit.
+void SessionCache::makeRoom(std::size_t bytes) {
   if (memory_ + bytes > memoryBound_) {
-    readings_.clear();
+    folders_.clear();
     kinds_.clear();
+    identities_.clear();
     memory_ = 0;
-    lastAsked_ = nullptr;
-    lastGiven_ = nullptr;
+    lastLookedIn_ = nullptr;
+    lastRequested_ = nullptr;
   }
   memory_ += bytes;
 }

@@ -5,78 +5,96 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <vector>
 
 #include "foundation/storage/vfs/detail/folder_snapshot.hpp"
 #include "foundation/storage/vfs/detail/location_key.hpp"
+#include "foundation/storage/vfs/detail/name_filter.hpp"
 #include "foundation/storage/vfs/read_session.hpp"
+#include "foundation/storage/vfs/session/failure_log.hpp"
 #include "foundation/storage/vfs/session/read_ahead.hpp"
 #include "foundation/storage/vfs/session/subtree_scan.hpp"
-#include "foundation/storage/vfs/storage_exception.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
 
 namespace foundation::storage::vfs {
 
-/// What a read session remembers: one reading for each folder, the failure of each that could not be read, and the
-/// answers about locations whose folder wasn't read. Used by the session's thread alone, but for `activity`.
-class ReadSession::Store {
+/// What a read session remembers: one snapshot of each folder, the identities of folders, the failures, and the kinds of locations
+/// whose folder wasn't listed.
+/// Used by the session's thread alone, but for `activity`. Not to be entered a second time while it asks a provider: see `isBusy`. Each
+/// operation that asks a provider throws what that throws, remembers it and reports it as a failure, see FailureLog: a search passes
+/// over what it can't look at, and only the report shows that its result isn't complete.
+class SessionCache {
  public:
-  explicit Store(std::size_t memoryBound);
+  explicit SessionCache(std::size_t memoryBound);
 
-  /// The reading of the folder, which holds at least the entries whose names begin with `prefix`. Throws what reading
-  /// it threw; where that was earlier in the session, as a plain `Exception`.
-  std::shared_ptr<FolderReading> reading(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
-                                         std::string_view prefix);
+  /// The snapshot of the folder, complete at least for the entries whose names begin with `prefix`: from the cache, or read now.
+  std::shared_ptr<FolderSnapshot> snapshot(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
+                                           std::string_view prefix);
 
-  /// What stands at the location. The storage system is asked for the provider only where a reading doesn't tell.
+  /// What exists at the location. The storage system is asked for the provider only where the cache has no answer.
   PathKind kind(StorageSystem& system, AbsoluteIRI const& location);
 
-  /// Whether the entry at the location is, or may be, a link: true unless a reading says that it isn't.
+  /// The kind of an entry of a snapshot that this cache returned: as `kindOfEntry`.
+  PathKind kind(FolderSnapshot& snapshot, std::size_t index, Provider& provider);
+
+  /// The folder's identity, as `Provider::identity`.
+  std::optional<FolderIdentity> identity(Provider& provider, AbsoluteIRI const& folder);
+
+  /// Whether the entry at the location is, or may be, a link: true unless a snapshot says that it isn't.
   bool maybeLink(AbsoluteIRI const& location);
 
+  /// The filter of the text: the last one, where the text is the same, as a search lists thousands of folders with one filter.
+  std::shared_ptr<NameFilter const> const& filter(std::u16string const& text);
+
+  /// Whether a provider is being asked on this thread.
+  bool isBusy() const noexcept { return busy_; }
+
+  FailureLog const& failures() const noexcept { return failures_; }
+
   Activity activity;
-  std::vector<Exception> failedListings;
 
  private:
-  struct Kept {
-    std::shared_ptr<FolderReading> reading;
-    Kept* next = nullptr;  // the one that was asked for after it the last time
+  struct CachedFolder {
+    std::shared_ptr<FolderSnapshot> snapshot;
+    CachedFolder* next =
+        nullptr;  // the folder that was requested after it the last time: the prediction for the next time
   };
-  Kept* find(std::u16string_view key, std::string_view prefix);
-  Kept* findInTurn(std::u16string_view key, std::string_view prefix);
-  std::shared_ptr<FolderReading> const& give(Kept& kept);
+  CachedFolder* find(std::u16string_view key, std::string_view prefix);
+  CachedFolder* findPredicted(std::u16string_view key, std::string_view prefix);
+  std::shared_ptr<FolderSnapshot> const& noteRequested(CachedFolder& folder);
 
-  // The entry at the location in a reading of the folder above it: null where that isn't read or the location ends in
-  // no name; the index is `EntryTable::npos` where the folder has no such entry.
+  // The entry at a location, in a snapshot of the folder above it: null where there is none or the location ends in no name; the
+  // index is `EntryTable::npos` where the folder has no such entry.
   struct Entry {
-    FolderReading* reading;
+    FolderSnapshot* snapshot;
     std::size_t index;
   };
   Entry findEntry(AbsoluteIRI const& location);
-  std::size_t findNext(std::u16string_view key);
+  std::size_t findNeighbour(std::u16string_view key);
 
-  struct Failure {
-    Exception exception;
-    bool told = false;  // in `failedListings`; not where the folder was only read ahead
-  };
-  void receive(DescentReader::Result const& ahead);
+  std::shared_ptr<FolderSnapshot> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
+                                       std::string_view prefix);
+  PathKind askKind(StorageSystem& system, AbsoluteIRI const& location, Entry entry);
   void scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix);
-  void tell(Failure& failure);
-  Kept& remember(std::shared_ptr<FolderReading> reading);
+  void addUnrequested(ReadAhead::Outcome const& outcome);
+  CachedFolder& add(std::shared_ptr<FolderSnapshot> snapshot);
   void makeRoom(std::size_t bytes);
 
-  // The readings own their keys.
-  std::unordered_multimap<std::u16string_view, Kept, KeyHash, KeyEqual> readings_;
-  std::unordered_map<std::u16string, Failure, KeyHash, KeyEqual> failures_;
+  // The snapshots own their keys.
+  std::unordered_multimap<std::u16string_view, CachedFolder, KeyHash, KeyEqual> folders_;
   std::unordered_map<std::u16string, PathKind> kinds_;
+  std::unordered_map<std::u16string, std::optional<FolderIdentity>, KeyHash, KeyEqual> identities_;
+  FailureLog failures_;
   std::optional<SubtreeScan> scan_;
-  DescentReader reader_;
+  ReadAhead readAhead_;
+  bool busy_ = false;
   std::size_t const memoryBound_;
   std::size_t memory_ = 0;
 
-  Kept* lastGiven_ = nullptr;
-  FolderReading* lastAsked_ = nullptr;  // the walk asks about many entries of one folder in turn
-  std::string name_;                    // of the entry asked about; kept for its capacity
+  CachedFolder* lastRequested_ = nullptr;
+  FolderSnapshot* lastLookedIn_ = nullptr;  // the walk looks up many entries of one folder in a row
+  std::string name_;                        // of the entry looked up; a member for its capacity
+  std::u16string filterText_;
+  std::shared_ptr<NameFilter const> filter_;
 };
 
 }  // namespace foundation::storage::vfs

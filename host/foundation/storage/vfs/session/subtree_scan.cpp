@@ -10,8 +10,8 @@
 namespace foundation::storage::vfs {
 namespace {
 
-// Whatever came before, a page is tried again after a thousand questions.
-constexpr std::size_t mostPagesInVain = 10;
+// The back-off ends at a thousand questions.
+constexpr std::size_t mostUnhelpfulPages = 10;
 
 std::u16string_view withoutFinalSeparator(std::u16string_view text) {
   if (!text.empty() && text.back() == u'/') text.remove_suffix(1);
@@ -19,7 +19,7 @@ std::u16string_view withoutFinalSeparator(std::u16string_view text) {
 }
 
 // The written form of what leads from `root` to `location`, without a "/" at either end; empty for the root itself.
-// False when the location isn't below.
+// False when the location isn't below it.
 bool writtenBelow(AbsoluteIRI const& root, AbsoluteIRI const& location, std::u16string_view& below) {
   std::u16string_view const base = withoutFinalSeparator(root.toString());
   below = withoutFinalSeparator(location.toString());
@@ -52,17 +52,17 @@ std::string SubtreeScan::pathBelowRoot(AbsoluteIRI const& folder) const {
   return path;
 }
 
-void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, Receive const& receive) {
+void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, AddToCache const& addToCache) {
   std::string const wanted = pathBelowRoot(folder);
-  bool const underWay = intact_ && !open_.empty() && position_.starts_with(wanted);
-  intact_ = false;  // until this page has been gone through
-  if (!underWay) beginAt(wanted);
+  bool const inProgress = intact_ && !open_.empty() && position_.starts_with(wanted);
+  intact_ = false;  // until this page has been processed
+  if (!inProgress) beginAt(wanted);
   SubtreePage const page = pageFor(provider, folder);
 
   bool helped = false;
-  Receive const note = [&](std::shared_ptr<FolderReading> reading) {
-    helped = helped || pathBelowRoot(reading->location) == wanted;
-    receive(std::move(reading));
+  AddToCache const note = [&](std::shared_ptr<FolderSnapshot> snapshot) {
+    helped = helped || pathBelowRoot(snapshot->location) == wanted;
+    addToCache(std::move(snapshot));
   };
   for (std::string const& path : page.paths) add(path, note);
   if (!page.position.empty())
@@ -73,12 +73,12 @@ void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, Receive
     closeUntil({}, note);
     open_.clear();
   }
-  pagesInVain_ = helped ? 0 : std::min(pagesInVain_ + 1, mostPagesInVain);
-  questionsToPass_ = (std::size_t{1} << pagesInVain_) - 1;
+  unhelpfulPages_ = helped ? 0 : std::min(unhelpfulPages_ + 1, mostUnhelpfulPages);
+  questionsToSkip_ = (std::size_t{1} << unhelpfulPages_) - 1;
   intact_ = true;
 }
 
-// A failure is one of the folder that the page was read for, not of the whole root.
+// A failure concerns the folder that the page was read for, not the whole root.
 SubtreePage SubtreeScan::pageFor(Provider& provider, AbsoluteIRI const& folder) const {
   try {
     return provider.subtree(root_, prefix_, position_);
@@ -87,9 +87,9 @@ SubtreePage SubtreeScan::pageFor(Provider& provider, AbsoluteIRI const& folder) 
   }
 }
 
-bool SubtreeScan::worthAPage() {
-  if (questionsToPass_ == 0) return true;
-  --questionsToPass_;
+bool SubtreeScan::isWorthAPage() {
+  if (questionsToSkip_ == 0) return true;
+  --questionsToSkip_;
   return false;
 }
 
@@ -102,26 +102,26 @@ void SubtreeScan::beginAt(std::string const& path) {
   }
 }
 
-void SubtreeScan::open(std::string path, bool whole, bool seen) {
-  std::shared_ptr<FolderReading> reading;
-  if (whole) {
+void SubtreeScan::open(std::string path, bool complete, bool exists) {
+  std::shared_ptr<FolderSnapshot> snapshot;
+  if (complete) {
     std::string_view below = path;
     if (!below.empty()) below.remove_suffix(1);
-    reading = std::make_shared<FolderReading>(AbsoluteIRI(root_, core::text::fromBytes(below)),
-                                              path.empty() ? prefix_ : std::string());
+    snapshot = std::make_shared<FolderSnapshot>(AbsoluteIRI(root_, core::text::fromBytes(below)),
+                                                path.empty() ? prefix_ : std::string());
   }
-  open_.push_back({std::move(path), std::move(reading), seen});
+  open_.push_back({std::move(path), std::move(snapshot), exists});
 }
 
-void SubtreeScan::add(std::string_view path, Receive const& receive) {
-  closeUntil(path, receive);
-  open_.back().seen = true;
+void SubtreeScan::add(std::string_view path, AddToCache const& addToCache) {
+  closeUntil(path, addToCache);
+  open_.back().exists = true;
   for (std::size_t start = open_.back().path.size(); start < path.size();) {
     std::size_t const end = path.find('/', start);
     std::string_view const name = path.substr(start, end == std::string_view::npos ? end : end - start);
     bool const isFolder = end != std::string_view::npos;
-    if (FolderReading* const reading = open_.back().reading.get()) {
-      reading->entries.add(name, isFolder ? EntryKind::folder : EntryKind::file);
+    if (FolderSnapshot* const snapshot = open_.back().snapshot.get()) {
+      snapshot->entries.add(name, isFolder ? EntryKind::folder : EntryKind::file);
     }
     if (!isFolder) return;
     open(std::string(path.substr(0, end + 1)), true, true);
@@ -129,15 +129,15 @@ void SubtreeScan::add(std::string_view path, Receive const& receive) {
   }
 }
 
-void SubtreeScan::closeUntil(std::string_view path, Receive const& receive) {
+void SubtreeScan::closeUntil(std::string_view path, AddToCache const& addToCache) {
   while (!open_.empty() && (path.empty() || !path.starts_with(open_.back().path))) {
-    std::shared_ptr<FolderReading> const reading = std::move(open_.back().reading);
-    bool const known = reading != nullptr && open_.back().seen;
+    std::shared_ptr<FolderSnapshot> const snapshot = std::move(open_.back().snapshot);
+    bool const isComplete = snapshot != nullptr && open_.back().exists;
     open_.pop_back();
-    if (!known) continue;
-    reading->entries.sort();
-    reading->entries = reading->entries.takeCompact();
-    receive(reading);
+    if (!isComplete) continue;
+    snapshot->entries.sort();
+    snapshot->entries.shrink();
+    addToCache(snapshot);
   }
 }
 

@@ -11,51 +11,50 @@
 
 namespace foundation::storage::vfs {
 
-/// Reads many small folders of a flat store with few requests. One page of keys below a root holds, in key order, whole
-/// sub-folders one after the other: each that begins and ends within what was read without a gap is known as if it had
-/// been listed. A descent asks for folders nearly in key order, so pages follow one another; where it skips some, the
-/// scan skips them too. Internal to the session.
+/// Reads many small folders of a flat store with few requests. One page of keys below a root holds, in key order, whole sub-folders
+/// one after the other: each that begins and ends within what was read without a gap is as complete as if it had been listed. A
+/// descent requests folders nearly in key order, so pages follow one another; where it skips some, the scan skips them too. Internal
+/// to the session.
 class SubtreeScan {
  public:
-  using Receive = std::function<void(std::shared_ptr<FolderReading>)>;
+  using AddToCache = std::function<void(std::shared_ptr<FolderSnapshot>)>;
 
-  /// A scan of what stands below `root` and begins with `prefix`. Makes no request.
+  /// A scan of what exists below `root` and begins with `prefix`. Makes no request.
   SubtreeScan(AbsoluteIRI root, std::string prefix);
 
   /// Whether the location is a folder below the root that the scan can reach (or the root, for the same prefix).
   bool reaches(AbsoluteIRI const& location, std::string_view prefix) const;
 
-  /// Reads one page, so placed that it helps most to know `folder`, which the scan reaches: one request. Hands over
-  /// each folder that is now known whole, sorted. Throws as `Provider::subtree` does; the scan then begins anew at the
-  /// next call.
-  void advance(Provider& provider, AbsoluteIRI const& folder, Receive const& receive);
+  /// Reads one page, from where it tells most about `folder`, which the scan reaches: one request. Passes on each folder that is now
+  /// complete, sorted. Throws as `Provider::subtree` does; the next call then starts anew.
+  void advance(Provider& provider, AbsoluteIRI const& folder, AddToCache const& addToCache);
 
-  /// Whether a page is worth its request for a question that could also be asked by itself. Where pages make the
-  /// folder that they are read for known, they answer the next questions too; where they don't, twice as many questions
-  /// are to be asked by themselves with each page in vain, as what follows a huge folder may be small again.
-  bool worthAPage();
+  /// Whether a page is worth its request for a question that could be asked by itself. Where pages complete the folder that they
+  /// were read for, they answer the next questions too. Where they don't, they back off: each unhelpful page in a row doubles the
+  /// number of questions that are asked by themselves before the next page, up to a bound, as small folders may follow a huge one.
+  bool isWorthAPage();
 
  private:
   struct OpenFolder {
-    std::string path;                        // below the root, ending in "/"; empty for the root
-    std::shared_ptr<FolderReading> reading;  // null where keys before the first one read may be missing
-    bool seen;  // whether a key has told that the folder exists; one that a page was only placed at may not
+    std::string path;                          // below the root, ending in "/"; empty for the root
+    std::shared_ptr<FolderSnapshot> snapshot;  // null where keys before the first one read may be missing
+    bool exists;  // whether a key showed it; a page may have begun at a folder that doesn't exist
   };
 
   SubtreePage pageFor(Provider& provider, AbsoluteIRI const& folder) const;
   std::string pathBelowRoot(AbsoluteIRI const& folder) const;
   void beginAt(std::string const& path);
-  void open(std::string path, bool whole, bool seen);
-  void add(std::string_view path, Receive const& receive);
-  void closeUntil(std::string_view path, Receive const& receive);
+  void open(std::string path, bool complete, bool exists);
+  void add(std::string_view path, AddToCache const& addToCache);
+  void closeUntil(std::string_view path, AddToCache const& addToCache);
 
   AbsoluteIRI root_;
   std::string prefix_;
   std::string position_;  // the last path read; the next page begins after it
   std::vector<OpenFolder> open_;
-  bool intact_ = true;  // whether the last page was gone through to its end; otherwise what is open may lack keys
-  std::size_t questionsToPass_ = 0;  // before the next page is worth its request
-  std::size_t pagesInVain_ = 0;      // in sequence
+  bool intact_ = true;  // whether the last page was processed to its end; otherwise open folders may lack keys
+  std::size_t questionsToSkip_ = 0;  // before the next page is worth its request
+  std::size_t unhelpfulPages_ = 0;   // in a row
 };
 
 }  // namespace foundation::storage::vfs

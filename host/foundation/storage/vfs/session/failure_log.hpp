@@ -1,0 +1,53 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "foundation/storage/vfs/detail/location_key.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
+
+namespace foundation::storage::vfs {
+
+/// The failures of one session: remembered by location, so that what has failed isn't tried again, and reported once for each
+/// location, however often and in whatever order it is asked about. Not for several threads at once.
+class FailureLog {
+ public:
+  /// What was asked about a location. One question may fail where another is answered.
+  enum class Question { entries, kind, identity };
+
+  /// The result of `ask`, which puts the question to the provider. Throws what that throws, and doesn't call it again for a question
+  /// that has failed: then throws a plain `Exception`. Reports the failure in both cases.
+  template <class Ask>
+  auto attempt(Question question, AbsoluteIRI const& location, Ask ask) {
+    rethrowRemembered(question, location);
+    try {
+      return ask();
+    } catch (Exception const& failure) {
+      remember(question, location, failure);
+      report(failure);
+      throw;
+    }
+  }
+
+  /// Remembers a failure, unless one is remembered for the question, without reporting it: the search may never ask for what was
+  /// read ahead.
+  void remember(Question question, AbsoluteIRI const& location, Exception const& failure);
+
+  /// In the order of the failures, without absence, which isn't a failure. Only ever grows.
+  std::vector<Exception> const& reported() const noexcept { return reported_; }
+
+ private:
+  using Failures = std::unordered_map<std::u16string, Exception, KeyHash, KeyEqual>;
+
+  void rethrowRemembered(Question question, AbsoluteIRI const& location);
+  void report(Exception const& failure);
+
+  std::array<Failures, 3> failures_;  // by question
+  std::unordered_set<std::u16string, KeyHash, KeyEqual> reportedKeys_;
+  std::vector<Exception> reported_;
+};
+
+}  // namespace foundation::storage::vfs
