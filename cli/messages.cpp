@@ -4,21 +4,34 @@
 
 #include <unistd.h>
 
-#include "cli/shown_text.hpp"
 #include "foundation/core/text/bytes.hpp"
+#include "foundation/core/text/escape.hpp"
 
 namespace kglob {
+namespace {
 
-void tell(std::u16string_view message, std::string_view identifier) {
-  std::string line = "kglob: ";
-  appendOneLine(line, message);
-  if (!identifier.empty()) ((line += " [") += identifier) += ']';
-  line += '\n';
+namespace text = foundation::core::text;
+
+void writeLine(std::string_view line) noexcept {
   [[maybe_unused]] auto const written = write(STDERR_FILENO, line.data(), line.size());
 }
 
-void tell(std::string_view message) {
-  tell(foundation::core::text::fromBytes(message));
+}  // namespace
+
+void report(std::u16string_view message, std::string_view identifier) {
+  std::u16string line = u"kglob: ";
+  text::appendOneLine(line, message);
+  std::string bytes = text::toBytesLossy(line);
+  if (!identifier.empty()) ((bytes += " [") += identifier) += ']';
+  writeLine(bytes += '\n');
+}
+
+void report(std::string_view message) {
+  report(text::fromBytes(message));
+}
+
+void reportOutOfMemory() noexcept {
+  writeLine("kglob: out of memory\n");
 }
 
 }  // namespace kglob

@@ -3,13 +3,16 @@
 #include <string_view>
 
 /// Standard error: each message is one line, "kglob: MESSAGE [IDENTIFIER]", whatever characters it holds. Failures to
-/// write are passed over, as there is nowhere to tell them.
+/// write are ignored, as there is nowhere to report them.
 namespace kglob {
 
-/// Tells a message, with an error identifier where there is one. One system call.
-void tell(std::u16string_view message, std::string_view identifier = {});
+/// Writes a message, with an error identifier where there is one. One system call.
+void report(std::u16string_view message, std::string_view identifier = {});
 
 /// As above, for a message in UTF-8.
-void tell(std::string_view message);
+void report(std::string_view message);
+
+/// Writes "out of memory"; needs no memory itself.
+void reportOutOfMemory() noexcept;
 
 }  // namespace kglob

@@ -12,26 +12,30 @@ class WriteError : public std::system_error {
   using std::system_error::system_error;
 };
 
-/// Standard output, written in large pieces (one system call for 64 KiB or so). A pipe that nobody reads any more and
-/// an interrupt while it waits end the writing with `EndedBySignal`; every other failure with `WriteError`.
+/// Standard output, buffered (64 KiB or so). Whoever reads it gets whole lines only, however kglob ends: it is written
+/// in pieces of whole lines that a pipe takes entirely or not at all, and what begins elsewhere with a partial write is
+/// completed first. A pipe that nobody reads any more and an interrupt end the writing with `EndedBySignal`; every
+/// other failure with `WriteError`.
 class Output {
  public:
-  /// Matches are shown as on a terminal when standard output is one and `raw` is false; see appendForTerminal.
-  explicit Output(bool raw);
+  /// Matches end with NUL and are never escaped, or else end with a newline and are escaped on a terminal; see
+  /// appendForTerminal.
+  explicit Output(bool nullEnded);
 
-  /// Adds a match as its bytes and the byte that ends it.
-  void addMatch(std::u16string_view match, char end);
+  /// Adds a match and the byte that ends it.
+  void addMatch(std::u16string_view match);
 
-  /// Adds bytes as they are.
-  void addText(std::string_view bytes) { buffer_ += bytes; }
+  /// Adds whole lines as they are.
+  void addText(std::string_view lines) { buffer_ += lines; }
 
   /// Writes what was added.
   void flush();
 
-  /// Flushes and closes, since some file systems tell only then that they couldn't keep what was written.
+  /// Flushes and closes: some file systems report only then that they couldn't store what was written.
   void close();
 
  private:
+  char end_;
   bool escape_;
   std::string buffer_;
 };

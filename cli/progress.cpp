@@ -1,15 +1,17 @@
 #include "cli/progress.hpp"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
-#include <csignal>
+#include <cstdio>
 #include <cstdlib>
-#include <string>
 #include <string_view>
 #include <system_error>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
+
+#include "foundation/core/threads/signals_blocked.hpp"
 
 namespace kglob {
 namespace {
@@ -17,7 +19,7 @@ namespace {
 using namespace std::chrono_literals;
 constexpr auto delay = 1s;
 constexpr auto period = 200ms;
-constexpr std::string_view takeLineAway = "\r\x1B[K";
+constexpr std::string_view eraseLine = "\r\x1B[K";
 
 void show(std::string_view text) {
   [[maybe_unused]] auto const written = write(STDERR_FILENO, text.data(), text.size());
@@ -34,37 +36,23 @@ std::size_t widestLine() {
   return known ? size.ws_col - std::size_t{1} : 79;
 }
 
-/// Starts a thread that no signal is delivered to: they are to end the system calls of the main thread.
-template <class Run>
-std::thread startWithoutSignals(Run run) {
-  sigset_t all;
-  sigset_t before;
-  sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &before);
-  try {
-    std::thread thread(run);
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return thread;
-  } catch (...) {
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    throw;
-  }
-}
-
-}  // namespace
-
-bool Progress::possible() noexcept {
+/// Whether standard error can show a line that is erased again.
+bool isPossible() noexcept {
   if (isatty(STDERR_FILENO) != 1) return false;
   char const* const terminal = std::getenv("TERM");
   return terminal && *terminal && std::string_view(terminal) != "dumb";
 }
 
+}  // namespace
+
 Progress::Progress(foundation::storage::vfs::Activity const& activity) : activity_(activity) {
-  if (!possible()) return;
+  if (!isPossible()) return;
   try {
-    thread_ = startWithoutSignals([this] { run(); });
+    // Signals are to end the system calls of the main thread.
+    foundation::core::threads::SignalsBlocked const blocked;
+    thread_ = std::thread([this] { run(); });
   } catch (std::system_error const&) {
-    // A search needs no progress line.
+    // The search goes on without a progress line.
   }
 }
 
@@ -84,13 +72,15 @@ void Progress::run() {
   for (auto wait = std::chrono::milliseconds(delay); !ended_.wait_for(lock, wait, [this] { return end_; });
        wait = period) {
     if (!inForeground()) continue;
-    std::string line = "kglob: read " + std::to_string(activity_.folders) + " folders, " +
-                       std::to_string(activity_.entries) + " entries";
-    line.resize(std::min(line.size(), widestLine()));
-    show(std::string(takeLineAway) + line);
+    // No allocation: nothing could handle its failure on this thread.
+    std::array<char, 128> line;
+    int const size = std::snprintf(line.data(), line.size(), "\r\x1B[Kkglob: read %llu folders, %llu entries",
+                                   static_cast<unsigned long long>(activity_.folders),
+                                   static_cast<unsigned long long>(activity_.entries));
+    show({line.data(), std::min(static_cast<std::size_t>(size), eraseLine.size() + widestLine())});
     shown = true;
   }
-  if (shown) show(takeLineAway);
+  if (shown) show(eraseLine);
 }
 
 }  // namespace kglob

@@ -8,18 +8,15 @@
 
 namespace kglob {
 
-/// While it lives, a search that takes longer than a second shows on standard error what the session has read so far,
-/// and the line is taken away at the end. Only where standard error is a terminal that can do so (TERM is set and not
-/// "dumb") and the process stands in its foreground; elsewhere it costs one system call and shows nothing.
+/// While it lives, a search that takes longer than a second shows on standard error how much the session has read so
+/// far, in a line that is erased at the end. Only where standard error is a terminal that can do so (TERM is set and
+/// not "dumb") and the process is in its foreground; elsewhere it costs one system call and shows nothing.
 class Progress {
  public:
   explicit Progress(foundation::storage::vfs::Activity const& activity);
   ~Progress();
   Progress(Progress const&) = delete;
   Progress& operator=(Progress const&) = delete;
-
-  /// Whether standard error can show it.
-  static bool possible() noexcept;
 
  private:
   void run();

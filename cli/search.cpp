@@ -34,8 +34,7 @@ ArrayPtr search(SearchLibrary const& library, std::u16string const& pattern, Sco
   for (ArrayPtr const& input : inputs) arguments.push_back(input.get());
   ArrayPtr output;
   library.call(1, &output, static_cast<int>(arguments.size()), arguments.data());
-  if (!Quindarel::String::isString(output.get()))
-    throw std::logic_error("the search library answered without a string array");
+  if (!Quindarel::String::isString(output.get())) throw std::logic_error("the search library returned no string array");
   return output;
 }
 

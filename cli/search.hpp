@@ -13,8 +13,8 @@ struct Scope {
   bool dotFiles = false;
 };
 
-/// Calls the builtin with the pattern and the options that differ from its defaults, as an interpreter would, and gives
-/// its answer: a string array of one column. What the builtin throws passes through.
+/// Calls the builtin with the pattern and the options that differ from its defaults, as an interpreter would, and
+/// returns its result: a string array of one column. Exceptions of the builtin pass through.
 matrix::detail::ArrayPtr search(SearchLibrary const& library, std::u16string const& pattern, Scope const& scope);
 
 }  // namespace kglob

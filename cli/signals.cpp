@@ -10,7 +10,7 @@
 namespace kglob {
 namespace {
 
-// Taken before any signal can arrive: a handler must not be what makes the dynamic linker look a function up.
+// Looked up before any signal can arrive: the dynamic linker's lazy binding isn't safe in a signal handler.
 auto* const setInterruptPending = &utSetInterruptPending;
 
 extern "C" void onInterrupt(int) {
@@ -24,7 +24,7 @@ void deferInterrupts() noexcept {
   if (sigaction(SIGINT, nullptr, &found) == 0 && found.sa_handler == SIG_IGN) return;
   struct sigaction action = {};
   action.sa_handler = onInterrupt;
-  // The default action comes back with the first signal; no SA_RESTART, so that a blocked write ends too.
+  // The first signal restores the default action. No SA_RESTART, so that a blocked write ends too.
   action.sa_flags = static_cast<int>(SA_RESETHAND);
   sigaction(SIGINT, &action, nullptr);
 }

@@ -47,20 +47,21 @@ install(
   COMPONENT Development)
 
 install(TARGETS kglob RUNTIME COMPONENT Program)
+set(korvan_documents "${PROJECT_BINARY_DIR}/cli/documents")  # made by the target kglob-documents
 install(
-  FILES docs/man/kglob.1
+  FILES "${korvan_documents}/kglob.1"
   DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
   COMPONENT Program)
 install(
-  FILES cli/completions/kglob.bash
+  FILES "${korvan_documents}/kglob.bash"
   RENAME kglob
   DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
   COMPONENT Program)
 install(
-  FILES cli/completions/_kglob
+  FILES "${korvan_documents}/_kglob"
   DESTINATION "${KORVAN_ZSH_COMPLETIONS_DIR}"
   COMPONENT Program)
 install(
-  FILES cli/completions/kglob.fish
+  FILES "${korvan_documents}/kglob.fish"
   DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d"
   COMPONENT Program)

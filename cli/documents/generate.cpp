@@ -1,0 +1,144 @@
+// generate TEMPLATE OUTPUT VERSION: writes a document of kglob. A template is the document as it is to be, with
+// placeholders for what the option table knows. A placeholder that this program doesn't know is an error.
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <map>
+#include <regex>
+#include <stdexcept>
+#include <string>
+
+#include "cli/option_table.hpp"
+#include "foundation/core/text/ascii.hpp"
+
+namespace {
+
+using kglob::Completion;
+using kglob::OptionRow;
+using kglob::Options;
+using kglob::optionTable;
+using kglob::OptionTarget;
+
+std::string replaceAll(std::string text, std::string_view part, std::string_view replacement) {
+  for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += replacement.size())
+    text.replace(at, part.size(), replacement);
+  return text;
+}
+
+/// The short and the long form, with a text between where both exist.
+std::string forms(OptionRow const& row, std::string_view between) {
+  std::string const longForm = "--" + std::string(row.name);
+  return row.letter ? std::string{'-', row.letter}.append(between) + longForm : longForm;
+}
+
+/// Plain text as it is written in a manual page, where "-" alone is a hyphen, and "." at the beginning of a line a
+/// request.
+std::string manualText(std::string_view text) {
+  return "\\&" + replaceAll(replaceAll(std::string(text), "\\", "\\e"), "-", "\\-");
+}
+
+std::string manualOptions() {
+  std::string lines;
+  for (OptionRow const& row : optionTable) {
+    std::string const value = "\\fI" + std::string(row.placeholder) + "\\fR";
+    std::string text = manualText(row.manual);
+    if (row.takesValue()) text = replaceAll(text, row.placeholder, value);
+    std::string const term = replaceAll(forms(row, "\\fR, \\fB"), "-", "\\-");
+    lines += ".TP\n\\fB" + term + "\\fR" + (row.takesValue() ? " " + value : "") + '\n' + text + '\n';
+  }
+  lines.pop_back();
+  return lines;
+}
+
+std::string bashOptions() {
+  std::string words;
+  for (OptionRow const& row : optionTable) words += forms(row, " ") + ' ';
+  return words + "--";
+}
+
+/// The pattern of a "case" for the options whose value is of a kind.
+std::string bashCase(Completion completion) {
+  std::string pattern;
+  for (OptionRow const& row : optionTable)
+    if (row.completion == completion && row.takesValue()) pattern += (pattern.empty() ? "" : " | ") + forms(row, " | ");
+  return pattern;
+}
+
+std::string zshValue(OptionRow const& row) {
+  if (!row.takesValue()) return {};
+  std::string const action = row.completion == Completion::folders ? "_directories"
+                             : row.completion == Completion::files ? "_files"
+                                                                   : "";
+  return ":" + foundation::core::text::lowerCase(row.placeholder) + ":" + action;
+}
+
+/// Nothing else is of use beside help and version.
+bool standsAlone(OptionRow const& row) {
+  return row.target == OptionTarget(&Options::help) || row.target == OptionTarget(&Options::version);
+}
+
+std::string zshOptions() {
+  std::string lines;
+  for (OptionRow const& row : optionTable) {
+    std::string const name = "--" + std::string(row.name) + (row.takesValue() ? "=" : "");
+    std::string const rest = "[" + std::string(row.help) + "]" + zshValue(row) + "'";
+    std::string const others = standsAlone(row) ? "(- *)" : row.letter ? "(" + forms(row, " ") + ")" : "";
+    std::string const letter = std::string{'-', row.letter} + (row.takesValue() ? "+" : "");
+    lines += "  '" + others + (row.letter ? "'{" + letter + "," + name + "}'" : name) + rest + " \\\n";
+  }
+  lines.pop_back();
+  return lines;
+}
+
+std::string fishOptions() {
+  std::string lines;
+  for (OptionRow const& row : optionTable) {
+    lines += "complete -c kglob";
+    if (row.letter) lines += std::string(" -s ") + row.letter;
+    (lines += " -l ") += row.name;
+    if (row.completion == Completion::folders) lines += " -x -a '(__kglob_folders)'";
+    if (row.completion == Completion::files) lines += " -r -F";
+    if (row.completion == Completion::none && row.takesValue()) lines += " -x";
+    lines += " -d '" + std::string(row.help) + "'\n";
+  }
+  lines.pop_back();
+  return lines;
+}
+
+std::string read(char const* path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw std::runtime_error(std::string("cannot read ") + path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void generate(char const* templatePath, char const* outputPath, char const* version) {
+  std::map<std::string, std::string> const placeholders{
+      {"@VERSION@", version},
+      {"@MANUAL_OPTIONS@", manualOptions()},
+      {"@BASH_OPTIONS@", bashOptions()},
+      {"@BASH_FOLDER_OPTIONS@", bashCase(Completion::folders)},
+      {"@BASH_FILE_OPTIONS@", bashCase(Completion::files)},
+      {"@ZSH_OPTIONS@", zshOptions()},
+      {"@FISH_OPTIONS@", fishOptions()},
+  };
+  std::string text = read(templatePath);
+  for (auto const& [placeholder, replacement] : placeholders) text = replaceAll(text, placeholder, replacement);
+  std::smatch unknown;
+  if (std::regex_search(text, unknown, std::regex("@[A-Z_]+@")))
+    throw std::runtime_error(std::string(templatePath) + ": unknown placeholder " + unknown.str());
+  std::ofstream file(outputPath, std::ios::binary);
+  if (!(file << text).flush()) throw std::runtime_error(std::string("cannot write ") + outputPath);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    if (argc != 4) throw std::runtime_error("usage: generate TEMPLATE OUTPUT VERSION");
+    generate(argv[1], argv[2], argv[3]);
+    return 0;
+  } catch (std::exception const& error) {
+    std::cerr << "generate: " << error.what() << '\n';
+    return 1;
+  }
+}

@@ -1,0 +1,65 @@
+#include "cli/process_setup.hpp"
+
+#include <cerrno>
+#include <cstdlib>
+#include <exception>
+#include <new>
+
+#include <fcntl.h>
+#include <malloc.h>
+#include <unistd.h>
+
+#include "cli/exit_status.hpp"
+#include "cli/messages.hpp"
+
+namespace kglob {
+namespace {
+
+std::terminate_handler inherited = nullptr;
+
+/// Whether the process ends because it has no memory. Without memory for the exception itself, none is active.
+bool isOutOfMemory() {
+  if (!std::current_exception()) {
+    void* volatile const probe = std::malloc(1);  // volatile, as compilers may leave out an unused allocation
+    std::free(probe);
+    return !probe;
+  }
+  try {
+    throw;
+  } catch (std::bad_alloc const&) {
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
+/// Reports lack of memory where no handler of main's can.
+[[noreturn]] void onTerminate() {
+  if (isOutOfMemory()) {
+    reportOutOfMemory();
+    _exit(failed);
+  }
+  inherited();
+  std::abort();
+}
+
+/// Runs before the initialization of the program's global objects, some of which (CLI11's) allocate.
+[[gnu::constructor(101)]] void handleTerminate() {
+  inherited = std::set_terminate(onTerminate);
+}
+
+}  // namespace
+
+void reserveStandardDescriptors() noexcept {
+  for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor)
+    if (fcntl(descriptor, F_GETFD) < 0 && errno == EBADF) open("/dev/null", O_RDONLY);
+}
+
+void useHeapForLargeBlocks() noexcept {
+  constexpr int most = 1 << 30;
+  mallopt(M_MMAP_THRESHOLD, most);
+  mallopt(M_TRIM_THRESHOLD, most);
+  mallopt(M_TOP_PAD, 1 << 20);
+}
+
+}  // namespace kglob

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+/// The root folder as the user wrote it: a local path or an IRI; empty for the current folder.
+namespace kglob {
+
+/// Whether the root folder, which must not be empty, is a folder. Throws what the storage layer throws when it can't
+/// find out.
+bool isFolder(std::u16string const& rootFolder);
+
+/// An absolute local path as the user would write it: beginning with `rootFolder` if it is below that folder, unchanged
+/// otherwise.
+std::u16string asWritten(std::u16string const& path, std::u16string const& rootFolder);
+
+}  // namespace kglob
