@@ -47,7 +47,7 @@ TEST(Failures, AreReportedOnceInWhateverOrderTheyAreMet) {
     for (auto const& c : cases) {
       SCOPED_TRACE(c.failing.second + " " + c.patterns[0] + " " + std::to_string(static_cast<int>(code)));
       MemoryProvider::Options options;
-      options.kindsUnsaid = c.hidesKinds;
+      options.hidesKinds = c.hidesKinds;
       auto const provider = std::make_shared<MemoryProvider>(tree, options);
       ServedScheme const mem(u"mem", provider);
       provider->failures[c.failing] = code;
@@ -77,7 +77,10 @@ TEST(Failures, OfRightsAreReported) {
       {"/t", "**/*.csv", {"ok/a.csv"}, {"/t/l"}},
       {"/t", "*/", {"ok/"}, {"/t/l"}},
       {"/t", "*", {"l", "ok"}, {}},
-      {"/s", "**", {"l", "l/r", "l/r/x", "l/s", "l/secret", "l/t", "l/t/l", "l/t/ok", "l/t/ok/a.csv"}, {"/s/l/r/x", "/s/l/secret", "/s/l/t/l"}},
+      {"/s",
+       "**",
+       {"l", "l/r", "l/r/x", "l/s", "l/secret", "l/t", "l/t/l", "l/t/ok", "l/t/ok/a.csv"},
+       {"/s/l/r/x", "/s/l/secret", "/s/l/t/l"}},
   };
   EXPECT_TRUE(passesUnprivileged([&] {
     for (auto const& c : cases) {
@@ -98,7 +101,8 @@ TEST(Failures, ChainsOfLinksAreFollowedHoweverLong) {
   for (int i = 0; i < 50; ++i) {
     std::string const name = "d" + std::to_string(i) + "/";
     folder.addFile(name + "f");
-    folder.addLink(name + "l", i % 2 == 0 ? "../d" + std::to_string(i + 1) : folder.path() + "/d" + std::to_string(i + 1));
+    folder.addLink(name + "l",
+                   i % 2 == 0 ? "../d" + std::to_string(i + 1) : folder.path() + "/d" + std::to_string(i + 1));
     files.push_back(way + "f");
     way += "l/";
   }
@@ -175,12 +179,14 @@ TEST(Failures, ASmallStackIsEnoughForADeepFolder) {
 TEST(Failures, ATextWithoutBytesNamesNothing) {
   TemporaryFolder const folder;
   folder.addFile("a/b");
-  for (std::u16string const text : {u"\xD800", u"\xD800*", u"*\xDC00", u"\xD800/*", u"*/\xD800", u"**/\xD800", u"\xD800/**", u"a/\xD800.x"}) {
+  for (std::u16string const text :
+       {u"\xD800", u"\xD800*", u"*\xDC00", u"\xD800/*", u"*/\xD800", u"**/\xD800", u"\xD800/**", u"a/\xD800.x"}) {
     for (bool const inSession : {false, true}) {
       std::optional<ReadSession> session;
       if (inSession) session.emplace();
       EXPECT_TRUE(io::internal::glob(text, folder.text(), false).empty()) << testing::PrintToString(text);
-      EXPECT_TRUE(io::internal::glob(u"**", folder.text() + u"/" + text, false).empty()) << testing::PrintToString(text);
+      EXPECT_TRUE(io::internal::glob(u"**", folder.text() + u"/" + text, false).empty())
+          << testing::PrintToString(text);
       EXPECT_TRUE(io::internal::glob(u"*", folder.text() + u"/" + text, false).empty()) << testing::PrintToString(text);
       EXPECT_TRUE(!session || session->failedListings().empty());
     }
