@@ -41,7 +41,7 @@ class ServedTree {
     options.authority = isFlat ? MemoryProvider::Authority::required : MemoryProvider::Authority::empty;
     options.subtreePage = isFlat ? 1 + random() % 6 : 0;
     options.marksEveryFolder = random() % 2 == 0;
-    options.kindsUnsaid = random() % 4 == 0;
+    options.hidesKinds = random() % 4 == 0;
     provider = std::make_shared<MemoryProvider>(tree, options);
     store_.emplace(u"store", provider);
     roots = {(isFlat ? "store://" : "store:///") + searchRoot};

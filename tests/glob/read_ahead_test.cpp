@@ -1,4 +1,5 @@
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <iterator>
 #include <memory>
@@ -29,7 +30,7 @@ std::string numbered(char letter, int number) {
   return letter + std::to_string(1000 + number);
 }
 
-// Enough folders in one another to be read ahead, and in one of them what a descent may turn aside for.
+// Enough nested folders to be read ahead, and some entries for which a descent leaves the predicted order.
 Tree largeTree() {
   Tree tree;
   for (int i = 0; i < 60; ++i) {
@@ -91,7 +92,7 @@ TEST_F(ReadAhead, FindsTheSameAndListsNoFolderTwice) {
   }
 }
 
-TEST_F(ReadAhead, TellsAFailureOnce) {
+TEST_F(ReadAhead, ReportsAFailureOnce) {
   serve(largeTree());
   store_->failures[{Operation::list, "d1040/e1005"}] = vfs::ErrorCode::permissionDenied;
   vfs::ReadSession const session;
@@ -103,7 +104,7 @@ TEST_F(ReadAhead, TellsAFailureOnce) {
   EXPECT_EQ(store_->mostRequests(Operation::list), 1U);
 }
 
-TEST_F(ReadAhead, ReadsOnlySoFarAheadAndOnlyInADescent) {
+TEST_F(ReadAhead, StaysWithinItsWindowAndNeedsADescent) {
   constexpr int folders = 1000;
   constexpr std::size_t furthest = 300;
   Tree tree;
@@ -132,7 +133,7 @@ TEST_F(ReadAhead, ReadsOnlySoFarAheadAndOnlyInADescent) {
   }
 }
 
-TEST_F(ReadAhead, KeepsWhatItReadWhenTheDescentTurnsElsewhere) {
+TEST_F(ReadAhead, CachesWhatItReadWhenTheDescentIsAbandoned) {
   Tree tree;
   for (int i = 0; i < 1000; ++i) tree.addFile(numbered('d', i) + "/file");
   serve(tree);
@@ -150,7 +151,7 @@ TEST_F(ReadAhead, KeepsWhatItReadWhenTheDescentTurnsElsewhere) {
   EXPECT_EQ(store_->mostRequests(Operation::list), 1U);
 }
 
-TEST_F(ReadAhead, TheDescentReadsOnWhereTheOtherThreadIsHeldUp) {
+TEST_F(ReadAhead, TheCallerReadsAheadWhereTheHelperIsHeldUp) {
   Tree tree;
   for (int i = 0; i < 1000; ++i) tree.addFile(numbered('d', i) + "/file");
   serve(tree);
@@ -171,6 +172,27 @@ TEST_F(ReadAhead, TheDescentReadsOnWhereTheOtherThreadIsHeldUp) {
   for (int i = 40; i < 1000; ++i) EXPECT_EQ(list(numbered('d', i)), 1U);
   EXPECT_GE(readMeanwhile, 10);
   EXPECT_EQ(store_->mostRequests(Operation::list), 1U);
+}
+
+// The helper's lack of descriptors is no failure of the folders that it reads, nor is the caller's while the helper has them.
+TEST_F(ReadAhead, ALackOfDescriptorsConcernsNoFolder) {
+  serve(largeTree());
+  auto const own = std::this_thread::get_id();
+  for (bool const failsForHelper : {true, false}) {
+    std::atomic<bool> helperReads = false;
+    bool callerFailed = false;
+    store_->onEntry = [&] {
+      bool const isHelper = std::this_thread::get_id() != own;
+      if (isHelper) helperReads = true;
+      bool const fails = isHelper ? failsForHelper : !failsForHelper && helperReads && !callerFailed;
+      if (!fails) return;
+      if (!isHelper) callerFailed = true;
+      throw vfs::exceptionOfErrno(EMFILE, vfs::AbsoluteIRI(u"mem:///"));
+    };
+    vfs::ReadSession const session;
+    EXPECT_EQ(search("**", "mem:///"), expectedMatches(largeTree(), "", "**", false)) << failsForHelper;
+    EXPECT_TRUE(session.failedListings().empty()) << session.failedListings()[0].what();
+  }
 }
 
 TEST_F(ReadAhead, AnInterruptEndsIt) {

@@ -14,8 +14,8 @@
 namespace korvan::test {
 namespace {
 
-// The first searches of the process, so that they meet in everything that is made once.
-TEST(Threads, SearchesDontDisturbOneAnother) {
+// The first searches of the process, so that they compete for everything that is initialised once.
+TEST(Threads, SearchesDoNotDisturbOneAnother) {
   Tree const tree =
       Tree().addFile("a/b/c.txt").addFile("a/d.txt").addFile("e.txt").addFolder(".h/f").addLink("up", "a");
   TemporaryFolder const folder;

@@ -29,7 +29,7 @@ std::size_t MemoryProvider::mostRequests(Operation operation) const {
   return most;
 }
 
-// Counts the request; the path from the tree's root, without needless separators, so that one place is counted as one.
+// Counts the request. Returns the path from the tree's root, without needless separators, so that each location is counted once.
 std::string MemoryProvider::note(Operation operation, vfs::AbsoluteIRI const& location) {
   std::string path = toBytes(std::u16string(location.authority())) + vfs::decodedPath(location);
   while (!path.empty() && path.back() == '/') path.pop_back();
@@ -50,21 +50,21 @@ vfs::PathKind MemoryProvider::kind(vfs::AbsoluteIRI const& location) {
 
 void MemoryProvider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) {
   std::string const path = note(Operation::list, folder);
-  if (!tree.isFolder(path)) throw vfs::Exception(vfs::ErrorCode::notFound, folder, "no folder");
+  if (!tree.isFolder(path)) throw vfs::Exception(vfs::ErrorCode::notFound, folder, "there is no such folder");
   auto all = tree.children(path);
-  // The order of entries is the layer's to make.
+  // Not sorted: that is left to the layer above.
   std::reverse(all.begin(), all.end());
   for (auto const& [name, kind] : all) {
     if (!beginsWith(name, namePrefix)) continue;
     onEntry();
-    entries.add(name, options_.kindsUnsaid ? EntryKind::unknown : kind);
+    entries.add(name, options_.hidesKinds ? EntryKind::unknown : kind);
   }
 }
 
 std::optional<vfs::FolderIdentity> MemoryProvider::identity(vfs::AbsoluteIRI const& folder) {
   std::string const path = note(Operation::identity, folder);
   if (servesSubtrees()) return std::nullopt;
-  if (!tree.isFolder(path)) throw vfs::Exception(vfs::ErrorCode::notFound, folder, "no folder");
+  if (!tree.isFolder(path)) throw vfs::Exception(vfs::ErrorCode::notFound, folder, "there is no such folder");
   return vfs::FolderIdentity{1, std::hash<std::string>()(*tree.resolve(path))};
 }
 

@@ -19,9 +19,9 @@ namespace korvan::test {
 
 namespace vfs = foundation::storage::vfs;
 
-/// Serves a `Tree` as storage, counts what is asked of it, and does on demand what disks seldom do. Locations are told
-/// as paths from the tree's root; where an authority is required it is their first element. Safe on every thread, but
-/// for what isn't an operation of storage.
+/// Serves a `Tree` as storage, counts the requests, and does on demand what disks seldom do. Locations are paths from the tree's root;
+/// where an authority is required it is their first element. Safe on every thread, except for members that aren't operations of
+/// storage.
 class MemoryProvider final : public vfs::Provider {
  public:
   enum class Operation { kind, list, identity, subtree };
@@ -29,12 +29,12 @@ class MemoryProvider final : public vfs::Provider {
 
   struct Options {
     Authority authority = Authority::empty;
-    /// Paths that one answer of `subtree` holds at most; 0: it isn't served.
+    /// The most paths in one page of `subtree`; 0 where it isn't served.
     std::size_t subtreePage = 0;
-    /// Whether a flat page names folders that hold something as well as empty ones.
+    /// Whether a flat page names all folders, not only empty ones.
     bool marksEveryFolder = false;
-    /// Whether a folder leaves the kinds of its entries unsaid, as some file systems do.
-    bool kindsUnsaid = false;
+    /// Whether a folder doesn't say the kinds of its entries, as in some file systems.
+    bool hidesKinds = false;
   };
 
   explicit MemoryProvider(Tree served) : MemoryProvider(std::move(served), Options()) {}
@@ -43,11 +43,11 @@ class MemoryProvider final : public vfs::Provider {
   Tree tree;
   /// What fails from now on.
   std::map<Key, vfs::ErrorCode> failures;
-  /// Called before an entry is given.
+  /// Called before an entry is added to an answer.
   std::function<void()> onEntry = [] {};
 
   std::size_t requests() const;
-  /// The most that was asked for any one location.
+  /// The most requests for any one location.
   std::size_t mostRequests(Operation operation) const;
   void forgetRequests() { requests_.clear(); }
 

@@ -24,11 +24,11 @@ using enum vfs::PathKind;
 using testing::ElementsAreArray;
 using Names = std::vector<std::string>;
 
-// A provider that is held to the suite, with the same tree behind it as the others.
+// A provider under test; all of them serve the same tree.
 struct Subject {
   std::u16string root;  // the IRI of the folder that holds the tree, without a final "/"
-  // A store counts its requests, and doesn't tell whether there is a folder when a filter with a literal head finds
-  // nothing: that would cost one more request, and no search would make anything of the answer.
+  // A store counts its requests. Where a filter with a literal head finds nothing, it doesn't say whether the folder exists: that would
+  // cost one more request, and no search uses the answer.
   bool isStore;
   std::uint32_t longestName;  // a longer one names nothing, and asking for it is no failure
   std::shared_ptr<void> keeper;
@@ -36,7 +36,7 @@ struct Subject {
 
 enum class SubjectKind { local, memory, store };
 
-// The keys of conformance_tree.txt, decoded: a final "/" stands for an empty folder.
+// The keys of conformance_tree.txt, decoded: a final "/" marks an empty folder.
 Names conformanceKeys() {
   Names keys;
   std::ifstream file(KORVAN_CONFORMANCE_TREE);
@@ -45,7 +45,7 @@ Names conformanceKeys() {
   return keys;
 }
 
-// The tree, with what a store can't hold. A link's target is a path from the tree's root.
+// The tree with what a store can't have. A link's target is a path from the tree's root.
 Tree wholeTree() {
   Tree tree;
   for (std::string const& key : conformanceKeys())
@@ -69,7 +69,7 @@ Subject makeSubject(SubjectKind kind) {
   return {iri.toString(), false, 255, folder};
 }
 
-// Made at the first call and kept to the end of the process.
+// Made at the first call; lives to the end of the process.
 Subject const& subject(SubjectKind kind) {
   static std::unique_ptr<Subject const> subjects[3];
   auto& made = subjects[static_cast<int>(kind)];
@@ -81,7 +81,7 @@ vfs::StorageSystemReference storage() {
   return Quindarel::KorvanStorageSystem::GetStorageSystemReference();
 }
 
-// Every case runs with each provider, once with each question put to it and once within one read session.
+// Every case runs with each provider, without and within a read session.
 class Conformance : public testing::TestWithParam<std::tuple<SubjectKind, bool>> {
  protected:
   Conformance() : subject_(subject(std::get<0>(GetParam()))) {
@@ -138,7 +138,7 @@ std::map<std::string, std::map<std::string, bool>> contents() {
   return folders;
 }
 
-TEST_P(Conformance, ExistenceIsTold) {
+TEST_P(Conformance, KnowsWhatExists) {
   std::pair<std::string, vfs::PathKind> const cases[] = {
       {"", isFolder},
       {"kinds/file", isFile},
@@ -182,7 +182,7 @@ TEST_P(Conformance, FiltersChoose) {
       {"filter", "*.csv", {"2023-12.csv", "2024-01.csv", "2024-02.csv", "abc.csv"}, {}},
       {"filter", "*a*a*a*a*a*a*a*a*a*a*a*a*a*b", {}, {}},
       {"dots", "*", {"...", "..c", ".a", ".b", "a."}, {".b"}},
-      {"order", "\xc3*", {}, {}},  // half a character is none
+      {"order", "\xc3*", {}, {}},  // half a character isn't one
   };
   for (Case const& each : cases) {
     EXPECT_THAT(all(each.folder, each.filter), ElementsAreArray(each.all)) << each.folder << " " << each.filter;
@@ -190,7 +190,7 @@ TEST_P(Conformance, FiltersChoose) {
   }
 }
 
-TEST_P(Conformance, WhatIsNoFolderCannotBeListed) {
+TEST_P(Conformance, OnlyFoldersCanBeListed) {
   for (std::string const path : {"kinds/file", "kinds/file/below", "nothing/at/all", "kinds/folder/belo"}) {
     EXPECT_EQ(errorCode([&] { all(path); }), 1) << path;
     EXPECT_EQ(errorCode([&] { folders(path); }), 1) << path;

@@ -47,7 +47,7 @@ TEST(Failures, AreReportedOnceInWhateverOrderTheyAreMet) {
     for (auto const& c : cases) {
       SCOPED_TRACE(c.failing.second + " " + c.patterns[0] + " " + std::to_string(static_cast<int>(code)));
       MemoryProvider::Options options;
-      options.kindsUnsaid = c.hidesKinds;
+      options.hidesKinds = c.hidesKinds;
       auto const provider = std::make_shared<MemoryProvider>(tree, options);
       ServedScheme const mem(u"mem", provider);
       provider->failures[c.failing] = code;

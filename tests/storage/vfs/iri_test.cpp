@@ -130,7 +130,7 @@ TEST_F(IRI, TakesDecodedTextBelowItself) {
   }
 }
 
-// Names of any bytes, and texts whose surrogates stand for bytes by themselves.
+// Names of any bytes, and texts whose lone surrogates are bytes.
 TEST_F(IRI, LosesNoNameOfALocalPath) {
   std::mt19937 random(7);
   for (int i = 0; i < 5000; ++i) {

@@ -43,11 +43,11 @@ class KORVAN_HOST_EXPORT ReadSession {
   /// What was read through this session so far. Valid as long as the session.
   Activity const& activity() const noexcept;
 
-  /// The locations where a listing failed, or a request for what an entry is or whether a folder contains itself: each location once,
-  /// in the order of the failures. While there are none, searches in this session were complete. Absence isn't a failure, nor is a
-  /// folder that is refused because it closes a link cycle. The list only grows: a host that makes several calls in one session gets
-  /// the failures of a call as those behind the size that the list had before it. A location that failed in an earlier call fails in
-  /// later ones too, but isn't repeated.
+  /// The locations where a listing failed, or a request for what a listed entry is or whether a folder contains itself: each once, in
+  /// the order of the failures. A search passes over these; while there are none, its result was complete. Absence isn't a failure,
+  /// nor is a folder that is refused because it closes a link cycle. An existence test of a location in a folder that wasn't listed
+  /// throws instead. The list only grows: a host that makes several calls in one session gets the failures of one call as those
+  /// behind the size that the list had before it; a location that failed in an earlier call isn't repeated.
   std::vector<Exception> const& failedListings() const noexcept;
 
   /// The calling thread's innermost session, or null.

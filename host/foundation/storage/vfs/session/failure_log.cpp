@@ -2,11 +2,11 @@
 
 namespace foundation::storage::vfs {
 
-void FailureLog::rethrowRemembered(Question question, AbsoluteIRI const& location) {
+void FailureLog::rethrowRemembered(Question question, AbsoluteIRI const& location, Report toReport) {
   Failures const& failures = failures_[static_cast<std::size_t>(question)];
   auto const found = failures.find(keyOf(location));
   if (found == failures.end()) return;
-  report(found->second);
+  if (toReport == Report::yes) report(found->second);
   throw Exception(found->second);
 }
 

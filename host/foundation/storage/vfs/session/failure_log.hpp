@@ -18,16 +18,19 @@ class FailureLog {
   /// What was asked about a location. One question may fail where another is answered.
   enum class Question { entries, kind, identity };
 
+  /// Whether a failure belongs into the report: not where the caller is sure to pass it on, or it would be reported twice.
+  enum class Report { no, yes };
+
   /// The result of `ask`, which puts the question to the provider. Throws what that throws, and doesn't call it again for a question
-  /// that has failed: then throws a plain `Exception`. Reports the failure in both cases.
+  /// that has failed: then throws a plain `Exception`.
   template <class Ask>
-  auto attempt(Question question, AbsoluteIRI const& location, Ask ask) {
-    rethrowRemembered(question, location);
+  auto attempt(Question question, AbsoluteIRI const& location, Report toReport, Ask ask) {
+    rethrowRemembered(question, location, toReport);
     try {
       return ask();
     } catch (Exception const& failure) {
       remember(question, location, failure);
-      report(failure);
+      if (toReport == Report::yes) report(failure);
       throw;
     }
   }
@@ -42,7 +45,7 @@ class FailureLog {
  private:
   using Failures = std::unordered_map<std::u16string, Exception, KeyHash, KeyEqual>;
 
-  void rethrowRemembered(Question question, AbsoluteIRI const& location);
+  void rethrowRemembered(Question question, AbsoluteIRI const& location, Report toReport);
   void report(Exception const& failure);
 
   std::array<Failures, 3> failures_;  // by question

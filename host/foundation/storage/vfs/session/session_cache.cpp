@@ -84,7 +84,8 @@ std::shared_ptr<FolderSnapshot> SessionCache::snapshot(std::shared_ptr<Provider>
   std::u16string_view const key = keyOf(location);
   if (!provider->servesSubtrees()) prefix = {};  // the provider reads whole folders anyway: cache them as such
   if (CachedFolder* const cached = findPredicted(key, prefix)) return noteRequested(*cached);
-  return failures_.attempt(FailureLog::Question::entries, location, [&] { return read(provider, location, prefix); });
+  return failures_.attempt(FailureLog::Question::entries, location, FailureLog::Report::yes,
+                           [&] { return read(provider, location, prefix); });
 }
 
 std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> const& provider,
@@ -120,7 +121,12 @@ PathKind SessionCache::kind(StorageSystem& system, AbsoluteIRI const& location) 
     kind = known->second;
   }
   if (!kind) {
-    kind = failures_.attempt(FailureLog::Question::kind, location, [&] { return askKind(system, location, entry); });
+    // A location in a folder that wasn't listed was named by the caller, who learns of the failure from the exception. What was
+    // listed isn't known any more after an eviction.
+    bool const mayBeListed = entry.snapshot != nullptr || hasEvicted_;
+    kind = failures_.attempt(FailureLog::Question::kind, location,
+                             mayBeListed ? FailureLog::Report::yes : FailureLog::Report::no,
+                             [&] { return askKind(system, location, entry); });
   }
   bool const asksForFolder = location.toString().ends_with(u'/');
   return asksForFolder && kind != PathKind::isFolder ? PathKind::notFound : *kind;
@@ -147,7 +153,7 @@ PathKind SessionCache::askKind(StorageSystem& system, AbsoluteIRI const& locatio
 PathKind SessionCache::kind(FolderSnapshot& snapshot, std::size_t index, Provider& provider) {
   if (auto const known = snapshot.entries.kind(index)) return *known;
   AbsoluteIRI const location(snapshot.location, core::text::fromBytes(snapshot.entries.name(index)));
-  return failures_.attempt(FailureLog::Question::kind, location, [&] {
+  return failures_.attempt(FailureLog::Question::kind, location, FailureLog::Report::yes, [&] {
     Busy const busy(busy_);
     return kindOfEntry(snapshot, index, provider);
   });
@@ -156,7 +162,7 @@ PathKind SessionCache::kind(FolderSnapshot& snapshot, std::size_t index, Provide
 std::optional<FolderIdentity> SessionCache::identity(Provider& provider, AbsoluteIRI const& folder) {
   std::u16string_view const key = keyOf(folder);
   if (auto const known = identities_.find(key); known != identities_.end()) return known->second;
-  auto const identity = failures_.attempt(FailureLog::Question::identity, folder, [&] {
+  auto const identity = failures_.attempt(FailureLog::Question::identity, folder, FailureLog::Report::yes, [&] {
     Busy const busy(busy_);
     return provider.identity(folder);
   });
@@ -234,6 +240,7 @@ void SessionCache::makeRoom(std::size_t bytes) {
     kinds_.clear();
     identities_.clear();
     memory_ = 0;
+    hasEvicted_ = true;
     lastLookedIn_ = nullptr;
     lastRequested_ = nullptr;
   }

@@ -20,8 +20,8 @@ namespace foundation::storage::vfs {
 /// What a read session remembers: one snapshot of each folder, the identities of folders, the failures, and the kinds of locations
 /// whose folder wasn't listed.
 /// Used by the session's thread alone, but for `activity`. Not to be entered a second time while it asks a provider: see `isBusy`. Each
-/// operation that asks a provider throws what that throws, remembers it and reports it as a failure, see FailureLog: a search passes
-/// over what it can't look at, and only the report shows that its result isn't complete.
+/// operation that asks a provider throws what that throws and remembers it; see FailureLog. It also reports the failure, as a search passes
+/// over what it can't look at and only the report shows that its result isn't complete.
 class SessionCache {
  public:
   explicit SessionCache(std::size_t memoryBound);
@@ -87,6 +87,7 @@ class SessionCache {
   std::optional<SubtreeScan> scan_;
   ReadAhead readAhead_;
   bool busy_ = false;
+  bool hasEvicted_ = false;
   std::size_t const memoryBound_;
   std::size_t memory_ = 0;
 
