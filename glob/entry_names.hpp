@@ -1,38 +1,61 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "glob/existence.hpp"
+
 namespace korvan::io::internal {
 
-/// The names of a folder's entries, in listing order and side by side in one text: thousands of folders are listed one after the
-/// other, and each reuses the memory of the one before.
+/// What a listing says of an entry's kind.
+enum class ListedKind : std::uint8_t {
+  unsaid,  ///< an existence test would tell
+  folder,
+  other,
+};
+
+inline ListedKind listedKind(std::optional<PathKind> kind) noexcept {
+  if (!kind) return ListedKind::unsaid;
+  return kind == PathKind::isFolder ? ListedKind::folder : ListedKind::other;
+}
+
+/// The names of a folder's entries with their kinds, in listing order and side by side in one text: thousands of folders are listed
+/// one after the other, and each reuses the memory of the one before.
 class EntryNames {
  public:
-  std::size_t size() const noexcept { return ends_.size(); }
+  std::size_t size() const noexcept { return records_.size(); }
 
   /// Valid until the names change.
   std::u16string_view operator[](std::size_t index) const noexcept {
-    std::size_t const begin = index == 0 ? 0 : ends_[index - 1];
-    return std::u16string_view(text_).substr(begin, ends_[index] - begin);
+    std::size_t const begin = index == 0 ? 0 : records_[index - 1].end;
+    return std::u16string_view(text_).substr(begin, records_[index].end - begin);
   }
 
-  void add(std::u16string_view name) {
+  ListedKind kind(std::size_t index) const noexcept { return records_[index].kind; }
+
+  void add(std::u16string_view name, ListedKind kind) {
     text_ += name;
-    ends_.push_back(text_.size());
+    records_.push_back({text_.size(), kind});
   }
 
   /// Removes all names and keeps the memory.
   void clear() noexcept {
     text_.clear();
-    ends_.clear();
+    records_.clear();
   }
 
  private:
+  struct Record {
+    std::size_t end;
+    ListedKind kind;
+  };
+
   std::u16string text_;
-  std::vector<std::size_t> ends_;
+  std::vector<Record> records_;
 };
 
 }  // namespace korvan::io::internal

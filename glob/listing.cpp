@@ -14,14 +14,30 @@ bool isDotName(std::u16string const& name) {
   return !name.empty() && name.front() == u'.';
 }
 
-// Adds the listing's names. `Entry` is what both kinds of element have: a getName.
+using EntryIterator = vfs::FolderListing<vfs::ListEntry>::Iterator;
+using FolderIterator = vfs::FolderListing<vfs::Folder>::Iterator;
+
+std::u16string const& nameOf(EntryIterator const& entry) {
+  return entry->getName();
+}
+std::u16string nameOf(FolderIterator const& folder) {
+  return folder.getName();
+}
+
+ListedKind kindOf(EntryIterator const& entry) {
+  return listedKind(entry->getKind());
+}
+ListedKind kindOf(FolderIterator const& /*folder*/) {
+  return ListedKind::folder;
+}
+
 template <class Entry>
 void addNames(EntryNames& names, vfs::FolderListing<Entry> const& listing, bool showDotEntries) {
   auto const end = listing.end();
   for (auto entry = listing.begin(); entry != end; ++entry) {
-    auto const& name = entry->getName();
+    auto const& name = nameOf(entry);
     if (!showDotEntries && isDotName(name)) continue;
-    names.add(name);
+    names.add(name, kindOf(entry));
     utThrowIfInterruptPending();
   }
 }

@@ -160,13 +160,14 @@ void Walker::close() {
 
 // The entry is a match of the frame's segment: the segments after it are matched there, then in a descent what is below it.
 void Walker::takeNext(Frame& frame) {
+  ListedKind const kind = frame.entries.kind(frame.next);
   name_.assign(frame.entries[frame.next++]);
   PathAccess::assignJoined(match_, frame.at, name_);
   std::size_t const segment = frame.segment;
   bool const isLast = segment + 1 == plan_->size();
   if (isLast) ++matches_;
   hasMatch_ = isLast;
-  if (frame.isDescent && entersEntry(frame)) {
+  if (frame.isDescent && isFolder(frame, kind)) {
     Frame& below = push(segment, match_, true);
     below.folder = frame.folder;
     below.nameInFolder = name_;
@@ -176,7 +177,9 @@ void Walker::takeNext(Frame& frame) {
   if (!isLast) enter(segment + 1, match_);
 }
 
-bool Walker::entersEntry(Frame& frame) {
+// Whether the entry taken last is a folder: as the listing said, or else by an existence test.
+bool Walker::isFolder(Frame const& frame, ListedKind listed) const {
+  if (listed != ListedKind::unsaid) return listed == ListedKind::folder;
   try {
     Path const entry = PathAccess::make(upath(name_));
     return pathKind(entry, Path(frame.folder->getLocation())) == PathKind::isFolder;

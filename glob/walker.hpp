@@ -56,7 +56,7 @@ class Walker {
   void list(Frame& frame);
   void close();
   void takeNext(Frame& frame);
-  bool entersEntry(Frame& frame);
+  bool isFolder(Frame const& frame, ListedKind listed) const;
   bool openBelow(Frame& frame);
   bool matchesLiteral(std::size_t segment, Path const& at) const;
 

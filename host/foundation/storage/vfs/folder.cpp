@@ -187,7 +187,17 @@ void FolderListing<T>::Iterator::settle() {
     return state_->filter->matches(entries.name(index_));
   };
   while (index_ < entries.size() && !matches()) ++index_;
-  if (index_ == entries.size()) return;
+  isMade_ = false;
+}
+
+template <class T>
+std::u16string FolderListing<T>::Iterator::getName() const {
+  return core::text::fromBytes(state_->snapshot->entries.name(index_));
+}
+
+template <class T>
+void FolderListing<T>::Iterator::make() const {
+  EntryTable const& entries = state_->snapshot->entries;
   if constexpr (std::is_same_v<T, Folder>) {
     Folder::Node const& from = *state_->folder.node_;
     element_ = Folder(std::make_shared<Folder::Node const>(
@@ -196,7 +206,9 @@ void FolderListing<T>::Iterator::settle() {
   } else {
     element_.name_.clear();
     core::text::appendFromBytes(element_.name_, entries.name(index_));
+    element_.kind_ = entries.kind(index_);
   }
+  isMade_ = true;
 }
 
 template class FolderListing<ListEntry>;

@@ -3,10 +3,12 @@
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "foundation/core/host_export.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
+#include "foundation/storage/vfs/path_kind.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
 
 namespace foundation::storage::vfs {
@@ -20,10 +22,15 @@ class KORVAN_HOST_EXPORT ListEntry {
   /// The entry's name, as text. Valid as long as the entry.
   std::u16string const& getName() const noexcept { return name_; }
 
+  /// What the entry is, where the listing says so: no request was or will be made for it. Nothing for most links, and where the
+  /// folder doesn't say what its entries are.
+  std::optional<PathKind> getKind() const noexcept { return kind_; }
+
  private:
   template <class>
   friend class FolderListing;
   std::u16string name_;
+  std::optional<PathKind> kind_;
 };
 
 /// A handle on a folder, local or remote. A value: copies share what is known of how the folder was reached, which never changes, so
@@ -70,7 +77,8 @@ class KORVAN_HOST_EXPORT FolderListing {
   struct State;
 
  public:
-  /// Moves forward only. The iterator holds its element: a reference is valid until that iterator moves or is destroyed.
+  /// Moves forward only. The iterator holds its element, which it makes when it is first dereferenced: a reference is valid until
+  /// that iterator moves or is destroyed.
   class KORVAN_HOST_EXPORT Iterator {
    public:
     using iterator_category = std::input_iterator_tag;
@@ -79,8 +87,15 @@ class KORVAN_HOST_EXPORT FolderListing {
     using pointer = T const*;
     using reference = T const&;
 
-    T const& operator*() const noexcept { return element_; }
-    T const* operator->() const noexcept { return &element_; }
+    T const& operator*() const {
+      if (!isMade_) make();
+      return element_;
+    }
+    T const* operator->() const { return &**this; }
+
+    /// The element's name, for those that need no more of it.
+    std::u16string getName() const;
+
     Iterator& operator++();
     bool operator==(Iterator const& other) const noexcept { return index_ == other.index_; }
     bool operator!=(Iterator const& other) const noexcept { return index_ != other.index_; }
@@ -88,11 +103,13 @@ class KORVAN_HOST_EXPORT FolderListing {
    private:
     friend class FolderListing;
     Iterator(std::shared_ptr<State const> state, std::size_t index);
-    void settle();  // moves to the first match at or after the index and makes the element
+    void settle();  // moves to the first match at or after the index
+    void make() const;
 
     std::shared_ptr<State const> state_;
     std::size_t index_;
-    T element_;
+    mutable T element_;
+    mutable bool isMade_ = false;
   };
 
   Iterator begin() const;
