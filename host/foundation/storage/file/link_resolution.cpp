@@ -2,10 +2,7 @@
 
 #include <algorithm>
 #include <climits>
-#include <functional>
-#include <set>
-#include <string_view>
-#include <tuple>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -15,8 +12,17 @@ namespace {
 
 constexpr std::size_t mostLinks = 10000;
 
-// A link and what remained to be resolved after it. The folder belongs to it, as a link may have several names.
-using State = std::tuple<dev_t, ino_t, dev_t, ino_t, std::size_t>;
+// A link that is being followed: until no more of the path is left than `after` bytes, what is resolved is its target. The folder
+// belongs to it, as a link may have several names and its target be relative.
+struct Following {
+  struct stat folder;
+  struct stat link;
+  std::size_t after;
+};
+
+bool sameFile(struct stat const& a, struct stat const& b) {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
 
 Descriptor openAt(int folder, char const* name, int flags) {
   return Descriptor(uninterrupted([&] { return ::openat(folder, name, O_PATH | O_CLOEXEC | flags); }));
@@ -34,12 +40,14 @@ std::string takeComponent(std::string& path) {
 }  // namespace
 
 Resolved resolveLinks(std::string const& path, bool followLast) {
-  std::set<State> followed;
+  std::vector<Following> following;
+  std::size_t links = 0;
   std::string rest = path;
   Descriptor at = openAt(AT_FDCWD, "/", 0);
   struct stat folder = {};
   if (at.get() < 0 || ::fstat(at.get(), &folder) != 0) return {Descriptor(), errno};
   while (!rest.empty()) {
+    std::erase_if(following, [&](Following const& link) { return link.after >= rest.size(); });
     Descriptor next = openAt(at.get(), takeComponent(rest).c_str(), O_NOFOLLOW);
     struct stat status = {};
     if (next.get() < 0 || ::fstat(next.get(), &status) != 0) return {Descriptor(), errno};
@@ -47,12 +55,14 @@ Resolved resolveLinks(std::string const& path, bool followLast) {
       char target[PATH_MAX];
       auto const length = ::readlinkat(next.get(), "", target, sizeof target);
       if (length < 0) return {Descriptor(), errno};
-      State const state{folder.st_dev, folder.st_ino, status.st_dev, status.st_ino, std::hash<std::string>()(rest)};
-      rest.insert(0, target, static_cast<std::size_t>(length));
-      // A link to something below itself makes the rest longer each time.
-      bool const leadsBack = !followed.insert(state).second || rest.size() > std::size_t{2} * PATH_MAX;
+      // One whose target leads through itself leads nowhere.
+      bool const leadsBack = std::any_of(following.begin(), following.end(), [&](Following const& link) {
+        return sameFile(link.folder, folder) && sameFile(link.link, status);
+      });
       if (leadsBack) return {Descriptor(), ENOENT};
-      if (followed.size() > mostLinks) return {Descriptor(), ELOOP};
+      if (++links > mostLinks) return {Descriptor(), ELOOP};
+      following.push_back({folder, status, rest.size()});
+      rest.insert(0, target, static_cast<std::size_t>(length));
       if (!rest.starts_with('/')) continue;
       next = openAt(AT_FDCWD, "/", 0);
       if (next.get() < 0 || ::fstat(next.get(), &status) != 0) return {Descriptor(), errno};
