@@ -44,4 +44,11 @@ std::u16string asWritten(std::u16string const& path, std::u16string const& rootF
   return text;
 }
 
+std::u16string absolutePatternHint(std::u16string const& pattern, std::u16string const& rootFolder) {
+  bool const inStore = vfs::hasIRIPrefix(rootFolder) && vfs::AbsoluteIRI(rootFolder).scheme() != u"file";
+  if (!inStore || vfs::hasIRIPrefix(pattern) || !fs::detail::is_absolute(pattern)) return {};
+  return u"\"" + pattern + u"\" is searched in the store of the root folder; for the local disk write \"file://" +
+         pattern + u"\"";
+}
+
 }  // namespace kglob

@@ -50,6 +50,7 @@ ExitStatus searchOne(SearchLibrary const& library, vfs::ReadSession const& sessi
                      Scope const& scope, Output& output) {
   matrix::detail::ArrayPtr matches;
   try {
+    if (auto const hint = absolutePatternHint(pattern, scope.rootFolder); !hint.empty()) report(hint);
     Progress const progress(session.activity());
     matches = search(library, pattern, scope);
   } catch (Quindarel::System::InterruptException const&) {

@@ -84,6 +84,9 @@ class MatchesAndStatus(KglobTest):
         for arguments in [["nothing"], ["*.zip", ""], ["-r", "sub", "*.txt"], ["[a,b].txt"]]:
             self.expect(arguments, 1, b"")
         self.expect_error(["-r", "a.txt", "**"], rb'root folder "a\.txt" is not a folder')
+        # A region that can't be ends the search before anything is asked of a network.
+        _, _, errors = self.run_kglob("-r", "s3://b/x", "/b/a.*", env={**os.environ, "AWS_REGION": "!"})
+        self.assertRegex(errors, rb'\Akglob: "/b/a\.\*" is searched in the store[^\n]*"file:///b/a\.\*"\n[^\n]*region')
 
     def test_awkward_names(self):
         for name in AWKWARD_NAMES:
