@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <string>
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include "support/text.hpp"
+
+namespace korvan::fuzz {
+
+/// What must hold for every input; the fuzzer reports the input for which it doesn't.
+inline void require(bool holds) {
+  if (!holds) std::abort();
+}
+
+/// At most `longest` bytes of the input.
+inline std::string takeBytes(FuzzedDataProvider& input, std::size_t longest = 64) {
+  return input.ConsumeRandomLengthString(longest);
+}
+
+/// A text of arbitrary units, or one made from bytes, as names and arguments are.
+inline std::u16string takeText(FuzzedDataProvider& input) {
+  if (input.ConsumeBool()) return test::toText(takeBytes(input));
+  std::u16string text;
+  for (std::size_t units = input.ConsumeIntegralInRange<std::size_t>(0, 16); units > 0; --units)
+    text.push_back(input.ConsumeIntegral<char16_t>());
+  return text;
+}
+
+}  // namespace korvan::fuzz
