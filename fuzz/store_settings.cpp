@@ -40,10 +40,8 @@ void checkConfiguration(FuzzedDataProvider& input) {
   std::string const endpoint = takeBytes(input);
   std::string const bucket = takeBytes(input, 8);
   std::string const file = input.ConsumeRemainingBytesAsString();
-  auto const environment = [&](std::string const& name) -> std::string {
-    if (name == "AWS_REGION") return region;
-    if (name == "AWS_ENDPOINT_URL") return endpoint;
-    return name == "HOME" ? "/h" : "";
+  auto const environment = [&](std::string const& name) {
+    return name == "AWS_REGION" ? region : name == "AWS_ENDPOINT_URL" ? endpoint : name == "HOME" ? "/h" : "";
   };
   auto const files = [&](std::string const& path) {
     return path.ends_with("config") ? file : "[default]\naws_secret_access_key=" + std::string(secret) + '\n' + file;

@@ -29,7 +29,6 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
 
   namespace s3 = foundation::storage::s3;
   require(s3::percentDecode(s3::percentEncode(bytes)) == bytes);
-  if (auto const decoded = s3::percentDecode(bytes))
-    require(s3::percentDecode(s3::percentEncode(*decoded)) == decoded);
+  if (auto const decoded = s3::percentDecode(bytes)) require(s3::percentDecode(s3::percentEncode(*decoded)) == decoded);
   return 0;
 }

@@ -1,0 +1,89 @@
+"""failing_calls_test.py KGLOB LIBRARY: searches of a disk in which the K-th system call or allocation fails, for every K, or all allocations from it on.
+
+Each must end with the whole result and status 0, or with part of it, a message and status 2. LIBRARY makes the calls fail. FAULT_STEP=1 in the
+environment tries every allocation, not each fifth.
+"""
+
+import concurrent.futures
+import errno
+import os
+import subprocess
+import sys
+import tempfile
+
+KGLOB, LIBRARY = sys.argv[1:3]
+MEMORY_STEP = int(os.environ.get("FAULT_STEP", "5"))
+FILES = ["1.csv", "a/2.csv", "a/sub/deep/3.csv", "b/new\nline/4.csv", "b/*", "b/caf\udcff/5.csv", ".dot/6.csv", "other/deep/7.csv"]
+LINKS = {"folder": "a/sub", "b/up": "..", "b/file": "../1.csv", "nowhere": "no/thing", "itself": "itself", "a/far": "../other", "chain": "folder"}
+WIDE = ["../wide/%02d/%d.csv" % (number, number) for number in range(60)]  # enough for a search to start a thread
+SEARCHES = [["-d", "**"], ["**/*.csv", "*/"], ["chain/deep/*", "a/2.csv", "b/*/*/"], ["-r", "../wide", "**/*.csv"]]
+DISK_ERRORS = ["EIO", "ESTALE", "EINTR", "ENOMEM", "EMFILE", "EACCES", "ELOOP", "ENOTCONN"]
+FAULTS = {"open": DISK_ERRORS, "getdents": DISK_ERRORS[:4], "stat": DISK_ERRORS, "memory": ["ENOMEM"], "thread": ["EAGAIN"]}
+
+
+def run(tree, search, faults):
+    """Status, matches, messages, and whether the fault was reached."""
+    end, other = os.pipe()
+    environment = {"LANG": "C.UTF-8", "LD_PRELOAD": LIBRARY, "FAULT_SEEN": str(other), **faults}
+    try:
+        done = subprocess.run([KGLOB, "-0", *search], env=environment, cwd=tree, pass_fds=[other], capture_output=True, timeout=30, check=False)
+        result = done.returncode, done.stdout.split(b"\0"), done.stderr.decode(errors="replace")
+    except subprocess.TimeoutExpired:
+        result = "none after 30 s", [b""], ""
+    os.close(other)
+    with os.fdopen(end, "rb") as seen:
+        return *result, seen.read() != b""
+
+
+def problem(expected, status, output, errors):
+    """What is wrong with the end of a search; nothing where all is right. What follows the last NUL, nothing, is in both lists."""
+    rest = iter(expected)
+    isPart = all(match in rest for match in output)
+    if isPart and ((status, output) == (0, expected) or (status == 2 and errors.startswith("kglob: "))):
+        return ""
+    return "status %s, %s%d of %d matches, %s" % (status, "" if isPart else "wrong ones, ", len(output) - 1, len(expected) - 1, repr(errors))
+
+
+def try_all(tree, search, expected, faults, step):
+    """The faults of the kind that end wrong, each as a line, and the number of calls."""
+    wrong, number = [], 1
+    while True:
+        now = {**faults, "FAULT_AT": str(number)}
+        *result, reached = run(tree, search, now)
+        if not reached:
+            return wrong, number - 1
+        if trouble := problem(expected, *result):
+            wrong.append("%s kglob %s: %s" % (" ".join("=".join(each) for each in now.items()), search, trouble))
+        number += step
+
+
+def make(tree):
+    for path in FILES + WIDE:
+        os.makedirs(os.path.dirname(os.path.join(tree, path)), exist_ok=True)
+        with open(os.path.join(tree, path), "wb"):
+            pass
+    for path, target in LINKS.items():
+        os.symlink(target, os.path.join(tree, path))
+
+
+def main():
+    with tempfile.TemporaryDirectory(prefix="kglob-faults-") as folder, concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        make(tree := os.path.join(folder, "tree"))
+        tries = []
+        for search in SEARCHES:
+            expected = run(tree, search, {})[1]
+            for untyped in [{}, {"UNTYPED": "1"}]:
+                result = run(tree, search, untyped)[:3]
+                assert result == (0, expected, "") and len(expected) > 5, (search, untyped, result)
+                kinds = [{**untyped, "FAULT_CALL": call, "FAULT_ERROR": str(getattr(errno, error))} for call, all in FAULTS.items() for error in all]
+                kinds += [{**kind, "FAULT_ON": "1"} for kind in kinds if kind["FAULT_CALL"] == "memory"]
+                tries += [(tree, search, expected, kind, MEMORY_STEP if kind["FAULT_CALL"] == "memory" else 1) for kind in kinds]
+        ended = list(pool.map(lambda one: try_all(*one), tries))
+    wrong = [line for lines, _ in ended for line in lines]
+    calls = {call: sum(count for one, (_, count) in zip(tries, ended) if one[3]["FAULT_CALL"] == call) for call in FAULTS}
+    print("\n".join([*wrong, "%d searches ended wrong; calls that were made to fail: %s" % (len(wrong), calls)]))
+    return 1 if wrong or not all(calls.values()) else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
