@@ -32,7 +32,8 @@ void checkParts(AbsoluteIRI const& iri) {
 
   AbsoluteIRI const parent = iri.getParent();
   require(iri.hasParent() ? parent.toString().size() < iri.toString().size() : parent == iri);
-  if (iri.hasParent()) require(AbsoluteIRI(parent, iri.getName()).getResolvedIRI() == resolved);
+  if (iri.hasParent())
+    require(parent.encodedPath().starts_with(u'/') && AbsoluteIRI(parent, iri.getName()).getResolvedIRI() == resolved);
 
   auto const path = fromAbsoluteIRI(iri);
   require(fromAbsoluteIRI(vfs::toAbsoluteIRI(iri.getScheme(), path)).native() == path.native());

@@ -37,7 +37,7 @@ void checkAddress(std::string const& url) {
 
 void checkConfiguration(FuzzedDataProvider& input) {
   std::string const region = takeBytes(input, 8);
-  std::string const endpoint = takeBytes(input);
+  std::string const endpoint = input.PickValueInArray({"", "http://", "https://h"}) + takeBytes(input, 16);
   std::string const bucket = takeBytes(input, 8);
   std::string const file = input.ConsumeRemainingBytesAsString();
   auto const environment = [&](std::string const& name) {
