@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -10,9 +11,11 @@
 
 namespace korvan::fuzz {
 
-/// What must hold for every input; the fuzzer reports the input for which it doesn't.
-inline void require(bool holds) {
-  if (!holds) std::abort();
+/// What must hold for every input; the fuzzer saves the input for which it doesn't.
+inline void require(bool holds, int line = __builtin_LINE()) {
+  if (holds) return;
+  static_cast<void>(std::fprintf(stderr, "the check in line %d fails\n", line));
+  std::abort();
 }
 
 /// At most `longest` bytes of the input.

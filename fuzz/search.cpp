@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   options.subtreePage = isFlat ? input.ConsumeIntegralInRange<std::size_t>(1, 5) : 0;
   options.marksEveryFolder = input.ConsumeBool();
   options.kindsUnsaid = input.ConsumeBool();
-  std::string const pattern = fuzz::takeCharacters(input, 12);
+  std::string const pattern = fuzz::takeCharacters(input, 16);
   if (pattern.starts_with('/') || foundation::storage::vfs::hasIRIPrefix(test::toText(pattern))) return 0;
   if (isFlat && test::hasDotOrEmptySegment(pattern)) return 0;  // such a store has no such folders
 

@@ -49,6 +49,7 @@ void checkConfiguration(FuzzedDataProvider& input) {
   try {
     auto const configuration = s3::makeConfiguration(environment, files);
     require(!hasControl(configuration.endpoint) && !configuration.endpoint.ends_with('/'));
+    require(endpoint.find('\0') == std::string::npos);
     checkAddress(s3::bucketUrl(configuration, bucket));
   } catch (s3::ConfigurationError const& error) {
     require(std::string(error.what()).find(secret) == std::string::npos);
