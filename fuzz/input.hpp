@@ -11,7 +11,7 @@
 
 namespace korvan::fuzz {
 
-/// What must hold for every input; the fuzzer saves the input for which it doesn't.
+/// Ends the program unless the condition holds; the fuzzer then saves the input.
 inline void require(bool holds, int line = __builtin_LINE()) {
   if (holds) return;
   static_cast<void>(std::fprintf(stderr, "the check in line %d fails\n", line));
@@ -23,7 +23,7 @@ inline std::string takeBytes(FuzzedDataProvider& input, std::size_t longest = 64
   return input.ConsumeRandomLengthString(longest);
 }
 
-/// A text of arbitrary units, or one made from bytes, as names and arguments are.
+/// A text of arbitrary code units, or one converted from bytes, as names and arguments are.
 inline std::u16string takeText(FuzzedDataProvider& input) {
   if (input.ConsumeBool()) return test::toText(takeBytes(input));
   std::u16string text;

@@ -12,7 +12,7 @@ namespace {
 namespace vfs = foundation::storage::vfs;
 using vfs::AbsoluteIRI;
 
-// The IRI, or nothing where the text names no place.
+// Nothing if there is no such IRI.
 template <class... Parts>
 std::optional<AbsoluteIRI> parsed(Parts const&... parts) {
   try {

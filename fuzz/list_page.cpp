@@ -34,7 +34,7 @@ std::string percentEncoded(std::string const& bytes) {
   return parameter;
 }
 
-// A page as a store writes it.
+// The page as a store would send it.
 std::string bodyOf(s3::ListPage const& page) {
   std::string body = "<ListBucketResult><EncodingType>url</EncodingType><IsTruncated>";
   body += page.truncated ? "true" : "false";
@@ -57,7 +57,7 @@ s3::ListPage takePage(FuzzedDataProvider& input) {
   return page;
 }
 
-// Pages that are accepted hold what was asked for, and each goes further than the one before.
+// Accepted pages contain only what was requested, and each gets further than the one before.
 void checkListing(FuzzedDataProvider& input) {
   std::string const prefix = takeBytes(input, 2);
   bool const delimited = input.ConsumeBool();
@@ -87,7 +87,7 @@ void checkListing(FuzzedDataProvider& input) {
 }  // namespace
 }  // namespace korvan::fuzz
 
-/// Any body is a page or refused, a page comes back as it was written, and accepted pages are one listing.
+/// Any body is either read or refused, a well-formed page is read as it was written, and accepted pages form one listing.
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   using namespace korvan::fuzz;
   FuzzedDataProvider input(data, size);

@@ -5,7 +5,7 @@
 #include "fuzz/input.hpp"
 #include "support/oracle.hpp"
 
-/// The filter of listings agrees with a matcher that tries everything.
+/// The filter agrees with a matcher that tries every possibility.
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   using korvan::fuzz::require;
   FuzzedDataProvider input(data, size);

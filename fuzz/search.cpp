@@ -14,7 +14,7 @@ namespace {
 using test::MemoryProvider;
 using test::Tree;
 
-// Characters that patterns, paths or encodings could trip over; few, so that patterns and names meet.
+// Characters with a meaning in patterns, paths or encodings; few, so that patterns often match names.
 std::string takeCharacters(FuzzedDataProvider& input, std::size_t longest) {
   constexpr std::string_view characters = "aaab..***///%?:\xC3\xA9\xFF";
   std::string text;
@@ -47,7 +47,7 @@ Tree takeTree(FuzzedDataProvider& input, bool links) {
 }  // namespace
 }  // namespace korvan::fuzz
 
-/// A search of a tree gives what the slow matcher gives, as a store of folders or of flat keys, in a session and without.
+/// A search finds what the slow matcher finds, in a store with folders or with flat keys, with and without a session.
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   using namespace korvan;
   FuzzedDataProvider input(data, size);
@@ -61,7 +61,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   options.kindsUnsaid = input.ConsumeBool();
   std::string const pattern = fuzz::takeCharacters(input, 16);
   if (pattern.starts_with('/') || foundation::storage::vfs::hasIRIPrefix(test::toText(pattern))) return 0;
-  if (isFlat && test::hasDotOrEmptySegment(pattern)) return 0;  // such a store has no such folders
+  if (isFlat && test::hasDotOrEmptySegment(pattern)) return 0;  // a flat store has no such folders
 
   test::Tree const tree = fuzz::takeTree(input, !isFlat);
   test::ServedScheme const store(u"store", std::make_shared<test::MemoryProvider>(tree, options));

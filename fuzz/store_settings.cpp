@@ -19,20 +19,27 @@ bool hasControl(std::string const& text) {
   return std::any_of(text.begin(), text.end(), [](char c) { return (c >= 0 && c <= ' ') || c == 0x7F; });
 }
 
-// A bucket's URL is read by the library that sends requests as this code means it: one host, no user, no query.
-void checkAddress(std::string const& url) {
+// The host that libcurl would send a request for the URL to; empty if it refuses the URL.
+std::string hostOf(std::string const& url) {
   std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> const parts(curl_url(), curl_url_cleanup);
-  if (curl_url_set(parts.get(), CURLUPART_URL, url.c_str(), 0) != CURLUE_OK) return;
+  if (curl_url_set(parts.get(), CURLUPART_URL, url.c_str(), 0) != CURLUE_OK) return {};
   for (CURLUPart const unwanted : {CURLUPART_USER, CURLUPART_PASSWORD, CURLUPART_QUERY, CURLUPART_FRAGMENT}) {
     char* part = nullptr;
     require(curl_url_get(parts.get(), unwanted, &part, 0) != CURLUE_OK);
   }
   char* host = nullptr;
   require(curl_url_get(parts.get(), CURLUPART_HOST, &host, 0) == CURLUE_OK);
-  std::string const name = host;
-  curl_free(host);
-  std::size_t const begin = url.find("://") + 3;
-  require(url.substr(begin, url.find('/', begin) - begin).starts_with(name));
+  std::unique_ptr<char, decltype(&curl_free)> const owner(host, curl_free);
+  return host;
+}
+
+// No bucket's name leads a request to another host.
+void checkHost(s3::Configuration const& configuration, std::string const& bucket) {
+  std::string const host = hostOf(s3::bucketUrl(configuration, bucket));
+  if (configuration.endpoint.empty())
+    require(host.empty() || host.ends_with('.' + configuration.region + ".amazonaws.com"));
+  else
+    require(host == hostOf(configuration.endpoint));
 }
 
 void checkConfiguration(FuzzedDataProvider& input) {
@@ -50,13 +57,13 @@ void checkConfiguration(FuzzedDataProvider& input) {
     auto const configuration = s3::makeConfiguration(environment, files);
     require(!hasControl(configuration.endpoint) && !configuration.endpoint.ends_with('/'));
     require(endpoint.find('\0') == std::string::npos);
-    checkAddress(s3::bucketUrl(configuration, bucket));
+    checkHost(configuration, bucket);
   } catch (s3::ConfigurationError const& error) {
     require(std::string(error.what()).find(secret) == std::string::npos);
   }
 }
 
-// A file read line by line gives the same settings as when the same lines end in CR LF.
+// Line ends make no difference: CR LF gives the same settings as LF.
 void checkProfiles(std::string text) {
   auto const profiles = s3::parseProfileFile(text);
   for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2) text.insert(at, "\r");
@@ -68,7 +75,7 @@ void checkProfiles(std::string text) {
 }  // namespace
 }  // namespace korvan::fuzz
 
-/// Files of profiles and addresses of stores: each is refused without a secret, or is what requests are sent to.
+/// Profile files and endpoints: each is either refused, without the message quoting a secret, or used as it was meant.
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   FuzzedDataProvider input(data, size);
   if (input.ConsumeBool())

@@ -1,7 +1,7 @@
 #include "foundation/core/text/escape.hpp"
 #include "fuzz/input.hpp"
 
-/// Bytes become text and back without loss, and what is shown on one line has nothing left to escape.
+/// Bytes are converted to text and back without loss, and an escaped line has nothing left to escape.
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   using namespace foundation::core::text;
   using korvan::fuzz::require;

@@ -1,6 +1,6 @@
-// Preloaded into a program, makes calls fail that it issues from main() on: the FAULT_AT-th call of the kind FAULT_CALL (open, getdents, stat,
-// memory, thread), by the errno FAULT_ERROR, and with FAULT_ON set all that follow it. One byte is written to the descriptor FAULT_SEEN when the
-// first of them fails. With UNTYPED set, folders don't tell what their entries are.
+// Preloaded into a program, makes calls fail that the program makes after main() has begun: the call number FAULT_AT of the kind FAULT_CALL (open,
+// getdents, stat, memory, thread), with the errno FAULT_ERROR, and all later ones too if FAULT_ON is set. Writes one byte to the descriptor FAULT_SEEN
+// when the first of them fails. If UNTYPED is set, folders don't report the types of their entries.
 
 #include <atomic>
 #include <cerrno>

@@ -1,7 +1,7 @@
-"""failing_calls_test.py KGLOB LIBRARY: searches of a disk in which the K-th system call or allocation fails, for every K, or all allocations from it on.
+"""failing_calls_test.py KGLOB LIBRARY: searches during which one system call or allocation fails, for each call in turn, or all allocations from one on.
 
-Each must end with the whole result and status 0, or with part of it, a message and status 2. LIBRARY makes the calls fail. FAULT_STEP=1 in the
-environment tries every allocation, not each fifth.
+Each search must end with all matches and status 0, or with some of them, a message and status 2. LIBRARY makes the calls fail. Of the allocations every
+fifth is tried; with FAULT_STEP=1 in the environment, every one.
 """
 
 import concurrent.futures
@@ -36,7 +36,7 @@ def run(tree, search, faults):
 
 
 def problem(expected, status, output, errors):
-    """What is wrong with the end of a search; nothing where all is right. What follows the last NUL, nothing, is in both lists."""
+    """What is wrong with the result; empty if nothing is. Both lists end with what follows the last NUL, the empty text."""
     rest = iter(expected)
     isPart = all(match in rest for match in output)
     if isPart and ((status, output) == (0, expected) or (status == 2 and errors.startswith("kglob: "))):
@@ -45,7 +45,7 @@ def problem(expected, status, output, errors):
 
 
 def try_all(tree, search, expected, faults, step):
-    """The faults of the kind that end wrong, each as a line, and the number of calls."""
+    """A line for each search that ends wrong, and the number of calls."""
     wrong, number = [], 1
     while True:
         now = {**faults, "FAULT_AT": str(number)}
