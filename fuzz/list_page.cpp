@@ -14,7 +14,7 @@ namespace s3 = foundation::storage::s3;
 std::optional<s3::ListPage> parsed(std::string const& body) {
   try {
     return s3::parseListPage(body);
-  } catch (s3::BadPage const&) {
+  } catch (s3::MalformedPage const&) {
     return std::nullopt;
   }
 }
@@ -23,7 +23,7 @@ bool isAccepted(s3::PageCheck& check, s3::ListPage const& page) {
   try {
     check.accept(page);
     return true;
-  } catch (s3::BadPage const&) {
+  } catch (s3::MalformedPage const&) {
     return false;
   }
 }
@@ -87,7 +87,8 @@ void checkListing(FuzzedDataProvider& input) {
 }  // namespace
 }  // namespace korvan::fuzz
 
-/// Any body is either read or refused, a well-formed page is read as it was written, and accepted pages form one listing.
+/// Any body is either read or refused, a well-formed page is read as it was written, and accepted pages form one
+/// listing.
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   using namespace korvan::fuzz;
   FuzzedDataProvider input(data, size);

@@ -1,6 +1,7 @@
-// Preloaded into a program, makes calls fail that the program makes after main() has begun: the call number FAULT_AT of the kind FAULT_CALL (open,
-// getdents, stat, memory, thread), with the errno FAULT_ERROR, and all later ones too if FAULT_ON is set. Writes one byte to the descriptor FAULT_SEEN
-// when the first of them fails. If UNTYPED is set, folders don't report the types of their entries.
+// Preloaded into a program, makes calls fail that the program makes after main() has begun: the call number FAULT_AT of
+// the kind FAULT_CALL (open, getdents, stat, memory, thread), with the errno FAULT_ERROR, and all later ones too if
+// FAULT_ON is set. Writes one byte to the descriptor FAULT_SEEN when the first of them fails. If UNTYPED is set, folders
+// don't report the types of their entries.
 
 #include <atomic>
 #include <cerrno>
