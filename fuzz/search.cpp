@@ -27,7 +27,7 @@ Tree takeTree(FuzzedDataProvider& input, bool links) {
   Tree tree;
   tree.addFolder(Tree::searchRoot);
   std::vector<std::string> folders{Tree::searchRoot};
-  for (unsigned entries = input.ConsumeIntegralInRange(0U, 10U); entries > 0; --entries) {
+  for (unsigned entries = input.ConsumeIntegralInRange(0U, 8U); entries > 0; --entries) {
     std::string name = takeCharacters(input, 3);
     std::erase(name, '/');
     if (name.empty() || name == "." || name == "..") continue;
