@@ -23,7 +23,8 @@ std::string takeCharacters(FuzzedDataProvider& input, std::size_t longest) {
   return text;
 }
 
-Tree takeTree(FuzzedDataProvider& input, bool links) {
+// Of at most so many links: with each, the ways through the tree multiply.
+Tree takeTree(FuzzedDataProvider& input, unsigned links) {
   Tree tree;
   tree.addFolder(Tree::searchRoot);
   std::vector<std::string> folders{Tree::searchRoot};
@@ -34,9 +35,12 @@ Tree takeTree(FuzzedDataProvider& input, bool links) {
     auto const any = [&] { return folders[input.ConsumeIntegralInRange<std::size_t>(0, folders.size() - 1)]; };
     std::string const path = any() + '/' + name;
     if (tree.resolve(path, false)) continue;
-    unsigned const kind = input.ConsumeIntegralInRange(0U, links ? 3U : 2U);
+    unsigned const kind = input.ConsumeIntegralInRange(0U, links == 0 ? 2U : 3U);
     if (kind == 0) tree.addFile(path);
-    if (kind == 3) tree.addLink(path, any() + '/' + takeCharacters(input, 2));
+    if (kind == 3) {
+      tree.addLink(path, any() + '/' + takeCharacters(input, 2));
+      --links;
+    }
     if (kind != 1 && kind != 2) continue;
     tree.addFolder(path);
     folders.push_back(path);
@@ -63,7 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   if (pattern.starts_with('/') || foundation::storage::vfs::hasIRIPrefix(test::toText(pattern))) return 0;
   if (isFlat && test::hasDotOrEmptySegment(pattern)) return 0;  // a flat store has no such folders
 
-  test::Tree const tree = fuzz::takeTree(input, !isFlat);
+  test::Tree const tree = fuzz::takeTree(input, isFlat ? 0 : 3);
   test::ServedScheme const store(u"store", std::make_shared<test::MemoryProvider>(tree, options));
   auto const root = test::toText((isFlat ? "store://" : "store:///") + test::Tree::searchRoot);
   std::optional<foundation::storage::vfs::ReadSession> session;

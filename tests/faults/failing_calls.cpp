@@ -1,7 +1,7 @@
 // Preloaded into a program, makes calls fail that the program makes after main() has begun: the call number FAULT_AT of
-// the kind FAULT_CALL (open, getdents, stat, memory, thread), with the errno FAULT_ERROR, and all later ones too if
-// FAULT_ON is set. Writes one byte to the descriptor FAULT_SEEN when the first of them fails. If UNTYPED is set, folders
-// don't report the types of their entries.
+// the kind FAULT_CALL (open, getdents, stat, readlink, memory, thread), with the errno FAULT_ERROR, and all later ones
+// too if FAULT_ON is set. Writes one byte to the descriptor FAULT_SEEN when the first of them fails. If UNTYPED is set,
+// folders don't report the types of their entries.
 
 #include <atomic>
 #include <cerrno>
@@ -144,6 +144,13 @@ int fstatat(int folder, char const* path, struct stat* status, int flags) {
 }
 int statx(int folder, char const* path, int flags, unsigned mask, struct statx* status) {
   return fails("stat") ? -1 : static_cast<int>(systemCall(SYS_statx, folder, path, flags, mask, status));
+}
+
+ssize_t readlink(char const* path, char* target, std::size_t size) {
+  return readlinkat(AT_FDCWD, path, target, size);
+}
+ssize_t readlinkat(int folder, char const* path, char* target, std::size_t size) {
+  return fails("readlink") ? -1 : systemCall(SYS_readlinkat, folder, path, target, size);
 }
 
 long syscall(long number, ...) {
