@@ -62,7 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   options.authority = isFlat ? test::MemoryProvider::Authority::required : test::MemoryProvider::Authority::empty;
   options.subtreePage = isFlat ? input.ConsumeIntegralInRange<std::size_t>(1, 5) : 0;
   options.marksEveryFolder = input.ConsumeBool();
-  options.kindsUnsaid = input.ConsumeBool();
+  options.hidesKinds = input.ConsumeBool();
   std::string const pattern = fuzz::takeCharacters(input, 16);
   if (pattern.starts_with('/') || foundation::storage::vfs::hasIRIPrefix(test::toText(pattern))) return 0;
   if (isFlat && test::hasDotOrEmptySegment(pattern)) return 0;  // a flat store has no such folders
