@@ -15,12 +15,6 @@ namespace {
 
 std::string const& searchRoot = Tree::searchRoot;
 
-bool hasDotOrEmptySegment(std::string const& pattern) {
-  std::string const bounded = "/" + pattern + "/";
-  return bounded.find("//", 1) + 2 < bounded.size() || bounded.find("/./") != std::string::npos ||
-         bounded.find("/../") != std::string::npos;
-}
-
 // The same search, with the pattern written as an IRI below the root.
 void expectIRISearch(Tree const& tree, std::string const& pattern, std::string const& root, bool dots) {
   if (pattern.empty() || pattern.front() == '/') return;

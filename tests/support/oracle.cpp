@@ -110,6 +110,12 @@ bool nameMatches(std::string_view name, std::string_view segment) {
   return textMatches(toText(name), toText(segment));
 }
 
+bool hasDotOrEmptySegment(std::string const& pattern) {
+  std::string const bounded = "/" + pattern + "/";
+  return bounded.find("//", 1) + 2 < bounded.size() || bounded.find("/./") != std::string::npos ||
+         bounded.find("/../") != std::string::npos;
+}
+
 std::string encodedForIRI(std::string_view bytes) {
   std::u16string written;
   auto const encode = [&](unsigned byte) {

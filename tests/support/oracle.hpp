@@ -16,6 +16,9 @@ std::vector<std::string> expectedMatches(Tree const& tree, std::string const& ro
 /// Whether the name matches the segment, in which "*" is any run of characters.
 bool nameMatches(std::string_view name, std::string_view segment);
 
+/// Whether the pattern has an empty, "." or ".." segment, which a store of flat keys has no folder for.
+bool hasDotOrEmptySegment(std::string const& pattern);
+
 /// Bytes as they are written in the path of an IRI, percent-encoded where necessary.
 std::string encodedForIRI(std::string_view bytes);
 

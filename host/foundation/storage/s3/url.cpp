@@ -62,6 +62,7 @@ std::optional<std::string> percentDecode(std::string_view text) {
 }
 
 std::optional<std::string> normalizedEndpoint(std::string const& text) {
+  if (text.find('\0') != std::string::npos) return std::nullopt;  // libcurl would see no more than what precedes it
   std::unique_ptr<CURLU, FreeUrl> const url(curl_url());
   if (!url) throw std::bad_alloc();
   if (curl_url_set(url.get(), CURLUPART_URL, text.c_str(), CURLU_PATH_AS_IS | CURLU_DISALLOW_USER) != CURLUE_OK)
