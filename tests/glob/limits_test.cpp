@@ -1,4 +1,5 @@
 #include <memory>
+#include <optional>
 #include <random>
 #include <string>
 
@@ -55,6 +56,22 @@ TEST(Limits, APatternOfAMillionSegmentsEndsOnASmallStack) {
   };
   for (auto const& [pattern, matches] : cases) {
     onSmallStack([&] { EXPECT_EQ(search(pattern, folder.path()), matches) << pattern.substr(0, 20); });
+  }
+}
+
+TEST(Limits, ADeepTreeEndsOnASmallStack) {
+  constexpr int levels = 2000;  // about as deep as a path can name
+  TemporaryFolder const folder;
+  Tree tree;
+  tree.addFile(repeated("d/", levels) + "x");
+  tree.writeTo(folder);
+  for (bool const inSession : {false, true}) {
+    onSmallStack([&] {
+      std::optional<ReadSession> session;
+      if (inSession) session.emplace();
+      EXPECT_EQ(search("**/x", folder.path()), Strings{repeated("d/", levels) + "x"});
+      EXPECT_EQ(search("**", folder.path()).size(), levels + std::size_t{1});
+    });
   }
 }
 
