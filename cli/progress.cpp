@@ -16,6 +16,7 @@
 namespace kglob {
 namespace {
 
+using foundation::core::threads::MutexLock;
 using namespace std::chrono_literals;
 constexpr auto delay = 1s;
 constexpr auto period = 200ms;
@@ -59,7 +60,7 @@ Progress::Progress(foundation::storage::vfs::Activity const& activity) : activit
 Progress::~Progress() {
   if (!thread_.joinable()) return;
   {
-    std::lock_guard const lock(mutex_);
+    MutexLock const lock(mutex_);
     end_ = true;
   }
   ended_.notify_one();
@@ -67,10 +68,10 @@ Progress::~Progress() {
 }
 
 void Progress::run() {
-  std::unique_lock lock(mutex_);
+  MutexLock lock(mutex_);
   bool shown = false;
-  for (auto wait = std::chrono::milliseconds(delay); !ended_.wait_for(lock, wait, [this] { return end_; });
-       wait = period) {
+  auto const ended = [this]() KORVAN_REQUIRES(mutex_) { return end_; };
+  for (auto wait = std::chrono::milliseconds(delay); !ended_.wait_for(lock.forWaiting(), wait, ended); wait = period) {
     if (!inForeground()) continue;
     // No allocation: nothing could handle its failure on this thread.
     std::array<char, 128> line;

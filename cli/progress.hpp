@@ -1,9 +1,9 @@
 #pragma once
 
 #include <condition_variable>
-#include <mutex>
 #include <thread>
 
+#include "foundation/core/threads/mutex.hpp"
 #include "foundation/storage/vfs/read_session.hpp"
 
 namespace kglob {
@@ -22,9 +22,9 @@ class Progress {
   void run();
 
   foundation::storage::vfs::Activity const& activity_;
-  std::mutex mutex_;
+  foundation::core::threads::Mutex mutex_;
   std::condition_variable ended_;
-  bool end_ = false;
+  bool end_ KORVAN_GUARDED_BY(mutex_) = false;
   std::thread thread_;
 };
 

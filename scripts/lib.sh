@@ -7,6 +7,9 @@ build_packages=(cmake ninja-build g++ pkg-config libpcre2-dev libboost-dev libcl
 
 test_packages=(python3-swift openssl)
 
+# The second compiler that the code must build with.
+clang_packages=(clang)
+
 # The tools that kglob is compared with, and strace, which counts its system calls.
 bench_packages=(fd-find ripgrep zsh rclone s3cmd strace)
 

@@ -54,8 +54,8 @@ TEST(Limits, APatternOfAMillionSegmentsEndsOnASmallStack) {
       {iri + "/*/" + repeated("%62*/", many), {}},
       {iri + "/*" + std::string(many, '/') + "e/x", {iri + "/d/e/x"}},
   };
-  for (auto const& [pattern, matches] : cases) {
-    onSmallStack([&] { EXPECT_EQ(search(pattern, folder.path()), matches) << pattern.substr(0, 20); });
+  for (auto const& test : cases) {
+    onSmallStack([&] { EXPECT_EQ(search(test.pattern, folder.path()), test.matches) << test.pattern.substr(0, 20); });
   }
 }
 

@@ -43,11 +43,11 @@ ListPage Client::list(ListRequest const& request, PageCheck& check, vfs::Absolut
 
 RequestOutcome Client::get(std::string const& url) {
   {
-    std::lock_guard const lock(circuitMutex_);
+    core::threads::MutexLock const lock(circuitMutex_);
     if (openCircuit_ && clock_.now() < circuitOpenUntil_) return *openCircuit_;
   }
   RequestOutcome outcome = getWithRetries(*transport_, clock_, policy_, url);
-  std::lock_guard const lock(circuitMutex_);
+  core::threads::MutexLock const lock(circuitMutex_);
   auto const* const failure = std::get_if<Failure>(&outcome.last);
   if (failure == nullptr || failure->kind == Failure::Kind::permanent) {
     openCircuit_.reset();

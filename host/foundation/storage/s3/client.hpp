@@ -2,10 +2,10 @@
 
 #include <chrono>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
+#include "foundation/core/threads/mutex.hpp"
 #include "foundation/storage/s3/configuration.hpp"
 #include "foundation/storage/s3/list_page.hpp"
 #include "foundation/storage/s3/retry.hpp"
@@ -46,10 +46,11 @@ class Client {
   std::unique_ptr<Transport> transport_;
   Clock& clock_;
 
-  std::mutex circuitMutex_;                    // guards the members below
-  unsigned failuresInARow_ = 0;                // requests without a response
-  std::optional<RequestOutcome> openCircuit_;  // the outcome of every request while the circuit is open
-  std::chrono::milliseconds circuitOpenUntil_{0};
+  core::threads::Mutex circuitMutex_;
+  unsigned failuresInARow_ KORVAN_GUARDED_BY(circuitMutex_) = 0;  // requests without a response
+  // The outcome of every request while the circuit is open.
+  std::optional<RequestOutcome> openCircuit_ KORVAN_GUARDED_BY(circuitMutex_);
+  std::chrono::milliseconds circuitOpenUntil_ KORVAN_GUARDED_BY(circuitMutex_){0};
 };
 
 }  // namespace foundation::storage::s3

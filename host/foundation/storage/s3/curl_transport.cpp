@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <exception>
 #include <memory>
-#include <mutex>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -12,6 +11,7 @@
 #include <curl/curl.h>
 
 #include "foundation/core/text/ascii.hpp"
+#include "foundation/core/threads/mutex.hpp"
 #include "foundation/storage/vfs/read_session.hpp"
 #include "quindarel/interrupt/interrupt_poll.hpp"
 
@@ -60,7 +60,7 @@ class ConnectionPool {
 
   std::unique_ptr<Connection> acquire() {
     {
-      std::lock_guard const lock(mutex_);
+      core::threads::MutexLock const lock(mutex_);
       if (!idle_.empty()) {
         auto connection = std::move(idle_.back());
         idle_.pop_back();
@@ -73,13 +73,13 @@ class ConnectionPool {
   }
 
   void release(std::unique_ptr<Connection> connection) {
-    std::lock_guard const lock(mutex_);
+    core::threads::MutexLock const lock(mutex_);
     idle_.push_back(std::move(connection));
   }
 
  private:
-  std::mutex mutex_;
-  std::vector<std::unique_ptr<Connection>> idle_;
+  core::threads::Mutex mutex_;
+  std::vector<std::unique_ptr<Connection>> idle_ KORVAN_GUARDED_BY(mutex_);
 };
 
 /// A request in progress on a connection, and the response as far as it has been received.

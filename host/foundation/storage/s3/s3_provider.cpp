@@ -63,7 +63,7 @@ vfs::PathKind lookUpKind(Client& client, ObjectLocation const& target, vfs::Abso
 Provider::Provider(MakeClient makeClient) : makeClient_(std::move(makeClient)) {}
 
 Client& Provider::client(vfs::AbsoluteIRI const& location) {
-  std::lock_guard const lock(mutex_);
+  core::threads::MutexLock const lock(mutex_);
   try {
     if (!client_) client_ = makeClient_();
   } catch (ConfigurationError const& error) {

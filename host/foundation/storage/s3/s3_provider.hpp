@@ -2,10 +2,10 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string_view>
 
+#include "foundation/core/threads/mutex.hpp"
 #include "foundation/storage/s3/client.hpp"
 #include "foundation/storage/vfs/provider.hpp"
 
@@ -41,8 +41,8 @@ class Provider : public vfs::Provider {
   Client& client(vfs::AbsoluteIRI const& location);
 
   MakeClient makeClient_;
-  std::mutex mutex_;
-  std::unique_ptr<Client> client_;
+  core::threads::Mutex mutex_;
+  std::unique_ptr<Client> client_ KORVAN_GUARDED_BY(mutex_);
 };
 
 }  // namespace foundation::storage::s3

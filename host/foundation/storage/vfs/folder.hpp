@@ -14,7 +14,7 @@
 namespace foundation::storage::vfs {
 
 template <class T>
-class FolderListing;
+class KORVAN_HOST_EXPORT FolderListing;
 
 /// One entry of a listing, by name.
 class KORVAN_HOST_EXPORT ListEntry {

@@ -1,13 +1,13 @@
 #include "foundation/storage/vfs/storage_system.hpp"
 
 #include <map>
-#include <mutex>
 #include <utility>
 
 #include <dlfcn.h>
 #include <unistd.h>
 
 #include "foundation/core/text/bytes.hpp"
+#include "foundation/core/threads/mutex.hpp"
 #include "foundation/storage/file/file_provider.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
 
@@ -15,8 +15,8 @@ namespace foundation::storage::vfs {
 namespace {
 
 struct Registry {
-  std::mutex mutex;
-  std::map<std::u16string, std::shared_ptr<Provider>, std::less<>> providers;
+  core::threads::Mutex mutex;
+  std::map<std::u16string, std::shared_ptr<Provider>, std::less<>> providers KORVAN_GUARDED_BY(mutex);
 };
 
 // Never destroyed: another thread may still use a provider while the process ends.
@@ -64,7 +64,7 @@ StorageSystem& StorageSystem::instance() {
 std::shared_ptr<Provider> StorageSystem::provider(std::u16string_view scheme) {
   if (scheme == u"file") return fileProvider();
   Registry& known = registry();
-  std::lock_guard const lock(known.mutex);
+  core::threads::MutexLock const lock(known.mutex);
   auto found = known.providers.find(scheme);
   if (found == known.providers.end()) {
     found = known.providers.emplace(std::u16string(scheme), loadModule(scheme)).first;
@@ -74,7 +74,7 @@ std::shared_ptr<Provider> StorageSystem::provider(std::u16string_view scheme) {
 
 void StorageSystem::registerProvider(std::u16string const& scheme, std::shared_ptr<Provider> provider) {
   Registry& known = registry();
-  std::lock_guard const lock(known.mutex);
+  core::threads::MutexLock const lock(known.mutex);
   if (provider) {
     known.providers.insert_or_assign(scheme, std::move(provider));
   } else {
