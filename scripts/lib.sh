@@ -10,6 +10,9 @@ test_packages=(python3-swift openssl)
 # The second compiler that the code must build with.
 clang_packages=(clang)
 
+# What the fuzz targets are built with; libclang-rt-dev has the fuzzer and the sanitizers.
+fuzz_packages=("${clang_packages[@]}" libclang-rt-dev)
+
 # The tools that kglob is compared with, and strace, which counts its system calls.
 bench_packages=(fd-find ripgrep zsh rclone s3cmd strace)
 
