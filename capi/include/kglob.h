@@ -61,7 +61,7 @@ typedef enum kglob_status {
   KGLOB_INVALID_ARGUMENT = 3,    ///< a null pattern, or options that this library doesn't know
   KGLOB_INVALID_IRI = 4,         ///< a pattern or root folder begins like an IRI but isn't a valid one
   KGLOB_UNSUPPORTED_SCHEME = 5,  ///< no storage provider serves an IRI's scheme
-  KGLOB_NOT_FOUND = 6,           ///< something that has to exist doesn't: a bucket, the current folder
+  KGLOB_NOT_FOUND = 6,           ///< something that has to exist doesn't, such as the current folder
   KGLOB_PERMISSION_DENIED = 7,   ///< permission to look up or read a location is denied
   KGLOB_INACCESSIBLE = 8,        ///< a location can't be looked up or read for another reason
   KGLOB_INTERRUPTED = 9,         ///< ended by `kglob_cancel`
@@ -85,8 +85,8 @@ typedef struct kglob_failure {
   kglob_status status;
   const char* identifier;  ///< for programs, such as "KORVAN:virtualfilesystem:permissionDenied"
   const char* message;     ///< for people
-  const char* location;    ///< what it is about: a path or IRI, the text that isn't a valid IRI, the scheme that isn't served. Local
-                           ///< paths are absolute. It is an IRI if the pattern is one, or is relative to a root folder that is one.
+  const char* location;    ///< what it is about: a location, the text that isn't a valid IRI, the scheme that isn't served. A location
+                           ///< is an IRI if the pattern or the root folder is one, otherwise an absolute local path.
   const char* reason;      ///< what the system or the store reported, such as "Permission denied"
 } kglob_failure;
 
@@ -138,8 +138,8 @@ KGLOB_API const kglob_failure* kglob_next_failure(kglob_search* search);
 /// handlers.
 KGLOB_API void kglob_cancel(kglob_search* search);
 
-/// Sets the members of `*progress` that its size includes, those that this library doesn't know to 0. The counts only grow. For any
-/// thread; takes no system call.
+/// Sets the members of `*progress` that its size includes, those that this library doesn't know to 0. The counts only grow. Never waits
+/// for the search. For any thread.
 KGLOB_API void kglob_get_progress(const kglob_search* search, kglob_progress* progress);
 
 /// Frees the search and everything that it returned. Cancels a search that is still running and waits for its threads to end; see
