@@ -1,9 +1,8 @@
 // search_c FOLDER PATTERN: prints what matches the pattern in the folder, a path or an IRI, one match a line, as it is found. Folders that
 // can't be read are reported, and the exit status is then 2.
+#include <kglob.h>
 #include <stdio.h>
 #include <string.h>
-
-#include <kglob.h>
 
 int main(int argc, char** argv) {
   if (argc != 3) return 2;

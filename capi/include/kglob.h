@@ -70,24 +70,26 @@ typedef enum kglob_status {
 
 /// How to search. Initialised with `KGLOB_OPTIONS_INIT`; a member that is zero has its default.
 typedef struct kglob_options {
-  size_t size;                 ///< sizeof(kglob_options)
-  const char* root_folder;     ///< a local path or an IRI; null or empty: the process's current folder
-  size_t cache_bytes;          ///< bound of the cache of folders, about; when exceeded, folders are read again; 0: 256 MiB
+  size_t size;              ///< sizeof(kglob_options)
+  const char* root_folder;  ///< a local path or an IRI; null or empty: the process's current folder
+  size_t cache_bytes;       ///< bound of the cache of folders, about; when exceeded, folders are read again; 0: 256 MiB
   uint32_t include_dot_files;  ///< nonzero: wildcards also match names that begin with "."
   uint32_t reserved;           ///< must be 0
 } kglob_options;
 
 /// The defaults, to initialise `kglob_options` with.
-#define KGLOB_OPTIONS_INIT {sizeof(kglob_options), NULL, 0, 0, 0}
+#define KGLOB_OPTIONS_INIT \
+  { sizeof(kglob_options), NULL, 0, 0, 0 }
 
 /// An error that ended a search, or a folder that a search couldn't read. No text is null; one that there is nothing for is empty.
 typedef struct kglob_failure {
   kglob_status status;
   const char* identifier;  ///< for programs, such as "KORVAN:virtualfilesystem:permissionDenied"
   const char* message;     ///< for people
-  const char* location;    ///< what it is about: a location, the text that isn't a valid IRI, the scheme that isn't served. A location
-                           ///< is an IRI if the pattern or the root folder is one, otherwise an absolute local path.
-  const char* reason;      ///< what the system or the store reported, such as "Permission denied"
+  const char*
+      location;  ///< what it is about: a location, the text that isn't a valid IRI, the scheme that isn't served. A location
+                 ///< is an IRI if the pattern or the root folder is one, otherwise an absolute local path.
+  const char* reason;  ///< what the system or the store reported, such as "Permission denied"
 } kglob_failure;
 
 /// What a search has read so far.
