@@ -17,7 +17,8 @@
 
 namespace kglob {
 
-/// A search on a thread of its own, which owns the read session. The members are what `kglob.h` documents, for the same threads.
+/// A search on a thread of its own, which owns the read session. The members are what `kglob.h` documents, for the same
+/// threads.
 class RunningSearch {
  public:
   /// Throws `std::bad_alloc`; every other failure becomes the search's error.
@@ -34,7 +35,8 @@ class RunningSearch {
   /// Sets all members but the size.
   void readProgress(kglob_progress& progress) const;
 
-  /// Whether this process is a fork of the one that opened the search, so that the search's thread and its locks are not to be relied on.
+  /// Whether this process is a fork of the one that opened the search, so that the search's thread and its locks are
+  /// not to be relied on.
   bool isInFork() const noexcept;
 
  private:

@@ -49,7 +49,8 @@ kglob_status currentStatus() {
   }
 }
 
-// As the builtin reports it: what concerns the current folder with the host's message, everything else with the library's.
+// As the builtin reports it: what concerns the current folder with the host's message, everything else with the
+// library's.
 Quindarel::InterpreterError currentError(bool asIRI) {
   try {
     throw;

@@ -20,8 +20,9 @@ struct SearchFailure {
   }
 };
 
-/// The exception that is being handled, with the identifier and the message that the interpreter's builtin reports for it. To be called
-/// in an exception handler. Where `asIRI` is set the location is written as an IRI. Throws `std::bad_alloc`.
+/// The exception that is being handled, with the identifier and the message that the interpreter's builtin reports for
+/// it. To be called in an exception handler. Where `asIRI` is set the location is written as an IRI. Throws
+/// `std::bad_alloc`.
 SearchFailure describeCurrentException(bool asIRI);
 
 /// Lack of memory, described without any.

@@ -16,8 +16,9 @@ struct SearchRequest {
   bool usesIRIs;  ///< the pattern or the root folder is an IRI
 };
 
-/// The request that the arguments of `kglob_open` describe. Throws `std::invalid_argument` for a null pattern and for options that this
-/// library doesn't know, and what the path library and the storage layer throw for a root folder that can't be resolved.
+/// The request that the arguments of `kglob_open` describe. Throws `std::invalid_argument` for a null pattern and for
+/// options that this library doesn't know, and what the path library and the storage layer throw for a root folder that
+/// can't be resolved.
 SearchRequest makeRequest(char const* pattern, kglob_options const* options);
 
 }  // namespace kglob

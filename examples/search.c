@@ -1,5 +1,5 @@
-// search_c FOLDER PATTERN: prints what matches the pattern in the folder, a path or an IRI, one match a line, as it is found. Folders that
-// can't be read are reported, and the exit status is then 2.
+// search_c FOLDER PATTERN: prints what matches the pattern in the folder, a path or an IRI, one match a line, as it is
+// found. Folders that can't be read are reported, and the exit status is then 2.
 #include <kglob.h>
 #include <stdio.h>
 #include <string.h>

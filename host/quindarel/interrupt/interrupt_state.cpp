@@ -9,7 +9,8 @@ static_assert(std::atomic<bool>::is_always_lock_free, "the flag is set in signal
 
 thread_local utInterruptMode::Mode currentMode = utInterruptMode::on;
 
-// Polled for each entry of a listing. This TLS model makes that a plain load, where the default one makes it a function call.
+// Polled for each entry of a listing. This TLS model makes that a plain load, where the default one makes it a function
+// call.
 [[gnu::tls_model("initial-exec")]] thread_local std::atomic<bool> const* currentFlag = nullptr;
 
 }  // namespace
