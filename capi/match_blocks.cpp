@@ -7,9 +7,11 @@
 
 namespace kglob {
 
+using foundation::core::threads::MutexLock;
+
 bool MatchBlocks::add(std::u16string_view match) {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this] { return isClosed_ || filling_.size() < capacity; });
+  MutexLock lock(mutex_);
+  while (!isClosed_ && filling_.size() >= capacity) changed_.wait(lock.forWaiting());
   if (isClosed_) return false;
   std::size_t const before = filling_.size();
   try {
@@ -25,7 +27,7 @@ bool MatchBlocks::add(std::u16string_view match) {
 }
 
 void MatchBlocks::end() noexcept {
-  std::lock_guard const lock(mutex_);
+  MutexLock const lock(mutex_);
   hasEnded_ = true;
   changed_.notify_one();
 }
@@ -37,14 +39,14 @@ bool MatchBlocks::isDue(Clock::time_point now) const {
 std::optional<std::string_view> MatchBlocks::next(std::optional<std::chrono::milliseconds> timeout) {
   auto now = Clock::now();
   auto const giveUp = timeout ? now + *timeout : Clock::time_point::max();
-  std::unique_lock lock(mutex_);
+  MutexLock lock(mutex_);
   for (; !isDue(now); now = Clock::now()) {
     if (now >= giveUp) return std::nullopt;
     auto const until = filling_.empty() ? giveUp : std::min(due_, giveUp);
     if (until == Clock::time_point::max())
-      changed_.wait(lock);
+      changed_.wait(lock.forWaiting());
     else
-      changed_.wait_until(lock, until);
+      changed_.wait_until(lock.forWaiting(), until);
   }
   given_.clear();
   given_.swap(filling_);
@@ -54,7 +56,7 @@ std::optional<std::string_view> MatchBlocks::next(std::optional<std::chrono::mil
 }
 
 void MatchBlocks::close() noexcept {
-  std::lock_guard const lock(mutex_);
+  MutexLock const lock(mutex_);
   isClosed_ = true;
   changed_.notify_one();
 }

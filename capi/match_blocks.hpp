@@ -3,10 +3,12 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "foundation/core/threads/mutex.hpp"
+#include "foundation/core/threads/thread_annotations.hpp"
 
 namespace kglob {
 
@@ -34,16 +36,16 @@ class MatchBlocks {
 
  private:
   using Clock = std::chrono::steady_clock;
-  bool isDue(Clock::time_point now) const;
+  bool isDue(Clock::time_point now) const KORVAN_REQUIRES(mutex_);
 
-  std::mutex mutex_;
+  foundation::core::threads::Mutex mutex_;
   std::condition_variable changed_;  // only one of the two threads waits at a time
-  std::string filling_;
-  std::string given_;      // the consumer's alone
-  Clock::time_point due_;  // when the block that is being filled must be given
-  bool isFirst_ = true;    // no block has been given
-  bool hasEnded_ = false;
-  bool isClosed_ = false;
+  std::string filling_ KORVAN_GUARDED_BY(mutex_);
+  std::string given_;                                // the consumer's alone
+  Clock::time_point due_ KORVAN_GUARDED_BY(mutex_);  // when the block that is being filled must be given
+  bool isFirst_ KORVAN_GUARDED_BY(mutex_) = true;    // no block has been given
+  bool hasEnded_ KORVAN_GUARDED_BY(mutex_) = false;
+  bool isClosed_ KORVAN_GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace kglob

@@ -13,6 +13,7 @@ namespace kglob {
 namespace {
 
 namespace vfs = foundation::storage::vfs;
+using foundation::core::threads::MutexLock;
 
 void readActivity(kglob_progress& progress, vfs::Activity const& activity) {
   progress.folders = activity.folders;
@@ -79,7 +80,7 @@ void RunningSearch::takeFailures(ReadSession const& session, bool asIRI) {
       throw vfs::Exception(failures[failuresTaken_]);
     } catch (vfs::Exception const&) {
       SearchFailure failure = describeCurrentException(asIRI);
-      std::lock_guard const lock(mutex_);
+      MutexLock const lock(mutex_);
       failures_.push_back(std::move(failure));
     }
   }
@@ -103,14 +104,14 @@ void RunningSearch::setError(bool asIRI) noexcept {
 
 // The session to be asked for progress; null when it is about to be closed.
 void RunningSearch::setSession(ReadSession const* session) {
-  std::lock_guard const lock(mutex_);
+  MutexLock const lock(mutex_);
   if (session == nullptr) readActivity(lastProgress_, session_->activity());
   session_ = session;
 }
 
 void RunningSearch::readProgress(kglob_progress& progress) const {
   if (isInFork()) return;
-  std::lock_guard const lock(mutex_);
+  MutexLock const lock(mutex_);
   progress = lastProgress_;
   if (session_ != nullptr) readActivity(progress, session_->activity());
 }
@@ -134,7 +135,7 @@ kglob_failure const* RunningSearch::reportedError() const noexcept {
 
 kglob_failure const* RunningSearch::nextFailure() {
   if (isInFork()) return nullptr;
-  std::lock_guard const lock(mutex_);
+  MutexLock const lock(mutex_);
   if (failures_.empty()) return nullptr;
   givenFailure_ = std::move(failures_.front());
   failures_.pop_front();

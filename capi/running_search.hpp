@@ -3,7 +3,6 @@
 #include <atomic>
 #include <chrono>
 #include <deque>
-#include <mutex>
 #include <optional>
 #include <string_view>
 #include <thread>
@@ -13,6 +12,8 @@
 #include "capi/match_blocks.hpp"
 #include "capi/search_failure.hpp"
 #include "capi/search_request.hpp"
+#include "foundation/core/threads/mutex.hpp"
+#include "foundation/core/threads/thread_annotations.hpp"
 #include "foundation/storage/vfs/read_session.hpp"
 
 namespace kglob {
@@ -57,10 +58,10 @@ class RunningSearch {
   std::optional<kglob_failure> error_;
   bool isErrorReported_ = false;
 
-  mutable std::mutex mutex_;  // guards the three below
-  ReadSession const* session_ = nullptr;
-  kglob_progress lastProgress_{};
-  std::deque<SearchFailure> failures_;
+  mutable foundation::core::threads::Mutex mutex_;
+  ReadSession const* session_ KORVAN_GUARDED_BY(mutex_) = nullptr;
+  kglob_progress lastProgress_ KORVAN_GUARDED_BY(mutex_){};
+  std::deque<SearchFailure> failures_ KORVAN_GUARDED_BY(mutex_);
 
   std::size_t failuresTaken_ = 0;  // by the search, from its session
   SearchFailure givenFailure_{};
