@@ -18,6 +18,15 @@ install(
            COMPONENT Development
   INCLUDES
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${PROJECT_NAME}")
+# The C interface: its header is found without a further folder in the include path.
+install(
+  TARGETS kglob_library
+  EXPORT ${PROJECT_NAME}Targets
+  LIBRARY COMPONENT Runtime
+          NAMELINK_COMPONENT Development
+  FILE_SET HEADERS
+           DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
+           COMPONENT Development)
 # The folder in which StorageSystem looks for the modules of schemes.
 install(TARGETS korvan_storage_s3 LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/korvanhost" COMPONENT Runtime)
 
@@ -41,8 +50,9 @@ install(
 file(RELATIVE_PATH korvan_prefix_from_pkgconfig "/prefix/${korvan_pkgconfig_folder}" "/prefix")
 string(REGEX REPLACE "/$" "" korvan_prefix_from_pkgconfig "${korvan_prefix_from_pkgconfig}")
 configure_file(cmake/${PROJECT_NAME}.pc.in ${PROJECT_NAME}.pc @ONLY)
+configure_file(cmake/kglob.pc.in kglob.pc @ONLY)
 install(
-  FILES "${PROJECT_BINARY_DIR}/${PROJECT_NAME}.pc"
+  FILES "${PROJECT_BINARY_DIR}/${PROJECT_NAME}.pc" "${PROJECT_BINARY_DIR}/kglob.pc"
   DESTINATION "${korvan_pkgconfig_folder}"
   COMPONENT Development)
 

@@ -12,7 +12,7 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 # Dependencies on other libraries are found in the binaries. Our own libraries aren't in a package yet; they are found in the build tree.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
-# The two libraries change together, so the packages must be of the same version.
+# The libraries change together, so the packages must be of the same version.
 set(korvan_runtime_package "lib${PROJECT_NAME}${PROJECT_VERSION_MAJOR}")
 set(korvan_runtime_dependency "${korvan_runtime_package} (= ${PROJECT_VERSION})")
 
@@ -22,12 +22,12 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME "${korvan_runtime_package}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_BINARY_DIR}/debian/shlibs")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
-    "The library that an interpreter host loads, the platform libraries that it uses, and the storage module for object stores.")
+    "The library that an interpreter host loads, the C interface, the platform libraries that both use, and the storage module for object stores.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME "lib${PROJECT_NAME}-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${korvan_runtime_dependency}, libboost-dev")
-set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "The headers, the CMake package and the pkg-config file.")
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "The headers, the CMake package and the pkg-config files.")
 
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME kglob)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION utils)

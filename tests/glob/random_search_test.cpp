@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/c_search.hpp"
 #include "support/memory_provider.hpp"
 #include "support/oracle.hpp"
 #include "support/search.hpp"
@@ -73,8 +74,9 @@ TEST(RandomSearch, AgreesWithTheSlowMatcher) {
         ASSERT_NO_FATAL_FAILURE(expectIRISearch(served.tree, pattern, root, dots));
       }
       served.provider->forgetRequests();
-      ReadSession const session;
-      search(pattern, served.roots[0], dots);
+      CSearch throughC(pattern, served.roots[0], dots);
+      ASSERT_EQ(throughC.finish(), KGLOB_OK) << pattern;
+      ASSERT_EQ(throughC.matches, expected) << pattern;
       if (isFlat || hasDotOrEmptySegment(pattern)) continue;
       ASSERT_LE(served.provider->mostRequests(MemoryProvider::Operation::list), 1U) << pattern;
     }

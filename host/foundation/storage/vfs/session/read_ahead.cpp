@@ -182,7 +182,10 @@ void ReadAhead::startHelper() {
   hits_ = 0;
   core::threads::SignalsBlocked const blocked;
   try {
-    helper_ = std::thread([this] { runHelper(); });
+    helper_ = std::thread([this, flag = utInterruptScope::current()] {
+      utInterruptScope const interruptedWithTheCaller(flag);
+      runHelper();
+    });
   } catch (std::exception const&) {
     mayStartHelper_ = false;  // the system has no thread to give: the caller reads alone
   }
