@@ -43,6 +43,7 @@ Path const* Walker::next() {
     while (!hasMatch_ && depth_ != 0) step();
   } catch (...) {
     depth_ = 0;
+    hasMatch_ = false;
     throw;
   }
   return std::exchange(hasMatch_, false) ? &match_ : nullptr;

@@ -132,6 +132,25 @@ TEST_F(Walk, AnInterruptEndsTheSearch) {
   }
 }
 
+// As a store does that is interrupted while it waits for an answer.
+class InterruptedStore final : public vfs::Provider {
+  Authority authority() const noexcept override { return Authority::empty; }
+  vfs::PathKind kind(vfs::AbsoluteIRI const& location) override {
+    if (location.hasParent()) throw InterruptException();
+    return vfs::PathKind::isFolder;
+  }
+  void list(vfs::AbsoluteIRI const&, std::string_view, vfs::EntrySink& entries) override {
+    entries.add("x", vfs::EntryKind::unknown);
+  }
+};
+
+TEST_F(Walk, AStreamIsOverAfterAnInterrupt) {
+  ServedScheme const served(u"interrupted", std::make_shared<InterruptedStore>());
+  io::internal::GlobStream stream(u"**", u"interrupted:///", false);
+  EXPECT_THROW(stream.next(), InterruptException);
+  EXPECT_EQ(stream.next(), std::nullopt);
+}
+
 TEST_F(Walk, MakesNoUnnecessaryRequests) {
   struct {
     std::string pattern;
