@@ -8,7 +8,7 @@
 namespace korvan::io::internal {
 
 /// The places of a walk that are known to lead to no match: a path and the segment to be matched in it. With several "**" in a
-/// pattern there are exponentially many ways to the same place; those that give nothing are gone once.
+/// pattern there are exponentially many ways to the same place; a place that gives nothing is searched only once.
 class DeadEnds {
  public:
   bool contains(std::size_t segment, std::u16string const& path) const {

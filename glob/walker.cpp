@@ -34,7 +34,7 @@ Walker::Walker(vfs::Folder const& folder, bool foldersOnly, bool includeDotFiles
     : Walker(Path(std::u16string(u"**")), Path(), foldersOnly, includeDotFiles) {
   plan_.emplace(pattern_);
   hasBegun_ = true;
-  push(0, Path(), true).folder = folder;
+  push(0, true).folder = folder;
 }
 
 Path const* Walker::next() {
@@ -60,7 +60,8 @@ void Walker::begin() {
   for (std::size_t i = 0; i < plan_->size(); ++i) utThrowIfInterruptPending();
   // Made absolute once, lest each folder cost a look at the process's current folder.
   if (!isAbsolute(plan_->start())) root_ = absolute(root_, Path());
-  enter(0, plan_->start());
+  match_ = plan_->start();
+  enter(0);
 }
 
 // Goes on by an entry of the topmost frame: to a match at the most.
@@ -75,58 +76,58 @@ void Walker::step() {
   }
 }
 
-// Matches the segments from this one on at a path, up to the first that lists a folder.
-void Walker::enter(std::size_t segment, Path const& at) {
-  Path reached = at;
+// Matches the segments from this one on at the path in `match_`, up to the first that lists a folder.
+void Walker::enter(std::size_t segment) {
   bool isFolder = false;  // whether an empty segment has found that out, as thousands in a row need to only once
   for (; segment < plan_->size(); ++segment) {
     switch (plan_->segmentClass(segment)) {
       case SegmentClass::literal:
         if (isFolder && plan_->text(segment).empty()) break;
-        if (!matchesLiteral(segment, reached)) return;
+        if (!matchesLiteral(segment)) return;
         isFolder = plan_->text(segment).empty();
-        reached.append(std::u16string(plan_->text(segment)));
+        match_.append(std::u16string(plan_->text(segment)));
         break;
       case SegmentClass::wildcard:
-        push(segment, reached, false);
+        push(segment, false);
         return;
       case SegmentClass::doubleStar:
-        open(push(segment, reached, true));
+        open(push(segment, true));
         // "**" also matches no folder at all.
-        if (pathKind(absolute(reached, root_), Path()) != PathKind::isFolder) return;
+        if (pathKind(absolute(match_, root_), Path()) != PathKind::isFolder) return;
         break;
     }
   }
   ++matches_;
-  match_ = std::move(reached);
   hasMatch_ = true;
 }
 
-bool Walker::matchesLiteral(std::size_t segment, Path const& at) const {
+bool Walker::matchesLiteral(std::size_t segment) const {
   std::u16string_view const text = plan_->text(segment);
-  PathKind const kind = pathKind(PathAccess::make(upath(std::u16string(text))), absolute(at, root_));
+  PathKind const kind = pathKind(PathAccess::make(upath(std::u16string(text))), absolute(match_, root_));
   return text.empty() ? kind == PathKind::isFolder : exists(kind);
 }
 
-Walker::Frame& Walker::push(std::size_t segment, Path const& at, bool isDescent) {
+// A frame for the folder at the path in `match_`.
+Walker::Frame& Walker::push(std::size_t segment, bool isDescent) {
   if (depth_ == frames_.size()) frames_.emplace_back();
   Frame& frame = frames_[depth_++];
   frame.segment = segment;
-  frame.at = at;
+  frame.at = match_;
   frame.folder.reset();
-  frame.nameInFolder.clear();
   frame.entries.clear();
   frame.next = 0;
   frame.isDescent = isDescent;
+  frame.isBelow = false;
   frame.isOpen = false;
   frame.metCycle = false;
   return frame;
 }
 
+// Opens the topmost frame.
 void Walker::open(Frame& frame) {
   frame.isOpen = true;
   if (plan_->revisits(frame.segment) && deadEnds_.contains(frame.segment, PathAccess::text(frame.at))) return;
-  if (!frame.nameInFolder.empty()) {
+  if (frame.isBelow) {
     if (!openBelow(frame)) return;
   } else if (!frame.folder) {
     frame.folder.emplace(PathAccess::toIRI(absolute(frame.at, root_)), storage_);
@@ -134,10 +135,12 @@ void Walker::open(Frame& frame) {
   list(frame);
 }
 
-// Whether the sub-folder could be opened. One that closes a cycle of links is refused.
+// Whether the sub-folder that the frame above it came to could be opened. One that closes a cycle of links is refused.
 bool Walker::openBelow(Frame& frame) {
+  Frame const& above = frames_[depth_ - 2];
+  name_.assign(above.entries[above.next - 1]);
   try {
-    frame.folder = vfs::Folder(*frame.folder, frame.nameInFolder);
+    frame.folder.emplace(*above.folder, name_);
     return true;
   } catch (vfs::Exception const&) {
     frame.metCycle = true;
@@ -150,10 +153,12 @@ void Walker::list(Frame& frame) {
   listEntryNames(frame.entries, *frame.folder, filter, foldersOnlyAt(frame.segment), includeDotFiles_);
 }
 
+// A cycle is refused because of the folders that a descent has come through. One that begins at a folder has come through no other,
+// and so it reaches all that any descent reaches below that folder.
 void Walker::close() {
   Frame const& frame = frames_[--depth_];
-  if (frame.metCycle) {
-    if (depth_ != 0) frames_[depth_ - 1].metCycle = true;
+  if (frame.metCycle && frame.isBelow) {
+    frames_[depth_ - 1].metCycle = true;
   } else if (frame.matchesBefore == matches_ && plan_->revisits(frame.segment)) {
     deadEnds_.add(frame.segment, PathAccess::text(frame.at));
   }
@@ -169,13 +174,12 @@ void Walker::takeNext(Frame& frame) {
   if (isLast) ++matches_;
   hasMatch_ = isLast;
   if (frame.isDescent && isFolder(frame, kind)) {
-    Frame& below = push(segment, match_, true);
-    below.folder = frame.folder;
-    below.nameInFolder = name_;
+    Frame& below = push(segment, true);
+    below.isBelow = true;
     // Read before the segments after this one are matched in it: what the storage layer then knows of the folder answers them.
     if (!isLast) open(below);
   }
-  if (!isLast) enter(segment + 1, match_);
+  if (!isLast) enter(segment + 1);
 }
 
 // Whether the entry taken last is a folder: as the listing said, or else by an existence test.

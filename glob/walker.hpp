@@ -37,28 +37,28 @@ class Walker {
   // means listed, when it comes to the top of the stack.
   struct Frame {
     std::size_t segment = 0;
-    Path at{};                                                 // the path of the folder, as matches begin with it
-    std::optional<foundation::storage::vfs::Folder> folder{};  // in a descent; until it is opened the one above, if any
-    std::u16string nameInFolder{};                             // of the folder above; empty where there is none
+    Path at{};  // the path of the folder, as matches begin with it
+    std::optional<foundation::storage::vfs::Folder> folder{};
     EntryNames entries{};
     std::size_t next = 0;
     std::uint64_t matchesBefore = 0;
     bool isDescent = false;
+    bool isBelow = false;  // whether the descent of the frame under this one on the stack has come to the folder
     bool isOpen = false;
-    bool metCycle = false;  // whether a folder below was refused, as it may not be when it is reached in another way
+    bool metCycle = false;  // whether a folder in this descent was refused, as it may not be in another one
   };
 
   void begin();
   void step();
-  void enter(std::size_t segment, Path const& at);
-  Frame& push(std::size_t segment, Path const& at, bool isDescent);
+  void enter(std::size_t segment);
+  Frame& push(std::size_t segment, bool isDescent);
   void open(Frame& frame);
   void list(Frame& frame);
   void close();
   void takeNext(Frame& frame);
   bool isFolder(Frame const& frame, ListedKind listed) const;
   bool openBelow(Frame& frame);
-  bool matchesLiteral(std::size_t segment, Path const& at) const;
+  bool matchesLiteral(std::size_t segment) const;
 
   bool foldersOnlyAt(std::size_t segment) const noexcept { return foldersOnly_ || segment + 1 < plan_->size(); }
 
@@ -75,8 +75,8 @@ class Walker {
   DeadEnds deadEnds_;
   std::uint64_t matches_ = 0;
   bool hasMatch_ = false;  // whether `match_` is one that the caller hasn't seen
-  std::u16string name_;    // of the entry taken last
-  Path match_;             // the path of that entry, or what the segments after it have made of it
+  std::u16string name_;    // of the entry taken or opened last
+  Path match_;             // the path that the walk has come to
 };
 
 }  // namespace korvan::io::internal

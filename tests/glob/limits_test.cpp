@@ -88,6 +88,10 @@ TEST(Limits, WhatIsKnownToGiveNothingIsNotTriedAgain) {
   // Every way to a match still counts.
   EXPECT_EQ(search("a/**/a/**/x", "mem:///").size(), static_cast<std::size_t>(levels - 1));
   EXPECT_EQ(search("**/a/**/a/**/x", "mem:///").size(), static_cast<std::size_t>(levels * (levels - 1) / 2));
+  // Nor where each descent is refused a link back to a folder that it has come through.
+  store->tree.addLink(repeated("a/", levels) + "loop", "");
+  ReadSession const changed;
+  EXPECT_EQ(search(repeated("**/a/", 6) + "zzz*", "mem:///"), Strings());
 }
 
 TEST(Limits, AStreamReadsNoFurtherThanItIsAsked) {
