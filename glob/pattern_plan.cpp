@@ -1,6 +1,7 @@
 #include "glob/pattern_plan.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "foundation/storage/vfs/conversion.hpp"
 #include "path/path_access.hpp"
@@ -50,7 +51,8 @@ PatternPlan::PatternPlan(Path const& pattern) {
     return;
   }
   std::size_t const end = text.find(iri != nullptr ? iriSeparator : nativeSeparator, first);
-  Path const head(std::u16string(text.substr(0, end)));
+  std::u16string written(text.substr(0, end));
+  Path const head = iri != nullptr ? Path(written) : PathAccess::make(fl::filesystem::upath(std::move(written)));
   start_ = head.parent();
   add(head.name());
   if (end == std::u16string_view::npos) return;

@@ -45,7 +45,7 @@
 ///     a/**             a  a/b  a/b/c                        a/.b
 ///     **/*.txt         a.txt  d/a.txt  d/e/a.txt            .d/a.txt
 ///     d/**/x           d/x  d/e/x  d/e/f/x                  dx  e/x
-///     .git/*           what .git holds, but dot files       .git/.x
+///     .git/*           what .git holds, but no dot files    .git/.x
 ///     *.*              a.txt  b.                            README
 ///     a?.txt           the one name "a?.txt"                ab.txt
 ///     {a,b}            the one name "{a,b}"                 a  b
@@ -64,8 +64,9 @@ namespace korvan::io::internal {
 /// the host's pending flag is set.
 ///
 /// Costs one listing for each folder that a wildcard is matched in, and at most one existence test for each literal segment below a
-/// wildcard and for each entry under "**"; a host's read session answers most of them from what was read. Uses a bounded part of
-/// the thread's stack, whatever the pattern and the tree. May be called by several threads at once.
+/// wildcard, for each folder in which a "**" begins and for each entry under it, besides what the storage layer asks to recognise
+/// cycles; a host's read session answers most of them from what was read. Uses a bounded part of the thread's stack, whatever the
+/// pattern and the tree. May be called by several threads at once.
 KORVAN_IO_EXPORT std::vector<std::u16string> glob(std::u16string const& pattern, std::u16string const& rootFolder,
                                                   bool includeDotFiles);
 
