@@ -17,7 +17,7 @@ int main(int argc, char** argv) try {
   if (argc != 3) return 2;
   Path const folder(fromBytes(argv[1]));  // a local path or an IRI: "/srv/data", "s3://bucket/data"
   Path const from(fromBytes(argv[2]));
-  ReadSession const session;  // without one, the search skips unreadable folders and nobody learns of it
+  ReadSession const session;  // without one, unreadable folders are skipped silently
   for (std::u16string const& match : korvan::io::internal::glob(u"**/*.csv", folder.string(false), false)) {
     Path const file = folder / match;
     Path const route = relative(file, from);  // empty if there is no relative path, as from a disk to a store
