@@ -14,7 +14,7 @@ namespace {
 // A store may skip many deleted keys and return an empty page, but not endlessly.
 constexpr unsigned maximumEmptyPages = 100;
 
-// Whether the text between "&" and ";" stands for a character.
+// Whether the text between "&" and ";" is a reference to a character.
 bool isReference(std::string_view name) {
   for (std::string_view const known : {"quot", "amp", "lt", "gt", "apos"})
     if (name == known) return true;

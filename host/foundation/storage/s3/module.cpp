@@ -19,5 +19,5 @@ std::unique_ptr<foundation::storage::s3::Client> makeClient() {
 extern "C" KORVAN_HOST_EXPORT foundation::storage::vfs::Provider* korvanStorageProvider();
 
 foundation::storage::vfs::Provider* korvanStorageProvider() {
-  return new foundation::storage::s3::Provider(makeClient);
+  return new foundation::storage::s3::S3Provider(makeClient);
 }

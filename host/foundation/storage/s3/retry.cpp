@@ -27,7 +27,7 @@ class SystemClock : public Clock {
   }
 
   double random01() override {
-    std::random_device device;  // called before a wait only, so there is no need for a generator that lasts
+    std::random_device device;  // called only before a wait, so a generator needn't be kept
     return std::uniform_real_distribution<double>()(device);
   }
 };

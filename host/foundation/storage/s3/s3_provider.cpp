@@ -60,9 +60,9 @@ vfs::PathKind lookUpKind(Client& client, ObjectLocation const& target, vfs::Abso
 
 }  // namespace
 
-Provider::Provider(MakeClient makeClient) : makeClient_(std::move(makeClient)) {}
+S3Provider::S3Provider(MakeClient makeClient) : makeClient_(std::move(makeClient)) {}
 
-Client& Provider::client(vfs::AbsoluteIRI const& location) {
+Client& S3Provider::client(vfs::AbsoluteIRI const& location) {
   core::threads::MutexLock const lock(mutex_);
   try {
     if (!client_) client_ = makeClient_();
@@ -72,7 +72,7 @@ Client& Provider::client(vfs::AbsoluteIRI const& location) {
   return *client_;
 }
 
-vfs::PathKind Provider::kind(vfs::AbsoluteIRI const& location) {
+vfs::PathKind S3Provider::kind(vfs::AbsoluteIRI const& location) {
   ObjectLocation const target = objectLocationOf(location);
   if (!target.canExist()) return vfs::PathKind::notFound;
   try {
@@ -83,7 +83,7 @@ vfs::PathKind Provider::kind(vfs::AbsoluteIRI const& location) {
   }
 }
 
-void Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) {
+void S3Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) {
   ObjectLocation const target = objectLocationOf(folder);
   bool found = target.canExist() && (target.key.empty() || !namePrefix.empty());
   if (target.canExist()) {
@@ -110,7 +110,7 @@ void Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix,
   if (!found) throw vfs::Exception(vfs::ErrorCode::notFound, folder, "no such folder");
 }
 
-vfs::SubtreePage Provider::subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after) {
+vfs::SubtreePage S3Provider::subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after) {
   vfs::SubtreePage result;
   ObjectLocation const target = objectLocationOf(folder);
   if (!target.canExist()) return result;

@@ -15,12 +15,12 @@ namespace foundation::storage::s3 {
 /// object. If an object and a prefix have the same name, there is one entry, a folder. A marker isn't an entry of its
 /// own folder. No path can name a key with an element that is empty, "." or ".." or contains NUL: such keys are left
 /// out, but not the folders above them. Everything is found by listing; no object is read.
-class Provider : public vfs::Provider {
+class S3Provider final : public vfs::Provider {
  public:
   /// Makes the client at the first request. If it throws `ConfigurationError`, it is called again at the next one.
   using MakeClient = std::function<std::unique_ptr<Client>()>;
 
-  explicit Provider(MakeClient makeClient);
+  explicit S3Provider(MakeClient makeClient);
 
   Authority authority() const noexcept override { return Authority::required; }
 
