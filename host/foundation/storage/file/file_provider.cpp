@@ -24,10 +24,10 @@ using vfs::EntryKind;
 using vfs::FolderIdentity;
 using vfs::PathKind;
 
-// Small enough for the stack of any thread, and large folders aren't listed faster with a larger one.
+// Small enough for the stack of any thread; a larger one doesn't list large folders faster.
 constexpr std::size_t listingBuffer = std::size_t{16} << 10;
 
-// The path by which the system knows the location; empty where it can't know it, as a name ends at its first NUL.
+// The location's path as system calls take it; empty if it contains NUL, where system calls would cut it short.
 std::string systemPath(AbsoluteIRI const& location) {
   std::string path = vfs::decodedPath(location);
   if (path.empty()) path = "/";
@@ -39,21 +39,22 @@ bool namesNothing(int error) {
   return vfs::errorCodeOfErrno(error) == vfs::ErrorCode::notFound || error == ENAMETOOLONG;
 }
 
-// The status of what exists at the path, or of the link itself where links aren't followed. Returns 0 or an `errno` value.
+// The status of what exists at the path, or of the link itself where links aren't followed. Returns 0 or an `errno`
+// value.
 int getStatus(std::string const& path, bool followLast, struct stat& status) {
   int const flags = followLast ? 0 : AT_SYMLINK_NOFOLLOW;
   if (uninterrupted([&] { return ::fstatat(AT_FDCWD, path.c_str(), &status, flags); }) == 0) return 0;
   if (errno != ELOOP) return errno;
-  Resolved const resolved = resolveLinks(path, followLast);
+  DescriptorOrError const resolved = resolveLinks(path, followLast);
   if (resolved.error != 0) return resolved.error;
   return ::fstat(resolved.descriptor.get(), &status) == 0 ? 0 : errno;
 }
 
-Resolved openFolder(std::string const& path) {
+DescriptorOrError openFolder(std::string const& path) {
   constexpr int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
   Descriptor folder(uninterrupted([&] { return ::open(path.c_str(), flags); }));
   if (folder.get() < 0 && errno == ELOOP) {
-    Resolved const resolved = resolveLinks(path, true);
+    DescriptorOrError const resolved = resolveLinks(path, true);
     if (resolved.error != 0) return {Descriptor(), resolved.error};
     folder = Descriptor(uninterrupted([&] { return ::openat(resolved.descriptor.get(), ".", flags); }));
   }
@@ -74,8 +75,8 @@ EntryKind kindOfType(unsigned char type) {
   }
 }
 
-// One record of getdents64, whose layout is the kernel's (linux_dirent64). The C library's own reader adds an allocation and a call for
-// each entry.
+// One record of getdents64, whose layout is the kernel's (linux_dirent64). The C library's own reader adds an
+// allocation and a call for each entry.
 struct DirectoryRecord {
   std::uint64_t inode;
   std::int64_t position;
@@ -100,7 +101,7 @@ PathKind FileProvider::kind(AbsoluteIRI const& location) {
 void FileProvider::list(AbsoluteIRI const& folder, std::string_view /*namePrefix*/, vfs::EntrySink& entries) {
   std::string const path = systemPath(folder);
   if (path.empty()) throw vfs::exceptionOfErrno(ENOENT, folder);
-  Resolved const opened = openFolder(path);
+  DescriptorOrError const opened = openFolder(path);
   if (opened.error != 0) throw vfs::exceptionOfErrno(opened.error, folder);
   alignas(DirectoryRecord) std::array<char, listingBuffer> buffer;
   for (;;) {

@@ -10,11 +10,11 @@
 namespace foundation::storage::file {
 namespace {
 
-constexpr std::size_t mostLinks = 10000;
+constexpr std::size_t maximumLinks = 10000;
 
-// A link that is being followed: until no more of the path is left than `after` bytes, what is resolved is its target. The folder
-// belongs to it, as a link may have several names and its target be relative.
-struct Following {
+// A link whose target is being resolved, which is the case while more than `after` bytes of the path remain. Its folder
+// is part of its identity, since a link may have several names and its target may be relative to the folder.
+struct FollowedLink {
   struct stat folder;
   struct stat link;
   std::size_t after;
@@ -39,15 +39,15 @@ std::string takeComponent(std::string& path) {
 
 }  // namespace
 
-Resolved resolveLinks(std::string const& path, bool followLast) {
-  std::vector<Following> following;
+DescriptorOrError resolveLinks(std::string const& path, bool followLast) {
+  std::vector<FollowedLink> followed;
   std::size_t links = 0;
   std::string rest = path;
   Descriptor at = openAt(AT_FDCWD, "/", 0);
   struct stat folder = {};
   if (at.get() < 0 || ::fstat(at.get(), &folder) != 0) return {Descriptor(), errno};
   while (!rest.empty()) {
-    std::erase_if(following, [&](Following const& link) { return link.after >= rest.size(); });
+    std::erase_if(followed, [&](FollowedLink const& link) { return link.after >= rest.size(); });
     Descriptor next = openAt(at.get(), takeComponent(rest).c_str(), O_NOFOLLOW);
     struct stat status = {};
     if (next.get() < 0 || ::fstat(next.get(), &status) != 0) return {Descriptor(), errno};
@@ -55,13 +55,13 @@ Resolved resolveLinks(std::string const& path, bool followLast) {
       char target[PATH_MAX];
       auto const length = ::readlinkat(next.get(), "", target, sizeof target);
       if (length < 0) return {Descriptor(), errno};
-      // One whose target leads through itself leads nowhere.
-      bool const leadsBack = std::any_of(following.begin(), following.end(), [&](Following const& link) {
+      // A link that leads back to itself leads nowhere.
+      bool const leadsBack = std::any_of(followed.begin(), followed.end(), [&](FollowedLink const& link) {
         return sameFile(link.folder, folder) && sameFile(link.link, status);
       });
       if (leadsBack) return {Descriptor(), ENOENT};
-      if (++links > mostLinks) return {Descriptor(), ELOOP};
-      following.push_back({folder, status, rest.size()});
+      if (++links > maximumLinks) return {Descriptor(), ELOOP};
+      followed.push_back({folder, status, rest.size()});
       rest.insert(0, target, static_cast<std::size_t>(length));
       if (!rest.starts_with('/')) continue;
       next = openAt(AT_FDCWD, "/", 0);

@@ -9,7 +9,7 @@
 
 namespace foundation::storage::file {
 
-/// Owns a file descriptor, or none where it is negative.
+/// Owns a file descriptor; none if the value is negative.
 class Descriptor {
  public:
   explicit Descriptor(int value = -1) noexcept : value_(value) {}
@@ -28,8 +28,8 @@ class Descriptor {
   int value_;
 };
 
-/// The result of a system call that a signal may cut short, as on a network's disk: the call is repeated, unless the signal was an
-/// interrupt, which throws `Quindarel::System::InterruptException`.
+/// The result of a system call that a signal may interrupt, as on a network file system: the call is repeated, unless
+/// the signal was an interrupt, which throws `Quindarel::System::InterruptException`.
 template <class Call>
 auto uninterrupted(Call call) {
   for (;;) {
