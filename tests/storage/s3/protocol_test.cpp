@@ -5,6 +5,7 @@
 #include "foundation/storage/s3/list_page.hpp"
 #include "foundation/storage/s3/object_location.hpp"
 #include "foundation/storage/s3/url.hpp"
+#include "foundation/storage/vfs/detail/iri_access.hpp"
 
 namespace foundation::storage::s3 {
 namespace {
@@ -40,7 +41,7 @@ TEST(S3ObjectLocation, AnIRINamesABucketAndAKey) {
       {"s3://b/" + longest + "k", longest + "k", false, false},
   };
   for (Case const& c : cases) {
-    ObjectLocation const target = objectLocationOf(vfs::AbsoluteIRI::fromWrittenForm(
+    ObjectLocation const target = objectLocationOf(vfs::IRIAccess::fromWrittenForm(
         core::text::fromBytes(c.iri), 2, static_cast<std::uint32_t>(std::min(c.iri.find('/', 5), c.iri.size()))));
     EXPECT_EQ(std::tuple(target.bucket, target.key), std::tuple("b", c.key));
     EXPECT_EQ(std::tuple(target.folderOnly, target.canExist()), std::tuple(c.folderOnly, c.canExist)) << c.iri;
@@ -121,7 +122,7 @@ vfs::Exception errorOf(long status, std::string body) {
   Response response;
   response.status = status;
   response.body = std::move(body);
-  return exceptionFor({response, 1, {}}, configuration, vfs::AbsoluteIRI::fromWrittenForm(u"s3://b/k", 2, 6));
+  return exceptionFor({response, 1, {}}, configuration, vfs::IRIAccess::fromWrittenForm(u"s3://b/k", 2, 6));
 }
 
 TEST(S3ErrorMapping, CodesAndMessages) {

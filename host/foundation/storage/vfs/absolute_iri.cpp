@@ -15,7 +15,8 @@ namespace {
 
 constexpr std::size_t schemeSeparatorLength = 3;  // "://"
 
-// The decoded elements of a path without ".", ".." and empty ones, which no provider takes for a folder; none for the root.
+// The decoded elements of a path with "." and ".." resolved and without empty ones, which no provider takes for a
+// folder; none for the root.
 std::vector<std::u16string> resolvedElements(std::u16string_view encodedPath) {
   std::vector<std::u16string> elements;
   while (!encodedPath.empty()) {
@@ -49,12 +50,12 @@ AbsoluteIRI::AbsoluteIRI(AbsoluteIRI const& base, std::u16string const& text) {
   schemeLength_ = base.schemeLength_;
   pathStart_ = base.pathStart_;
   bool const fromRoot = !text.empty() && text.front() == u'/';
-  std::size_t const kept = fromRoot ? pathStart_ : base.text_.size();
-  text_.reserve(kept + text.size() + 1);
-  text_.append(base.text_, 0, kept);
+  std::size_t const baseLength = fromRoot ? pathStart_ : base.text_.size();
+  text_.reserve(baseLength + text.size() + 1);
+  text_.append(base.text_, 0, baseLength);
   if (text.empty()) return;
-  if (!fromRoot && (kept == pathStart_ || text_.back() != u'/')) text_.push_back(u'/');
-  if (!iri_text::appendEncoded(text_, text)) throw InvalidIRIException(text, "it holds half of a surrogate pair");
+  if (!fromRoot && (baseLength == pathStart_ || text_.back() != u'/')) text_.push_back(u'/');
+  if (!iri_text::appendEncoded(text_, text)) throw InvalidIRIException(text, "it contains half of a surrogate pair");
 }
 
 AbsoluteIRI AbsoluteIRI::fromWrittenForm(std::u16string text, std::uint32_t schemeLength,

@@ -9,27 +9,30 @@
 
 namespace foundation::storage::vfs {
 
-/// Whether the text begins with a scheme (RFC 3986, 3.1: a letter, then letters, digits, "+", "-", ".") and "://". A question of text
-/// only: whether a provider serves the scheme is checked when an `AbsoluteIRI` is made.
+/// Whether the text begins with a scheme (RFC 3986, 3.1: a letter, then letters, digits, "+", "-", ".") and "://".
+/// Looks at the text only: whether a provider serves the scheme is checked when an `AbsoluteIRI` is made.
 KORVAN_HOST_EXPORT bool hasIRIPrefix(std::u16string const& text) noexcept;
 
 /// A location in storage, after RFC 3987 without query and fragment: scheme "://" authority path. A plain value.
 ///
-/// The text has one written form: the scheme in lower case; space, controls, `"<>\^{|}`, the backtick, "%", "#", "?" and bytes that
-/// aren't UTF-8 percent-encoded with upper case hex; every other character, "*" included, as itself. Two IRIs are equal when these
-/// texts are. Names are encoded on the way in and decoded on the way out, so callers see the names that entries really have. No
-/// operation makes a request; the first use of a scheme may load its provider's module.
+/// The text has one written form: the scheme in lower case; space, controls, `"<>\^{|}`, the backtick, "%", "#", "?"
+/// and bytes that aren't UTF-8 percent-encoded with upper case hex; every other character, "*" included, as itself. Two
+/// IRIs are equal when these texts are. Names are encoded on the way in and decoded on the way out, so callers see the
+/// names that entries really have. No operation makes a request; the first use of a scheme may load its provider's
+/// module.
 class KORVAN_HOST_EXPORT AbsoluteIRI {
  public:
-  /// The IRI that `text` writes. A raw character that an IRI must encode is encoded. Throws `InvalidIRIException` where the text has
-  /// no meaning or would lose it: no prefix, "%" without two hex digits, a query, a fragment, or an authority that the scheme's
-  /// provider can't have. Throws `UnsupportedIRISchemeException` when no provider serves the scheme.
+  /// The IRI that `text` denotes. A raw character that must be encoded in an IRI is encoded. Throws
+  /// `InvalidIRIException` where the text has no meaning or would lose it: no prefix, "%" without two hex digits, a
+  /// query, a fragment, or an authority that the scheme's provider can't have. Throws `UnsupportedIRISchemeException`
+  /// when no provider serves the scheme.
   explicit AbsoluteIRI(std::u16string const& text);
 
-  /// The location that decoded text names below `base`, as an entry below a folder: each element is encoded and exactly one "/" put
-  /// between. A text that begins with "/" starts at the base's root, one with an IRI prefix replaces the base, the empty text is the
-  /// base itself. "." and ".." stay as written. Throws as the constructor from a text when the text has an IRI prefix, and
-  /// `InvalidIRIException` when it has no bytes (see foundation/core/text/bytes.hpp).
+  /// The location that decoded text names below `base`, as an entry below a folder: each element is encoded, with
+  /// exactly one "/" in between. A text that begins with "/" starts at the base's root, one with an IRI prefix replaces
+  /// the base, the empty text is the base itself. "." and ".." stay as written. Throws as the constructor from a text
+  /// when the text has an IRI prefix, and `InvalidIRIException` when it has no byte form (see
+  /// foundation/core/text/bytes.hpp).
   AbsoluteIRI(AbsoluteIRI const& base, std::u16string const& text);
 
   AbsoluteIRI(AbsoluteIRI const&) = default;
@@ -65,16 +68,16 @@ class KORVAN_HOST_EXPORT AbsoluteIRI {
   /// Whether the path has an element that `getParent` removes.
   bool hasParent() const noexcept;
 
-  /// The IRI without its last element: ".../a" for ".../a/b" and for ".../a/"; the root with its "/" for an element directly below it.
-  /// Without a parent: the IRI itself.
+  /// The IRI without its last element: ".../a" for ".../a/b" and for ".../a/"; the root with its "/" for an element
+  /// directly below it. Without a parent: the IRI itself.
   AbsoluteIRI getParent() const;
 
   /// The last element, decoded; empty for a root and for an IRI that ends in "/".
   std::u16string getName() const;
 
   /// The same location with "." and ".." elements removed (RFC 3986, 5.2.4; ".." at the root is dropped), needless
-  /// percent-encodings decoded, and empty elements and a final "/" dropped: no provider takes an empty element for a folder. The
-  /// root keeps its "/". Pure text: links aren't followed.
+  /// percent-encodings decoded, and empty elements and a final "/" dropped: no provider takes an empty element for a
+  /// folder. The root keeps its "/". Pure text: links aren't followed.
   AbsoluteIRI getResolvedIRI() const;
 
   /// The decoded text that leads from `base` to this IRI, "." for the same location. Both are resolved first. Throws
@@ -85,10 +88,9 @@ class KORVAN_HOST_EXPORT AbsoluteIRI {
   friend bool operator==(AbsoluteIRI const& a, AbsoluteIRI const& b) noexcept { return a.text_ == b.text_; }
   friend bool operator!=(AbsoluteIRI const& a, AbsoluteIRI const& b) noexcept { return a.text_ != b.text_; }
 
-  /// The IRI of a text that is in written form already. For the storage layer itself: nothing is checked.
-  static AbsoluteIRI fromWrittenForm(std::u16string text, std::uint32_t schemeLength, std::uint32_t pathStart) noexcept;
-
  private:
+  friend struct IRIAccess;
+  static AbsoluteIRI fromWrittenForm(std::u16string text, std::uint32_t schemeLength, std::uint32_t pathStart) noexcept;
   AbsoluteIRI() = default;
   void assignParsed(std::u16string const& text);
 

@@ -8,6 +8,7 @@
 #include "foundation/core/text/ascii.hpp"
 #include "foundation/core/text/escape.hpp"
 #include "foundation/core/text/utf16.hpp"
+#include "foundation/storage/vfs/detail/iri_access.hpp"
 #include "foundation/storage/vfs/detail/iri_text.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
@@ -15,7 +16,8 @@
 namespace foundation::storage::vfs {
 namespace {
 
-// The text with NUL and a number for each surrogate that has no bytes: no name contains NUL, so nothing can exist there.
+// The text with each surrogate that has no byte form replaced by NUL and its value in hex, so that different texts stay
+// different. No name contains NUL, so nothing can exist at such a location.
 std::u16string namingNothing(std::u16string_view text) {
   using namespace core::text;
   std::u16string nothing;
@@ -49,13 +51,13 @@ AbsoluteIRI toAbsoluteIRI(std::u16string const& scheme, fl::filesystem::upath co
     rest.remove_prefix(end);
   }
   std::size_t const pathStart = written.size();
-  if (!encoded) throw InvalidIRIException(path.native(), "it holds half of a surrogate pair");
+  if (!encoded) throw InvalidIRIException(path.native(), "it contains half of a surrogate pair");
   if (!iri_text::appendEncoded(written, rest)) {
     written.resize(pathStart);
     iri_text::appendEncoded(written, namingNothing(rest));
   }
-  return AbsoluteIRI::fromWrittenForm(std::move(written), static_cast<std::uint32_t>(scheme.size()),
-                                      static_cast<std::uint32_t>(pathStart));
+  return IRIAccess::fromWrittenForm(std::move(written), static_cast<std::uint32_t>(scheme.size()),
+                                    static_cast<std::uint32_t>(pathStart));
 }
 
 fl::filesystem::upath fromAbsoluteIRI(AbsoluteIRI const& location) {

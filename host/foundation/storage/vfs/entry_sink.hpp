@@ -17,17 +17,17 @@ enum class EntryKind : std::uint8_t {
 
 class EntryTable;
 
-/// Receives the entries of one folder from the provider that lists it. Valid for that call of `Provider::list` only, and not for
-/// several threads at once.
+/// Receives the entries of one folder from the provider that lists it. Valid for that call of `Provider::list` only,
+/// and not for several threads at once.
 class KORVAN_HOST_EXPORT EntrySink {
  public:
   /// Made by the storage layer, whose table must outlive it.
   explicit EntrySink(EntryTable& table) noexcept : table_(table) {}
 
-  /// Adds an entry by the bytes of its name, which are copied. Entries may come in any order; of several with one name a folder
-  /// is preferred. The names "", "." and ".." are ignored. Makes no request and no system call. Polls for an interrupt every few
-  /// thousand entries, and throws `Quindarel::System::InterruptException` when one is pending; throws `std::length_error` for a
-  /// name of 2^28 bytes or more and when all names exceed 2^32 bytes.
+  /// Adds an entry by the bytes of its name, which are copied. Entries may come in any order; of several with one name
+  /// a folder is preferred. The names "", "." and ".." are ignored. Makes no request and no system call. Polls for an
+  /// interrupt every few thousand entries, and throws `Quindarel::System::InterruptException` when one is pending;
+  /// throws `std::length_error` for a name of 2^28 bytes or more and when all names exceed 2^32 bytes.
   void add(std::string_view name, EntryKind kind);
 
  private:

@@ -9,6 +9,7 @@
 
 #include "foundation/core/text/bytes.hpp"
 #include "foundation/storage/vfs/detail/folder_snapshot.hpp"
+#include "foundation/storage/vfs/detail/iri_access.hpp"
 #include "foundation/storage/vfs/detail/name_filter.hpp"
 #include "foundation/storage/vfs/session/current_session.hpp"
 #include "foundation/storage/vfs/session/session_cache.hpp"
@@ -16,23 +17,23 @@
 
 namespace foundation::storage::vfs {
 
-// A folder as it was reached. Nothing here refers to the folders above: their locations are beginnings of this one's text, so that a
-// folder however deep neither holds a chain of others alive nor takes a recursion to be destroyed.
+// A folder and how it was reached. The folders above it are known by their locations alone, which are prefixes of its
+// own: so a deep folder neither keeps a chain of others alive nor is destroyed recursively.
 struct Folder::Node {
   AbsoluteIRI location;
   std::shared_ptr<Provider> provider;
-  std::size_t rootLength;   // of the text of the first folder's location: those of the folders in between begin with it
-  bool linkPassed = false;  // whether a link was, or may have been, passed on the way from the first folder
-  std::vector<FolderIdentity> identities{};  // from the first folder to this one; empty while no link was passed
+  std::size_t rootLength;   // of the first folder's location as text, with which those of the folders in between begin
+  bool linkPassed = false;  // whether a link was, or may have been, followed on the way from the first folder
+  std::vector<FolderIdentity> identities{};  // from the first folder to this one; empty if no link was followed
 };
 
 namespace {
 
-// The location whose text is the beginning of this one's.
-AbsoluteIRI beginningOf(AbsoluteIRI const& location, std::size_t length) {
+// The location whose text is the first `length` units of this one's.
+AbsoluteIRI prefixOf(AbsoluteIRI const& location, std::size_t length) {
   std::u16string const& text = location.toString();
-  return AbsoluteIRI::fromWrittenForm(text.substr(0, length), static_cast<std::uint32_t>(location.scheme().size()),
-                                      static_cast<std::uint32_t>(text.size() - location.encodedPath().size()));
+  return IRIAccess::fromWrittenForm(text.substr(0, length), static_cast<std::uint32_t>(location.scheme().size()),
+                                    static_cast<std::uint32_t>(text.size() - location.encodedPath().size()));
 }
 
 std::optional<FolderIdentity> identityOf(Provider& provider, AbsoluteIRI const& folder) {
@@ -40,14 +41,14 @@ std::optional<FolderIdentity> identityOf(Provider& provider, AbsoluteIRI const& 
   return cache == nullptr ? provider.identity(folder) : cache->identity(provider, folder);
 }
 
-// Of the folders from the first one to this one: one request each.
+// The identities of the folders from the first one to this one: one request each.
 template <class Node>
 std::vector<FolderIdentity> identitiesOf(Node const& node) {
   if (!node.identities.empty()) return node.identities;
   std::vector<FolderIdentity> identities;
   std::u16string const& text = node.location.toString();
   for (std::size_t end = node.rootLength;;) {
-    if (auto const own = identityOf(*node.provider, beginningOf(node.location, end))) identities.push_back(*own);
+    if (auto const own = identityOf(*node.provider, prefixOf(node.location, end))) identities.push_back(*own);
     if (end >= text.size()) return identities;
     end = std::min(text.find(u'/', end + 1), text.size());
   }
@@ -71,7 +72,7 @@ std::shared_ptr<FolderSnapshot> read(std::shared_ptr<Provider> const& provider, 
   return readFolder(*provider, location, filter.literalHead());
 }
 
-// Finds out the kind of every matching entry that the folder itself didn't say.
+// Looks up the kind of every matching entry for which the listing didn't say it.
 void resolveKinds(FolderSnapshot& snapshot, NameFilter const& filter, Provider& provider) {
   SessionCache* const cache = currentSessionCache();
   for (std::size_t i = 0; i < snapshot.entries.size(); ++i) {
@@ -128,7 +129,7 @@ struct FolderListing<T>::State {
   Folder folder;
 };
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a copy by the interface
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes the filter by value
 FolderListing<ListEntry> Folder::listAll(std::u16string filter) const {
   auto names = makeFilter(filter);
   auto snapshot = read(node_->provider, node_->location, *names);
@@ -136,7 +137,7 @@ FolderListing<ListEntry> Folder::listAll(std::u16string filter) const {
   return FolderListing<ListEntry>(std::make_shared<State const>(State{std::move(snapshot), std::move(names), *this}));
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): callers hand over a copy by the interface
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes the filter by value
 FolderListing<Folder> Folder::listFolders(std::u16string filter) const {
   auto names = makeFilter(filter);
   auto snapshot = read(node_->provider, node_->location, *names);

@@ -22,8 +22,8 @@ class KORVAN_HOST_EXPORT ListEntry {
   /// The entry's name, as text. Valid as long as the entry.
   std::u16string const& getName() const noexcept { return name_; }
 
-  /// What the entry is, where the listing says so: no request was or will be made for it. Nothing for most links, and where the
-  /// folder doesn't say what its entries are.
+  /// What the entry is, if the listing says so; never makes a request. Nothing for most links, and for folders that
+  /// don't say what their entries are.
   std::optional<PathKind> getKind() const noexcept { return kind_; }
 
  private:
@@ -33,17 +33,17 @@ class KORVAN_HOST_EXPORT ListEntry {
   std::optional<PathKind> kind_;
 };
 
-/// A handle on a folder, local or remote. A value: copies share what is known of how the folder was reached, which never changes, so
+/// A handle on a folder, local or remote. A value: copies share an immutable record of how the folder was reached, so
 /// several threads may use them. Making a handle makes no request, except where one folder is opened from another.
 class KORVAN_HOST_EXPORT Folder {
  public:
-  /// The folder at the IRI, whether or not one exists there. Throws `UnsupportedIRISchemeException` when no provider serves the
-  /// scheme.
+  /// The folder at the IRI, whether or not one exists there. Throws `UnsupportedIRISchemeException` when no provider
+  /// serves the scheme.
   Folder(AbsoluteIRI location, StorageSystemReference system);
 
-  /// The sub-folder of that name. Throws `Exception` (code `other`) when it is one of the folders that led to it, reached again
-  /// through a link, so that no descent follows a cycle. Where a link was passed on the way, or no session knows that none was, it
-  /// asks for the identities of these folders, one request each, and throws what that throws.
+  /// The subfolder of that name. Throws `Exception` (code `other`) when it is one of the folders that led to it,
+  /// reached again through a link, so that no descent follows a cycle. If a link was followed on the way, or no session
+  /// can rule that out, it asks for the identities of these folders, one request each, and throws what that throws.
   Folder(Folder const& parent, std::u16string const& name);
 
   /// Where the folder is, as it was reached.
@@ -52,13 +52,13 @@ class KORVAN_HOST_EXPORT Folder {
   /// The folder's name, decoded; empty for a root.
   std::u16string getName() const;
 
-  /// Every entry whose name matches the filter: "*" is any run of characters, every other character stands for itself. Lists the
-  /// folder (one request a page), or answers from the thread's session. Throws `Exception` when the folder can't be listed
-  /// completely.
+  /// Every entry whose name matches the filter: "*" is any run of characters, every other character matches itself.
+  /// Lists the folder (one request per page), or answers from the thread's session. Throws `Exception` when the folder
+  /// can't be listed completely.
   FolderListing<ListEntry> listAll(std::u16string filter) const;
 
-  /// As `listAll`, but only folders and links to folders. One request more for each matching link, and for each matching entry whose
-  /// kind the folder doesn't say; an entry where that request fails is left out.
+  /// As `listAll`, but only folders and links to folders. One more request for each matching link, and for each
+  /// matching entry whose kind the folder doesn't say; an entry for which that request fails is left out.
   FolderListing<Folder> listFolders(std::u16string filter) const;
 
  private:
@@ -70,15 +70,16 @@ class KORVAN_HOST_EXPORT Folder {
   std::shared_ptr<Node const> node_;
 };
 
-/// The entries that a listing found, in the byte order of their names (code point order). A value that shares what was read: it stays
-/// valid and the same when the folder, the session or the disk changes. Iterating makes no request. `T` is `ListEntry` or `Folder`.
+/// The entries that a listing found, in the byte order of their names (code point order). A value that shares what was
+/// read: it stays valid and unchanged when the folder, the session or the disk changes. Iterating makes no request. `T`
+/// is `ListEntry` or `Folder`.
 template <class T>
 class KORVAN_HOST_EXPORT FolderListing {
   struct State;
 
  public:
-  /// Moves forward only. The iterator holds its element, which it makes when it is first dereferenced: a reference is valid until
-  /// that iterator moves or is destroyed.
+  /// Moves forward only. The iterator holds its element, which it makes when it is first dereferenced: a reference is
+  /// valid until that iterator moves or is destroyed.
   class KORVAN_HOST_EXPORT Iterator {
    public:
     using iterator_category = std::input_iterator_tag;
@@ -93,7 +94,7 @@ class KORVAN_HOST_EXPORT FolderListing {
     }
     T const* operator->() const { return &**this; }
 
-    /// The element's name, for those that need no more of it.
+    /// The element's name, without making the element.
     std::u16string getName() const;
 
     Iterator& operator++();

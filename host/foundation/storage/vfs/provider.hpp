@@ -13,7 +13,7 @@
 
 namespace foundation::storage::vfs {
 
-/// Equal for two folders that are one, however they were reached: on a disk the device and inode (POSIX st_dev, st_ino).
+/// Identifies a folder, however it was reached: on a disk the device and inode (POSIX st_dev, st_ino).
 struct FolderIdentity {
   std::uint64_t device = 0;
   std::uint64_t node = 0;
@@ -22,23 +22,25 @@ struct FolderIdentity {
 
 /// One page of a flat listing: everything below a folder, at any depth, in the byte order of the paths.
 struct SubtreePage {
-  /// Paths below the folder, elements joined by "/", as bytes. A path that ends in "/" only says that this folder exists.
+  /// Paths below the folder, elements joined by "/", as bytes. A path that ends in "/" only says that this folder
+  /// exists.
   std::vector<std::string> paths;
   /// Whether this is the last page.
   bool last = true;
-  /// What the next page begins after, where that is past the last path: a store may hold keys that no path can name. Empty for the
-  /// last path.
+  /// What the next page begins after, if that isn't the last of `paths`: a page may end with keys that no path can
+  /// name. Empty for the last of `paths`.
   std::string position;
 };
 
-/// Serves the IRIs of one scheme. Think of it as remote: each operation says how many requests it makes, and the layer above makes
-/// none twice. That layer also does everything that is the same for all providers: IRIs, filters, folders, link cycles, sessions and
-/// the order of entries. A provider only says what exists where.
+/// Serves the IRIs of one scheme: says what exists at a location and which entries a folder has. Think of it as remote:
+/// each operation documents how many requests it makes, and the layer above makes none twice. That layer also does
+/// everything that is the same for all providers: IRIs, filters, folders, link cycles, sessions and the order of
+/// entries.
 ///
-/// A provider must be usable from several threads at once, and may itself use the storage layer while it answers (it then reads past
-/// the session for which it is asked). It polls `utIsInterruptPending` while it waits or reads, and throws
-/// `Quindarel::System::InterruptException` when an interrupt is pending. Every other failure is an `Exception` with the location
-/// that it was asked about; an incomplete answer is a failure, never a shorter list.
+/// A provider must be usable from several threads at once, and may itself use the storage layer while it answers; such
+/// calls bypass the session on whose behalf it was called. It polls `utIsInterruptPending` while it waits or reads, and
+/// throws `Quindarel::System::InterruptException` when an interrupt is pending. Every other failure is an `Exception`
+/// with the location that it was asked about; an incomplete answer is a failure, never a shorter list.
 class KORVAN_HOST_EXPORT Provider {
  public:
   /// Whether the scheme's IRIs have an authority, the part between "://" and the path.
@@ -49,26 +51,29 @@ class KORVAN_HOST_EXPORT Provider {
 
   virtual ~Provider();
 
-  /// Which of the two holds for this scheme. No request.
+  /// Which of the two applies to this scheme. No request.
   virtual Authority authority() const noexcept = 0;
 
-  /// What exists at the location; `notFound` where nothing does. At most two requests.
+  /// What exists at the location; `notFound` if nothing does. At most two requests.
   virtual PathKind kind(AbsoluteIRI const& location) = 0;
 
-  /// Adds to `entries` the entries of the folder whose names begin with the bytes `namePrefix`, in any order; it may add others too.
-  /// One request a page. Throws when the location is not a folder (`notFound`) or can't be listed completely.
+  /// Adds to `entries` the entries of the folder whose names begin with the bytes `namePrefix`, in any order; it may
+  /// add others too. One request per page. Throws when the location is not a folder (`notFound`) or can't be listed
+  /// completely.
   virtual void list(AbsoluteIRI const& folder, std::string_view namePrefix, EntrySink& entries) = 0;
 
-  /// The identity of a folder where one folder can be reached in several ways; nothing where it can't, as in a store without links,
-  /// which is the default. One request. Throws when there is no folder.
+  /// The identity of a folder; nothing in storage without links, where a folder can be reached in one way only, which
+  /// is the default. One request. Throws if the folder doesn't exist.
   virtual std::optional<FolderIdentity> identity(AbsoluteIRI const& folder);
 
-  /// Whether this is a store of flat keys: `subtree` is served, and `list` reads only what begins with its prefix. By default not.
+  /// Whether this is a store of flat keys: `subtree` is served, and `list` reads only what begins with its prefix. By
+  /// default not.
   virtual bool servesSubtrees() const noexcept;
 
-  /// The page of everything below the folder whose path below it begins with the bytes `prefix` and is greater than `after` (from
-  /// the beginning where that is empty). One request. A folder with nothing below it gives an empty last page; so does a location
-  /// where nothing exists. Throws `Exception` with code `other` where it isn't served.
+  /// The page of everything below the folder whose path below it begins with the bytes `prefix` and is greater than
+  /// `after` (from the beginning if that is empty). One request. For a folder with nothing below it, and for a location
+  /// where nothing exists, the page is empty and the last one. Throws `Exception` with code `other` if this isn't
+  /// served.
   virtual SubtreePage subtree(AbsoluteIRI const& folder, std::string_view prefix, std::string_view after);
 };
 

@@ -18,23 +18,24 @@ struct Activity {
   std::atomic<std::uint64_t> folders{0};   ///< folders listed
   std::atomic<std::uint64_t> entries{0};   ///< entries of those folders
   std::atomic<std::uint64_t> requests{0};  ///< requests to remote stores, repeated ones included
-  std::atomic<std::uint64_t> bytes{0};     ///< bytes that remote stores answered
+  std::atomic<std::uint64_t> bytes{0};     ///< bytes received from remote stores
 };
 
-/// One consistent view of storage: opened by the host around one builtin call, on the thread that makes the call. While it is open,
-/// each folder is read at most once on that thread, and listings, kinds and existence below it are answered from a cache. Closed, it
-/// forgets everything. Without a session every question goes to the disk or store. Sessions nest: the innermost one answers.
+/// One consistent view of storage: opened by the host around one builtin call, on the thread that makes the call. While
+/// it is open, each folder is read at most once on that thread, and listings, kinds and existence below it are answered
+/// from a cache, which is discarded when the session is closed. Without a session every lookup goes to the disk or
+/// store. Sessions nest: the innermost one answers.
 ///
-/// Where a search descends through dozens of local folders, the session reads ahead: on a thread of its own, and on the calling one
-/// rather than wait for the other. The session's thread blocks all signals, does nothing but call the provider, and ends with the
-/// session at the latest, whose destructor waits for the listing in progress.
+/// Where a search descends through dozens of local folders, the session reads ahead: on a helper thread, and on the
+/// calling thread when that would otherwise wait for the helper. The helper thread blocks all signals, does nothing but
+/// call the provider, and ends with the session at the latest, whose destructor waits for the listing in progress.
 class KORVAN_HOST_EXPORT ReadSession {
  public:
-  /// In bytes.
+  /// The memory bound by default, in bytes.
   static constexpr std::size_t defaultMemoryBound = std::size_t{256} << 20;
 
-  /// Opens a session on the calling thread, which must also close it. When the cache exceeds about `memoryBound` bytes it is
-  /// emptied, and folders are read again.
+  /// Opens a session on the calling thread, which must also close it. When the cache exceeds about `memoryBound` bytes
+  /// it is emptied, and folders are read again.
   explicit ReadSession(std::size_t memoryBound = defaultMemoryBound);
   ~ReadSession();
   ReadSession(ReadSession const&) = delete;
@@ -43,11 +44,12 @@ class KORVAN_HOST_EXPORT ReadSession {
   /// What was read through this session so far. Valid as long as the session.
   Activity const& activity() const noexcept;
 
-  /// The locations where a listing failed, or a request for what a listed entry is or whether a folder contains itself: each once, in
-  /// the order of the failures. A search passes over these; while there are none, its result was complete. Absence isn't a failure,
-  /// nor is a folder that is refused because it closes a link cycle. An existence test of a location in a folder that wasn't listed
-  /// throws instead. The list only grows: a host that makes several calls in one session gets the failures of one call as those
-  /// behind the size that the list had before it; a location that failed in an earlier call isn't repeated.
+  /// The failures of listings, and of requests for the kind of a listed entry or the identity of a folder: each
+  /// location once, in the order of the failures. A search skips these locations; if there are none, its result is
+  /// complete. Absence isn't a failure, nor is a folder that is refused because it closes a link cycle. An existence
+  /// test of a location in a folder that wasn't listed throws instead. The list only grows: in a session of several
+  /// calls, the failures of one call begin at the size that the list had before it. A location that failed in an
+  /// earlier call isn't repeated.
   std::vector<Exception> const& failedListings() const noexcept;
 
   /// The calling thread's innermost session, or null.

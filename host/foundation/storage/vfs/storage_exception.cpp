@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "foundation/core/text/bytes.hpp"
+#include "foundation/storage/vfs/detail/iri_access.hpp"
 
 namespace foundation::storage::vfs {
 namespace {
@@ -14,7 +15,7 @@ std::string describe(std::u16string const& subject, std::string const& reason) {
 }
 
 AbsoluteIRI noLocation() {
-  return AbsoluteIRI::fromWrittenForm({}, 0, 0);
+  return IRIAccess::fromWrittenForm({}, 0, 0);
 }
 
 }  // namespace

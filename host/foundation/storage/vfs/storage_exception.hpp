@@ -12,14 +12,15 @@ namespace foundation::storage::vfs {
 enum class ErrorCode : int {
   notFound = 1,          ///< nothing exists at the location, or one of its components is not a folder
   permissionDenied = 2,  ///< something may exist there, but the caller may not see or read it
-  other = 3,             ///< anything else: the medium failed, the answer made no sense, time ran out
+  other = 3,             ///< anything else: a failing medium, a malformed response, a timeout
 };
 
-/// The root of every storage error: a code, the location concerned, and what the system or the store said. Every error that the
-/// storage layer throws is one of these or derives from it.
+/// The root of every storage error: a code, the location concerned, and what the system or the store said. Every error
+/// that the storage layer throws is one of these or derives from it.
 class KORVAN_HOST_EXPORT Exception : public std::exception {
  public:
-  /// `reason` is UTF-8, a few words, without the location. `systemError` is an `errno` value, where a system call failed.
+  /// `reason` is UTF-8, a few words, without the location. `systemError` is an `errno` value, where a system call
+  /// failed.
   Exception(ErrorCode code, AbsoluteIRI location, std::string reason, int systemError = 0);
   ~Exception() override;
 
@@ -78,11 +79,11 @@ class KORVAN_HOST_EXPORT UnsupportedIRISchemeException : public Exception {
   std::u16string scheme_;
 };
 
-/// The code for an `errno` value: ENOENT and ENOTDIR are "not found", EACCES and EPERM "permission denied", everything else is
-/// "other". The one place that decides it.
+/// The code for an `errno` value: ENOENT and ENOTDIR are "not found", EACCES and EPERM "permission denied", everything
+/// else is "other". The one place that decides it.
 KORVAN_HOST_EXPORT ErrorCode errorCodeOfErrno(int error) noexcept;
 
-/// The storage exception for a system call that failed with `error` at `location`, with the system's own words.
+/// The storage exception for a system call that failed with `error` at `location`, with the system's own message.
 KORVAN_HOST_EXPORT Exception exceptionOfErrno(int error, AbsoluteIRI location);
 
 }  // namespace foundation::storage::vfs

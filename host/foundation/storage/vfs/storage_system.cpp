@@ -38,7 +38,7 @@ std::string ownFolder() {
   return file.substr(0, file.rfind('/') + 1);
 }
 
-// A scheme has no "/", so the file lies in the modules' folder.
+// A scheme contains no "/", so the file is in the modules' folder.
 std::shared_ptr<Provider> loadModule(std::u16string_view scheme) {
   std::u16string const name(scheme);
   std::string const file = ownFolder() + "korvanhost/korvan-storage-" + core::text::toBytesLossy(name) + ".so";

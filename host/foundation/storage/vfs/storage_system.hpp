@@ -9,24 +9,24 @@
 
 namespace foundation::storage::vfs {
 
-/// The process's storage system: which provider serves which scheme. "file" is built in. Another scheme is served by a registered
-/// provider, or else by a module "korvanhost/korvan-storage-SCHEME.so" in the host library's own folder, which is loaded when the
-/// scheme is first used and never unloaded. Safe on every thread.
+/// The process's storage system: which provider serves which scheme. "file" is built in. Another scheme is served by a
+/// registered provider, or else by a module "korvanhost/korvan-storage-SCHEME.so" in the host library's own folder,
+/// which is loaded when the scheme is first used and never unloaded. May be used by several threads at once.
 class KORVAN_HOST_EXPORT StorageSystem {
  public:
-  /// The one of this process.
+  /// The storage system of this process.
   static StorageSystem& instance();
 
-  /// The provider of the scheme (in lower case), shared with the caller. Throws `UnsupportedIRISchemeException` when there is none or
-  /// its module can't be loaded.
+  /// The provider of the scheme (in lower case), shared with the caller. Throws `UnsupportedIRISchemeException` when
+  /// there is none or its module can't be loaded.
   std::shared_ptr<Provider> provider(std::u16string_view scheme);
 
   /// Lets `provider` serve the scheme (in lower case, not "file") from now on; a null pointer removes the registration.
   void registerProvider(std::u16string const& scheme, std::shared_ptr<Provider> provider);
 };
 
-/// What a module exports, with C linkage, under the name "korvanStorageProvider": makes the provider of its scheme, owned by the
-/// caller.
+/// The function that a module exports, with C linkage, under the name "korvanStorageProvider". Makes the provider of
+/// its scheme, which the caller then owns.
 using MakeProvider = Provider* (*)();
 
 /// A handle on the storage system, passed by value; as cheap as a pointer.

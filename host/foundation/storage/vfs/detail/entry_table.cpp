@@ -65,7 +65,7 @@ void EntryTable::sort() {
   });
   for (std::size_t i = 0; i < keyed.size(); ++i) records_[i] = keyed[i].record;
 
-  // Among equal names the greatest kind comes first: a folder where there is one.
+  // Among equal names the greatest kind comes first: a folder if there is one.
   auto const nameOf = [this](Record const& record) {
     return std::string_view(names_.data() + record.offset, record.flags >> flagBits);
   };

@@ -13,22 +13,22 @@
 
 namespace foundation::storage::vfs {
 
-/// The entries of one folder: names as bytes, in eight bytes an entry beyond the name. First filled, then sorted, then read; only
-/// kinds that are found out later still change. Internal to the storage layer; providers fill it through an `EntrySink`. Makes no
-/// system call. Not for several threads at once.
+/// The entries of one folder: names as bytes, with eight more bytes per entry. First filled, then sorted, then read;
+/// after that only kinds that weren't known still change. Internal to the storage layer; providers fill it through an
+/// `EntrySink`. Makes no system call. Not for several threads at once.
 class KORVAN_HOST_EXPORT EntryTable {
  public:
-  /// No index.
+  /// What `find` returns for a name that the table doesn't have.
   static constexpr std::size_t npos = static_cast<std::size_t>(-1);
 
   /// Adds an entry: see `EntrySink::add`.
   void add(std::string_view name, EntryKind kind);
 
-  /// Sorts by the bytes of the names (code point order, where they are UTF-8) and removes duplicate names, preferring a folder.
-  /// Polls for an interrupt as `add` does.
+  /// Sorts by the bytes of the names (code point order, where they are UTF-8) and removes duplicate names, preferring a
+  /// folder. Polls for an interrupt as `add` does.
   void sort();
 
-  /// Makes room for a usual folder, so that filling the table allocates twice and no more.
+  /// Makes room for a folder of usual size, so that filling the table allocates only twice.
   void reserveUsual();
 
   /// Frees the memory that isn't used.
@@ -43,14 +43,14 @@ class KORVAN_HOST_EXPORT EntryTable {
     return {names_.data() + record.offset, record.flags >> flagBits};
   }
 
-  /// The entry's kind; nothing where the folder didn't say it and no request has found it out.
+  /// The entry's kind; nothing if the listing didn't say it and no request has found it out.
   std::optional<PathKind> kind(std::size_t index) const noexcept {
     std::uint32_t const known = records_[index].flags & kindMask;
     if (known == 0) return std::nullopt;
     return static_cast<PathKind>(known - 1);
   }
 
-  /// Notes the kind that a request found.
+  /// Records the kind that a request found.
   void setKind(std::size_t index, PathKind kind) noexcept;
 
   /// Whether the entry is, or may be, a link.
@@ -69,7 +69,7 @@ class KORVAN_HOST_EXPORT EntryTable {
 
   struct Record {
     std::uint32_t offset;
-    std::uint32_t flags;  // the name's length lies above these flags' bits
+    std::uint32_t flags;  // the name's length is in the bits above the flags
   };
 
   std::string names_;

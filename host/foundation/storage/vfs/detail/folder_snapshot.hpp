@@ -11,24 +11,25 @@
 
 namespace foundation::storage::vfs {
 
-/// A folder's entries as one listing found them, sorted. Internal to the storage layer. Shared by listings and, where there is one,
-/// the session, on whose thread alone it changes; without a session it doesn't change once it is shared.
+/// A folder's entries as one listing found them, sorted. Internal to the storage layer. Shared by listings and the
+/// session, if any. Only the session's thread changes it; without a session it doesn't change once it is shared.
 struct FolderSnapshot {
   AbsoluteIRI location;
-  std::string prefix;  ///< it is complete for entries whose names begin with these bytes
+  std::string prefix;  ///< complete for entries whose names begin with these bytes
   EntryTable entries;
-  std::size_t lastHit =
-      EntryTable::npos;  ///< the entry that the session looked up last: the next one is likely its neighbour
+  /// The entry that the session looked up last: the next one is likely its neighbour.
+  std::size_t lastHit = EntryTable::npos;
 
   FolderSnapshot(AbsoluteIRI where, std::string namePrefix)
       : location(std::move(where)), prefix(std::move(namePrefix)) {}
 };
 
-/// Asks the provider for the folder's entries: one listing. Throws as `Provider::list` does. Shares no memory with other calls, so a
-/// provider may list folders through the storage layer while it answers, on any thread.
+/// Asks the provider for the folder's entries: one listing. Throws as `Provider::list` does. Shares no memory with
+/// other calls, so a provider may list folders through the storage layer while it answers, on any thread.
 std::shared_ptr<FolderSnapshot> readFolder(Provider& provider, AbsoluteIRI const& location, std::string_view prefix);
 
-/// The entry's kind: as the snapshot has it, else as the provider says, which the snapshot then notes. At most two requests.
+/// The entry's kind: from the snapshot, or else from the provider, and then recorded in the snapshot. At most two
+/// requests.
 PathKind kindOfEntry(FolderSnapshot& snapshot, std::size_t index, Provider& provider);
 
 }  // namespace foundation::storage::vfs

@@ -32,20 +32,20 @@ bool isPlain(char16_t unit) {
   return unit >= 0xA0 && !core::text::isSurrogate(unit);
 }
 
-// Whether the text has only letters, digits and "-", ".", "/", "_", as nearly all names have. There is no branch inside the loop, so
-// that compilers turn it into vector code.
+// Whether the text has only letters, digits and "-", ".", "/", "_", as nearly all names have. There is no branch inside
+// the loop, so that compilers can vectorise it.
 bool isUsual(std::u16string_view text) {
   std::uint16_t others = 0;
   for (char16_t const unit : text) {
     std::uint16_t const noLetter = static_cast<std::uint16_t>((unit | 0x20U) - u'a') > u'z' - u'a';
-    std::uint16_t const noDigitOrSign = static_cast<std::uint16_t>(unit - u'-') > u'9' - u'-';  // "./" lie between
+    std::uint16_t const noDigitOrSign = static_cast<std::uint16_t>(unit - u'-') > u'9' - u'-';  // also "." and "/"
     std::uint16_t const noLine = unit != u'_';
     others = static_cast<std::uint16_t>(others | (noLetter & noDigitOrSign & noLine));
   }
   return others == 0;
 }
 
-// Encodes the unit or pair at `at`. Returns the number of units encoded: 0 for a surrogate without bytes.
+// Encodes the unit or pair at `at`. Returns the number of units encoded: 0 for a surrogate without a byte form.
 std::size_t appendOne(std::u16string& written, std::u16string_view text, std::size_t at) {
   if (isPairAt(text, at)) {
     written.append(text, at, 2);
@@ -104,7 +104,7 @@ char const* appendNormalized(std::u16string& written, std::u16string_view text) 
       ++at;
     } else {
       std::size_t const taken = appendOne(written, text, at);
-      if (taken == 0) return "it holds half of a surrogate pair";
+      if (taken == 0) return "it contains half of a surrogate pair";
       at += taken;
     }
   }

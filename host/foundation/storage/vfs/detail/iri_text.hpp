@@ -7,15 +7,16 @@
 /// The text side of IRIs: percent-encoding and the parts of a text. Pure functions; internal to the storage layer.
 namespace foundation::storage::vfs::iri_text {
 
-/// The length of the scheme where the text begins with one and "://", otherwise 0.
+/// The length of the scheme if the text begins with one and "://", otherwise 0.
 std::size_t schemeLength(std::u16string_view text) noexcept;
 
-/// Adds a decoded text in written form; "/" stays. False when the text holds a surrogate without bytes; the tail of `written` is then
-/// unspecified.
+/// Adds a decoded text in written form, leaving each "/" as it is. False when the text contains a surrogate without a
+/// byte form; the tail of `written` is then unspecified.
 bool appendEncoded(std::u16string& written, std::u16string_view decoded);
 
-/// Adds part of an IRI that a person wrote in written form: percent-encodings stay, in upper case hex, and raw characters that an IRI
-/// must encode are encoded. Returns null, or what is wrong with the text; the tail of `written` is then unspecified.
+/// Adds part of an IRI that a person wrote in written form: percent-encodings stay, in upper case hex, and raw
+/// characters that an IRI must encode are encoded. Returns null, or what is wrong with the text; the tail of `written`
+/// is then unspecified.
 char const* appendNormalized(std::u16string& written, std::u16string_view text);
 
 /// Adds the bytes that a written text encodes to `bytes`.

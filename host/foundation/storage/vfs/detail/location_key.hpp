@@ -9,8 +9,8 @@
 
 namespace foundation::storage::vfs {
 
-/// The text by which caches know a folder: the written form of its location without a final "/", as "a" and "a/" are one folder. Valid
-/// as long as the location.
+/// The key of a folder in caches: the written form of its location without a final "/", as "a" and "a/" are the same
+/// folder. Valid as long as the location.
 inline std::u16string_view keyOf(AbsoluteIRI const& location) noexcept {
   std::u16string_view key = location.toString();
   if (!location.encodedPath().empty() && key.back() == u'/') key.remove_suffix(1);
@@ -25,8 +25,8 @@ struct KeyEqual {
   }
 };
 
-/// Hashes the whole key, since many folders have the same beginning and the same end. It isn't `noexcept`: libstdc++ then stores the
-/// hashes in its tables instead of computing them again for each neighbour in a bucket.
+/// Hashes the whole key, since many folders have the same beginning and the same end. It isn't `noexcept`: libstdc++
+/// then stores the hashes in its tables instead of computing them again for each neighbour in a bucket.
 struct KeyHash {
   using is_transparent = void;
   std::size_t operator()(std::u16string_view key) const { return std::hash<std::u16string_view>()(key); }

@@ -8,14 +8,14 @@
 namespace foundation::storage::vfs {
 namespace {
 
-// Whether a text has a unit for a single byte that isn't UTF-8. The bytes of such a piece could match in the middle of a character;
-// those of every other piece can't, as UTF-8 shows where a character begins.
-bool hasSingleBytes(std::u16string_view text) {
+// Whether the text contains an escaped byte, one that isn't UTF-8. Compared as bytes, such a piece could match in the
+// middle of a character; other pieces can't, as UTF-8 shows where a character begins.
+bool hasEscapedBytes(std::u16string_view text) {
   return std::any_of(text.begin(), text.end(), core::text::isEscapedByte);
 }
 
-// Whether the name is pieces[0], any run, pieces[1], any run ... and the last piece. Taking each middle piece where it first occurs is
-// right, since that leaves most to the pieces after it: no backtracking is needed.
+// Whether the name is pieces[0], any run, pieces[1], any run ... and the last piece. Taking each middle piece where it
+// first occurs is right, since that leaves most to the pieces after it: no backtracking is needed.
 template <class String, class View = std::basic_string_view<typename String::value_type>>
 bool matchesPieces(View name, std::vector<String> const& pieces) {
   String const& first = pieces.front();
@@ -35,7 +35,7 @@ bool matchesPieces(View name, std::vector<String> const& pieces) {
 }  // namespace
 
 NameFilter::NameFilter(std::u16string const& filter) {
-  bool const byText = hasSingleBytes(filter);
+  bool const byText = hasEscapedBytes(filter);
   pieces_.reserve(2);
   for (std::size_t start = 0, end = 0; end != std::u16string::npos; start = end + 1) {
     end = filter.find(u'*', start);

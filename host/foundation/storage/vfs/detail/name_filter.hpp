@@ -8,12 +8,12 @@
 
 namespace foundation::storage::vfs {
 
-/// The filter of a listing: "*" is any run of characters, even none; every other character is itself; case matters. Names are the
-/// bytes that an entry has on its medium. Takes time at most linear in name length times filter length, however many stars there
-/// are. Immutable, so usable by several threads at once.
+/// The filter of a listing: "*" matches any run of characters, even none; every other character matches itself; case
+/// matters. Names are the bytes that the disk or store has. Takes time at most linear in name length times filter
+/// length, however many stars there are. Immutable, so usable by several threads at once.
 class KORVAN_HOST_EXPORT NameFilter {
  public:
-  /// A filter with a surrogate without bytes matches nothing.
+  /// A filter that contains a surrogate without a byte form matches nothing.
   explicit NameFilter(std::u16string const& filter);
 
   /// Whether the whole name matches.
@@ -26,8 +26,10 @@ class KORVAN_HOST_EXPORT NameFilter {
   bool matchesAll() const noexcept { return all_; }
 
  private:
-  std::vector<std::string> pieces_;  // what lies between the stars, as bytes; the first and the last may be empty
-  std::vector<std::u16string> textPieces_;  // the same as text, where comparing bytes isn't enough (see the source)
+  // The parts between the stars, as bytes; the first and the last may be empty.
+  std::vector<std::string> pieces_;
+  // The same as text, for a filter with bytes that aren't UTF-8; otherwise empty. See hasEscapedBytes.
+  std::vector<std::u16string> textPieces_;
   std::string literalHead_;
   bool all_ = false;
   bool none_ = false;

@@ -7,9 +7,9 @@ class SessionCache;
 /// The cache of the calling thread's innermost session, or null.
 SessionCache* innermostSessionCache() noexcept;
 
-/// The cache through which the storage layer answers the calling thread: the innermost session's, or null where there is none or while
-/// that session waits for a provider. A provider that uses the storage layer to answer thus reads past the session, whose cache isn't
-/// made to be entered a second time.
+/// The cache through which the storage layer answers the calling thread: the innermost session's, or null if there is
+/// none or while that session is calling a provider. So a provider that itself uses the storage layer bypasses the
+/// session, whose cache isn't reentrant.
 SessionCache* currentSessionCache() noexcept;
 
 }  // namespace foundation::storage::vfs

@@ -52,7 +52,7 @@ void DescentOrder::clear() noexcept {
   size_ = 0;
 }
 
-// Each thread that reads has at most one position open, so few are looked at.
+// Each thread that reads has at most one position open, so few are checked.
 std::list<DescentOrder::Pending>::iterator DescentOrder::firstPending() noexcept {
   return std::find_if(pending_.begin(), pending_.end(),
                       [](Pending const& pending) { return pending.subfolders.size() != 0; });

@@ -9,9 +9,9 @@
 
 namespace foundation::storage::vfs {
 
-/// Predicts which folder a descent requests next: each folder before those in it, siblings in listing order. Links and folders whose
-/// names begin with "." aren't predicted. Several folders may be taken before the first of them is read: each leaves its position
-/// in the order, where its sub-folders will be. Internal to the session.
+/// Predicts which folder a descent requests next: each folder before those in it, siblings in listing order. Links and
+/// folders whose names begin with "." aren't predicted. Several folders may be taken before the first of them is read:
+/// each leaves its position in the order, where its subfolders will be. Internal to the session.
 class DescentOrder {
   struct Pending {
     AbsoluteIRI folder;
@@ -23,37 +23,39 @@ class DescentOrder {
   /// The position of a folder that was taken; valid until `enter`.
   using Position = std::list<Pending>::iterator;
 
-  /// The folder that is predicted; nothing where none is known.
+  /// The folder that is predicted; nothing if none is known.
   std::optional<AbsoluteIRI> next();
 
   /// Takes the folder that `next` returned.
   Position take(AbsoluteIRI folder);
 
-  /// Takes a folder that wasn't predicted. What is in it comes before everything else, and the folder won't be predicted any more.
+  /// Takes a folder that wasn't predicted. Its subfolders are predicted before everything else, and it isn't predicted
+  /// again itself.
   Position takeOutOfOrder(AbsoluteIRI folder);
 
-  /// Puts the sub-folders of the folder that was taken at its position: none where it couldn't be read.
+  /// Puts the subfolders of the folder that was taken at its position: none if it couldn't be read.
   void enter(Position position, EntryTable subfolders) noexcept;
 
-  /// Forgets all predictions. No position may be open. Folders taken out of order stay so: the one above them may be entered later.
+  /// Forgets all predictions. No position may be open. Folders that were taken out of order remain excluded, as the
+  /// folder above them may be entered later.
   void clear() noexcept;
 
   /// About how many folders can be predicted: some of them may have been taken out of order.
   std::size_t size() const noexcept { return size_; }
 
  private:
-  // What remains of each folder that is being descended: nothing yet where it is taken, otherwise something. The names are a copy, as
-  // a shared snapshot is changed by the thread that requested it.
+  // The folders that the descent is in, with the subfolders that remain: none while a folder is taken and not yet
+  // entered. The names are copies, since the thread that requested a snapshot may change it.
   std::list<Pending> pending_;
   std::size_t size_ = 0;
-  std::unordered_set<std::size_t>
-      takenOutOfOrder_;  // hashes of keys: where two are equal, a folder too many is skipped
+  // Hashes of keys: if two are equal, one folder too many is skipped.
+  std::unordered_set<std::size_t> takenOutOfOrder_;
 
   std::list<Pending>::iterator firstPending() noexcept;
   void advance(Position position) noexcept;
 };
 
-/// The entries of the folder that a descent goes into.
+/// The subfolders that a descent is predicted to enter.
 EntryTable descendedSubfolders(FolderSnapshot const& snapshot);
 
 }  // namespace foundation::storage::vfs

@@ -11,18 +11,18 @@
 
 namespace foundation::storage::vfs {
 
-/// The failures of one session: remembered by location, so that what has failed isn't tried again, and reported once for each
-/// location, however often and in whatever order it is asked about. Not for several threads at once.
+/// The failures of one session: remembered by location, so that what has failed isn't tried again, and reported once
+/// for each location, however often and in whatever order it is asked about. Not for several threads at once.
 class FailureLog {
  public:
   /// What was asked about a location. One question may fail where another is answered.
   enum class Question { entries, kind, identity };
 
-  /// Whether a failure belongs into the report: not where the caller is sure to pass it on, or it would be reported twice.
+  /// Whether a failure belongs in the report: not if the caller is sure to pass it on, or it would be reported twice.
   enum class Report { no, yes };
 
-  /// The result of `ask`, which puts the question to the provider. Throws what that throws, and doesn't call it again for a question
-  /// that has failed: then throws a plain `Exception`.
+  /// The result of `ask`, which puts the question to the provider, and throws what that throws. A question that failed
+  /// before isn't put again: the remembered failure is thrown, as a plain `Exception`.
   template <class Ask>
   auto attempt(Question question, AbsoluteIRI const& location, Report toReport, Ask ask) {
     rethrowRemembered(question, location, toReport);
@@ -35,8 +35,8 @@ class FailureLog {
     }
   }
 
-  /// Remembers a failure, unless one is remembered for the question, without reporting it: the search may never ask for what was
-  /// read ahead.
+  /// Remembers a failure, unless one is remembered for the question, without reporting it: the search may never ask for
+  /// what was read ahead.
   void remember(Question question, AbsoluteIRI const& location, Exception const& failure);
 
   /// In the order of the failures, without absence, which isn't a failure. Only ever grows.

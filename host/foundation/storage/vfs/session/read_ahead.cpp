@@ -14,18 +14,18 @@ namespace {
 // A search of a few folders isn't worth a thread.
 constexpr std::size_t hitsToStart = 32;
 
-// So many misses in a row mean that the descent has ended; fewer may be a link or a folder with a dot name that it goes into.
+// This many misses in a row mean that the descent has ended; fewer may come from a link or a dot folder that it enters.
 constexpr std::size_t missesToAbandon = 32;
 
 // The window: how much may be prefetched and not yet requested.
 constexpr std::size_t windowFolders = 256;
 constexpr std::size_t windowMemory = std::size_t{4} << 20;
 
-// The helper is woken when it can read this many folders, lest every folder cost a system call.
+// The helper is woken when it can read this many folders, as each wake-up costs a system call.
 constexpr std::size_t worthWaking = 8;
 
-// How often a thread looks for something that is about to happen before it sleeps: to be put to sleep and woken again takes longer
-// than to read a folder of a disk.
+// How often a thread checks for an imminent event before it sleeps: going to sleep and being woken takes longer than
+// reading a local folder.
 constexpr int spins = 50;
 
 void lockSpinning(std::unique_lock<std::mutex>& lock) {
@@ -48,7 +48,7 @@ class Unlocked {
   std::unique_lock<std::mutex>& lock_;
 };
 
-bool isShortage(int systemError) {
+bool lacksResources(int systemError) {
   return systemError == EMFILE || systemError == ENFILE || systemError == ENOMEM;
 }
 
@@ -81,8 +81,8 @@ std::shared_ptr<FolderSnapshot> ReadAhead::read(std::shared_ptr<Provider> const&
   return std::move(outcome->snapshot);
 }
 
-// Returns when the helper isn't reading the folder (any more). Until then it prefetches others, and waits only where none is
-// predicted.
+// Returns when the helper isn't reading the folder (any more). Until then it prefetches others, and waits only if none
+// is predicted.
 void ReadAhead::awaitHelper(Lock& lock, AbsoluteIRI const& location) {
   bool mayPrefetch = true;
   for (int looks = 0; helperReads_ != nullptr && isSameFolder(*helperReads_, location); ++looks) {
@@ -124,7 +124,7 @@ ReadAhead::Outcome ReadAhead::readRequested(Lock& lock, AbsoluteIRI const& locat
   auto const position = isHit ? order_.take(std::move(*predicted)) : order_.takeOutOfOrder(location);
   try {
     Reading reading = readUnlocked(lock, location);
-    if (reading.wasShort && helper_.joinable()) {
+    if (reading.lackedResources && helper_.joinable()) {
       stopHelper(lock);
       mayStartHelper_ = false;
       reading = readUnlocked(lock, location);
@@ -137,7 +137,7 @@ ReadAhead::Outcome ReadAhead::readRequested(Lock& lock, AbsoluteIRI const& locat
   }
 }
 
-// Takes the folder to prefetch: nothing where none is predicted or the window is full.
+// Takes the folder to prefetch: nothing if none is predicted or the window is full.
 std::optional<DescentOrder::Position> ReadAhead::takePredicted() {
   bool const hasRoom = prefetched_.empty() || (prefetched_.size() < windowFolders && prefetchedMemory_ < windowMemory);
   auto predicted = hasRoom ? order_.next() : std::nullopt;
@@ -145,12 +145,12 @@ std::optional<DescentOrder::Position> ReadAhead::takePredicted() {
   return order_.take(std::move(*predicted));
 }
 
-// Whether it succeeded. An interrupt or a lack of memory or descriptors doesn't concern those who didn't request this folder: whoever does reads it
-// again, and meets it there.
+// Whether it succeeded. An interrupt or a lack of memory or descriptors isn't reported for a folder that nobody has
+// requested: when it is requested, it is read again, and fails again if the cause remains.
 bool ReadAhead::prefetch(Lock& lock, DescentOrder::Position position) noexcept {
   try {
     Reading reading = readUnlocked(lock, position->folder);
-    if (reading.wasShort) {
+    if (reading.lackedResources) {
       order_.enter(position, {});
       return false;
     }
@@ -174,7 +174,7 @@ ReadAhead::Reading ReadAhead::readUnlocked(Lock& lock, AbsoluteIRI const& locati
   } catch (Exception const& failure) {
     return {{std::make_shared<FolderSnapshot>(location, std::string()), std::current_exception()},
             {},
-            isShortage(failure.systemError())};
+            lacksResources(failure.systemError())};
   }
 }
 

@@ -18,15 +18,16 @@
 
 namespace foundation::storage::vfs {
 
-/// Reads the folders that one thread, the caller's, requests, and while these come in the order of a descent, predicts and reads
-/// further ones ahead, within a bounded window: on a helper thread, and on the caller's where it would have to wait for the helper.
-/// The order has to be recognised, since the folder interface has no "descend": the storage layer only sees one request for a folder
-/// after the other. The helper only calls the provider and blocks all signals. Internal to the session.
+/// Reads the folders that one thread, the caller's, requests, and while these come in the order of a descent, predicts
+/// and reads further ones ahead, within a bounded window: on a helper thread, and on the caller's where it would have
+/// to wait for the helper. The order has to be recognised, since the folder interface has no "descend": the storage
+/// layer only sees one request for a folder after the other. The helper only calls the provider and blocks all signals.
+/// Internal to the session.
 class ReadAhead {
  public:
   /// A folder that was read, or could not be.
   struct Outcome {
-    std::shared_ptr<FolderSnapshot> snapshot;  ///< only the location where there is a failure
+    std::shared_ptr<FolderSnapshot> snapshot;  ///< after a failure only the location
     std::exception_ptr failure;                ///< an `Exception` as the provider threw it, or null
   };
   using AddToCache = std::function<void(Outcome const&)>;
@@ -39,8 +40,8 @@ class ReadAhead {
   ReadAhead(ReadAhead const&) = delete;
   ReadAhead& operator=(ReadAhead const&) = delete;
 
-  /// Reads the folder, unless it was prefetched. Throws as `Provider::list` does, and what `addToCache` throws. A lack of descriptors
-  /// or memory is thrown only where it is met without the helper.
+  /// Reads the folder, unless it was prefetched. Throws as `Provider::list` does, and what `addToCache` throws. A lack
+  /// of descriptors or memory is thrown only where it is met without the helper.
   std::shared_ptr<FolderSnapshot> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
 
  private:
@@ -48,7 +49,7 @@ class ReadAhead {
   struct Reading {
     Outcome outcome;
     EntryTable subfolders;
-    bool wasShort = false;  // of descriptors or memory, which is no property of the folder
+    bool lackedResources = false;  // descriptors or memory: a failure that says nothing about the folder
   };
 
   void awaitHelper(Lock& lock, AbsoluteIRI const& location);
@@ -72,8 +73,8 @@ class ReadAhead {
   std::size_t hits_ = 0;    // requests in a row that were predicted but not prefetched
   std::size_t misses_ = 0;  // requests in a row that were neither predicted nor prefetched
   bool mayStartHelper_ = true;
-  std::thread
-      helper_;  // one that an interrupt or a lack of memory has ended isn't replaced until the descent is abandoned
+  // If an interrupt or a lack of memory ended it, it isn't replaced until the descent is abandoned.
+  std::thread helper_;
 
   std::mutex mutex_;  // guards everything below
   DescentOrder order_;

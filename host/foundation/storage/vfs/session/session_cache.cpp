@@ -1,7 +1,8 @@
-// The cache predicts twice, because the folder interface says nothing of where a search goes: it only asks for one folder or one
-// entry after the other. A search lists the folders below one again and again in the same order, so each cached folder remembers
-// the one requested after it; and it looks up the entries of a folder in listing order, so the neighbour of the last entry is
-// tried first. A wrong prediction costs one comparison, a right one saves a search through cold memory.
+// The cache predicts twice, because the folder interface says nothing about where a search goes next: folders and
+// entries are requested one after the other. A search lists the folders below a folder again and again in the same
+// order, so each cached folder remembers the one requested after it; and it looks up the entries of a folder in listing
+// order, so the neighbour of the last entry is tried first. A wrong prediction costs one comparison, a right one saves
+// a lookup in cold memory.
 
 #include "foundation/storage/vfs/session/session_cache.hpp"
 
@@ -121,8 +122,8 @@ PathKind SessionCache::kind(StorageSystem& system, AbsoluteIRI const& location) 
     kind = known->second;
   }
   if (!kind) {
-    // A location in a folder that wasn't listed was named by the caller, who learns of the failure from the exception. What was
-    // listed isn't known any more after an eviction.
+    // A location in a folder that wasn't listed was named by the caller, who sees the exception. After an eviction it
+    // is no longer known what was listed.
     bool const mayBeListed = entry.snapshot != nullptr || hasEvicted_;
     kind = failures_.attempt(FailureLog::Question::kind, location,
                              mayBeListed ? FailureLog::Report::yes : FailureLog::Report::no,
@@ -201,8 +202,8 @@ SessionCache::Entry SessionCache::findEntry(AbsoluteIRI const& location) {
   return {lastLookedIn_, index};
 }
 
-// Tries the last entry looked up and the one after it: the walk looks up sub-folders twice. Most names are written as they are, and
-// then nothing needs to be split, decoded or searched.
+// Tries the last entry looked up and the one after it: the walk looks up subfolders twice. Most names are written as
+// they are, and then nothing needs to be split, decoded or searched.
 std::size_t SessionCache::findNeighbour(std::u16string_view key) {
   if (lastLookedIn_ == nullptr) return EntryTable::npos;
   std::u16string_view const folderKey = keyOf(lastLookedIn_->location);
@@ -233,7 +234,7 @@ SessionCache::CachedFolder& SessionCache::add(std::shared_ptr<FolderSnapshot> sn
   return folders_.emplace(key, CachedFolder{std::move(snapshot)})->second;
 }
 
-// Evicts everything at once: searches seldom come near the bound, and an order of eviction would cost on every hit.
+// Evicts everything at once: searches rarely come near the bound, and keeping an order of eviction would cost time on every hit.
 void SessionCache::makeRoom(std::size_t bytes) {
   if (memory_ + bytes > memoryBound_) {
     folders_.clear();

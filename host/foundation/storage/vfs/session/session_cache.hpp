@@ -17,20 +17,21 @@
 
 namespace foundation::storage::vfs {
 
-/// What a read session remembers: one snapshot of each folder, the identities of folders, the failures, and the kinds of locations
-/// whose folder wasn't listed.
-/// Used by the session's thread alone, but for `activity`. Not to be entered a second time while it asks a provider: see `isBusy`. Each
-/// operation that asks a provider throws what that throws and remembers it; see FailureLog. It also reports the failure, as a search passes
-/// over what it can't look at and only the report shows that its result isn't complete.
+/// What a read session remembers: one snapshot of each folder, the identities of folders, the failures, and the kinds
+/// of locations whose folder wasn't listed. Only the session's thread uses it, except for `activity`. Not reentrant
+/// while it calls a provider; see `isBusy`. Each operation that calls a provider throws what that throws, and remembers
+/// and reports it (see FailureLog): a search skips what it can't look up, and only the report shows that its result is
+/// incomplete.
 class SessionCache {
  public:
   explicit SessionCache(std::size_t memoryBound);
 
-  /// The snapshot of the folder, complete at least for the entries whose names begin with `prefix`: from the cache, or read now.
+  /// The snapshot of the folder, complete at least for the entries whose names begin with `prefix`: from the cache, or
+  /// read now.
   std::shared_ptr<FolderSnapshot> snapshot(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
                                            std::string_view prefix);
 
-  /// What exists at the location. The storage system is asked for the provider only where the cache has no answer.
+  /// What exists at the location. The storage system is asked for the provider only if the cache has no answer.
   PathKind kind(StorageSystem& system, AbsoluteIRI const& location);
 
   /// The kind of an entry of a snapshot that this cache returned: as `kindOfEntry`.
@@ -42,10 +43,11 @@ class SessionCache {
   /// Whether the entry at the location is, or may be, a link: true unless a snapshot says that it isn't.
   bool maybeLink(AbsoluteIRI const& location);
 
-  /// The filter of the text: the last one, where the text is the same, as a search lists thousands of folders with one filter.
+  /// The filter of the text: the last one if the text is the same, as a search lists thousands of folders with one
+  /// filter.
   std::shared_ptr<NameFilter const> const& filter(std::u16string const& text);
 
-  /// Whether a provider is being asked on this thread.
+  /// Whether a provider is being called on this thread.
   bool isBusy() const noexcept { return busy_; }
 
   FailureLog const& failures() const noexcept { return failures_; }
@@ -55,15 +57,14 @@ class SessionCache {
  private:
   struct CachedFolder {
     std::shared_ptr<FolderSnapshot> snapshot;
-    CachedFolder* next =
-        nullptr;  // the folder that was requested after it the last time: the prediction for the next time
+    CachedFolder* next = nullptr;  // the folder that was requested after it last time, predicted for the next time
   };
   CachedFolder* find(std::u16string_view key, std::string_view prefix);
   CachedFolder* findPredicted(std::u16string_view key, std::string_view prefix);
   std::shared_ptr<FolderSnapshot> const& noteRequested(CachedFolder& folder);
 
-  // The entry at a location, in a snapshot of the folder above it: null where there is none or the location ends in no name; the
-  // index is `EntryTable::npos` where the folder has no such entry.
+  // The entry at a location, in a snapshot of the folder above it. The snapshot is null if that folder isn't cached or
+  // the location doesn't end in a name; the index is `EntryTable::npos` if the folder has no such entry.
   struct Entry {
     FolderSnapshot* snapshot;
     std::size_t index;

@@ -10,8 +10,8 @@
 namespace foundation::storage::vfs {
 namespace {
 
-// The back-off ends at a thousand questions.
-constexpr std::size_t mostUnhelpfulPages = 10;
+// Bounds the back-off to about a thousand lookups.
+constexpr std::size_t maximumUnhelpfulPages = 10;
 
 std::u16string_view withoutFinalSeparator(std::u16string_view text) {
   if (!text.empty() && text.back() == u'/') text.remove_suffix(1);
@@ -73,8 +73,8 @@ void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, AddToCa
     closeUntil({}, note);
     open_.clear();
   }
-  unhelpfulPages_ = helped ? 0 : std::min(unhelpfulPages_ + 1, mostUnhelpfulPages);
-  questionsToSkip_ = (std::size_t{1} << unhelpfulPages_) - 1;
+  unhelpfulPages_ = helped ? 0 : std::min(unhelpfulPages_ + 1, maximumUnhelpfulPages);
+  lookupsToSkip_ = (std::size_t{1} << unhelpfulPages_) - 1;
   intact_ = true;
 }
 
@@ -88,8 +88,8 @@ SubtreePage SubtreeScan::pageFor(Provider& provider, AbsoluteIRI const& folder) 
 }
 
 bool SubtreeScan::isWorthAPage() {
-  if (questionsToSkip_ == 0) return true;
-  --questionsToSkip_;
+  if (lookupsToSkip_ == 0) return true;
+  --lookupsToSkip_;
   return false;
 }
 

@@ -11,10 +11,10 @@
 
 namespace foundation::storage::vfs {
 
-/// Reads many small folders of a flat store with few requests. One page of keys below a root holds, in key order, whole sub-folders
-/// one after the other: each that begins and ends within what was read without a gap is as complete as if it had been listed. A
-/// descent requests folders nearly in key order, so pages follow one another; where it skips some, the scan skips them too. Internal
-/// to the session.
+/// Reads many small folders of a flat store with few requests. One page of keys below a root holds, in key order, whole
+/// subfolders one after the other: each that begins and ends within what was read without a gap is as complete as if
+/// it had been listed. A descent requests folders nearly in key order, so pages follow one another; if it skips some,
+/// the scan skips them too. Internal to the session.
 class SubtreeScan {
  public:
   using AddToCache = std::function<void(std::shared_ptr<FolderSnapshot>)>;
@@ -25,19 +25,20 @@ class SubtreeScan {
   /// Whether the location is a folder below the root that the scan can reach (or the root, for the same prefix).
   bool reaches(AbsoluteIRI const& location, std::string_view prefix) const;
 
-  /// Reads one page, from where it tells most about `folder`, which the scan reaches: one request. Passes on each folder that is now
-  /// complete, sorted. Throws as `Provider::subtree` does; the next call then starts anew.
+  /// Reads one page, from the position that soonest completes `folder`, which the scan must reach: one request. Passes
+  /// on each folder that is now complete, sorted. Throws as `Provider::subtree` does; the next call then starts over.
   void advance(Provider& provider, AbsoluteIRI const& folder, AddToCache const& addToCache);
 
-  /// Whether a page is worth its request for a question that could be asked by itself. Where pages complete the folder that they
-  /// were read for, they answer the next questions too. Where they don't, they back off: each unhelpful page in a row doubles the
-  /// number of questions that are asked by themselves before the next page, up to a bound, as small folders may follow a huge one.
+  /// Whether a page is worth its request for an entry that could be looked up individually. A page that completes the
+  /// folder it was read for answers the next lookups too. Otherwise pages back off: each unhelpful page in a row
+  /// doubles the number of individual lookups before the next page, up to a bound, as small folders may follow a huge
+  /// one.
   bool isWorthAPage();
 
  private:
   struct OpenFolder {
     std::string path;                          // below the root, ending in "/"; empty for the root
-    std::shared_ptr<FolderSnapshot> snapshot;  // null where keys before the first one read may be missing
+    std::shared_ptr<FolderSnapshot> snapshot;  // null if keys before the first one read may be missing
     bool exists;  // whether a key showed it; a page may have begun at a folder that doesn't exist
   };
 
@@ -53,8 +54,8 @@ class SubtreeScan {
   std::string position_;  // the last path read; the next page begins after it
   std::vector<OpenFolder> open_;
   bool intact_ = true;  // whether the last page was processed to its end; otherwise open folders may lack keys
-  std::size_t questionsToSkip_ = 0;  // before the next page is worth its request
-  std::size_t unhelpfulPages_ = 0;   // in a row
+  std::size_t lookupsToSkip_ = 0;   // before the next page is worth its request
+  std::size_t unhelpfulPages_ = 0;  // in a row
 };
 
 }  // namespace foundation::storage::vfs

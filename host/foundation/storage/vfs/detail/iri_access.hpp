@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include "foundation/storage/vfs/absolute_iri.hpp"
+
+namespace foundation::storage::vfs {
+
+/// Makes IRIs without parsing, for the storage layer, which makes one for each entry of a listing. Internal to it.
+struct IRIAccess {
+  /// The IRI of a text that is in written form already, with a scheme of that length and a path that begins at that
+  /// index; nothing is checked.
+  static AbsoluteIRI fromWrittenForm(std::u16string text, std::uint32_t schemeLength,
+                                     std::uint32_t pathStart) noexcept {
+    return AbsoluteIRI::fromWrittenForm(std::move(text), schemeLength, pathStart);
+  }
+};
+
+}  // namespace foundation::storage::vfs
