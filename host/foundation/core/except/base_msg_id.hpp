@@ -12,8 +12,8 @@ namespace resource_core {
 /// The value of one placeholder of a message.
 using MsgArgument = std::variant<long, std::string, std::u16string>;
 
-/// Names one message of the host's catalogue and carries the values of its placeholders. A plain value, from which each message's
-/// class derives without adding data.
+/// Names one message of the host's catalogue and carries the values of its placeholders. A plain value, from which each
+/// message's class derives without adding data.
 class KORVAN_HOST_EXPORT BaseMsgID {
  public:
   /// In the order of the message's placeholders.

@@ -7,9 +7,9 @@
 
 namespace resource_core {
 
-/// The host's message catalogue, in English: the text of the message with its arguments filled in. Always one line: what must not be
-/// shown is escaped as foundation/core/text/escape.hpp says, everything else is shown as it is, so that users recognise their paths. A
-/// message that the catalogue lacks is shown as its identifier and arguments.
+/// The host's message catalogue, in English: the text of the message with its arguments filled in. Always one line:
+/// characters that must not be shown are escaped (foundation/core/text/escape.hpp), all others are shown as they are,
+/// so that users recognise their paths. A message that isn't in the catalogue is shown as its identifier and arguments.
 KORVAN_HOST_EXPORT std::u16string messageText(BaseMsgID const& id);
 
 }  // namespace resource_core

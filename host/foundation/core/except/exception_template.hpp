@@ -6,8 +6,9 @@
 
 namespace foundation::core::except {
 
-/// An exception as it is thrown: of the platform's family and derived from `Base` of the standard library. `T` says what it carries: a
-/// message ID (msg_id_exception.hpp) or an interface of the family (internal_exception.hpp).
+/// The exceptions that are actually thrown: members of the platform's hierarchy that also derive from `Base` of the
+/// standard library. `T` is what they carry: a message ID (msg_id_exception.hpp) or an interface of the hierarchy
+/// (internal_exception.hpp).
 template <class T, class Base = std::exception, class Enable = void>
 class KORVAN_HOST_EXPORT Exception;
 

@@ -18,7 +18,7 @@ class KORVAN_HOST_EXPORT IInternalException : public IException {
   IInternalException& operator=(IInternalException const&) noexcept;
 };
 
-/// The base of such exceptions as they are thrown; derived classes say how they are copied and what their text is.
+/// The base of such exceptions as they are thrown; derived classes define how they are copied and what their text is.
 template <>
 class KORVAN_HOST_EXPORT Exception<IInternalException, std::exception, void> : public IInternalException,
                                                                                public std::exception {

@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-/// The ASCII rules that schemes, headers, settings and percent-encodings follow, whatever the running locale. `Unit` is `char` or
-/// `char16_t`; units beyond ASCII are neither letters nor digits, and have no other case.
+/// The ASCII rules that schemes, headers, settings and percent-encodings follow, whatever the running locale. `Unit` is
+/// `char` or `char16_t`; units beyond ASCII are neither letters nor digits, and have no other case.
 namespace foundation::core::text {
 
 template <class Unit>

@@ -14,8 +14,8 @@ bool isContinuation(unsigned char byte) {
   return (byte & 0xC0U) == 0x80U;
 }
 
-// The length of the valid UTF-8 sequence at the start of `bytes` (RFC 3629: no overlong form, no surrogate, at most U+10FFFF), and its
-// code point; 0 when there is none.
+// The length of the valid UTF-8 sequence at the start of `bytes` (RFC 3629: no overlong form, no surrogate, at most
+// U+10FFFF), and its code point; 0 when there is none.
 std::size_t decodeSequence(std::string_view bytes, char32_t& codePoint) {
   auto const at = [&](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
   unsigned char const lead = at(0);
@@ -54,8 +54,9 @@ void appendCodePoint(std::string& bytes, char32_t codePoint) {
 template <class Unit>
 using UnsignedOf = std::conditional_t<sizeof(Unit) == 1, unsigned char, char16_t>;
 
-// How many units at the start of `in` are ASCII; they are copied to `out`, which has room for all of `in`. Nearly all names are ASCII
-// and every one passes here, so the first loop has no branch inside, which lets compilers turn it into vector code.
+// Copies the ASCII units at the start of `in` to `out`, which has room for all of `in`, and returns their number. Every
+// name passes through here, and nearly all are ASCII, so the first loop has no branch inside, which lets compilers
+// vectorise it.
 template <class To, class From>
 std::size_t copyAscii(From const* __restrict in, std::size_t size, To* __restrict out) {
   using Unit = UnsignedOf<From>;
@@ -70,7 +71,7 @@ std::size_t copyAscii(From const* __restrict in, std::size_t size, To* __restric
       std::find_if(in, in + size, [](From unit) { return static_cast<Unit>(unit) >= 0x80; }) - in);
 }
 
-// Appends the bytes of the text; `unpaired` is called for a surrogate without bytes and says whether to go on.
+// Appends the bytes of the text; `unpaired` is called for a surrogate without a byte form and returns whether to go on.
 template <class Unpaired>
 bool encode(std::string& bytes, std::u16string_view text, Unpaired unpaired) {
   std::size_t const start = bytes.size();

@@ -19,7 +19,8 @@ void appendPercentEncoded(std::basic_string<Unit>& text, std::string_view bytes)
   }
 }
 
-/// The byte, from 0 to 255, that the two hexadecimal digits after a "%" encode; -1 where `digits` doesn't begin with two of them.
+/// The byte, from 0 to 255, that the two hexadecimal digits after a "%" encode; -1 where `digits` doesn't begin with
+/// two of them.
 template <class Unit>
 constexpr int percentEncodedByte(std::basic_string_view<Unit> digits) noexcept {
   if (digits.size() < 2) return -1;

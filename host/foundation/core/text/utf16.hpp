@@ -3,7 +3,8 @@
 #include <cstddef>
 #include <string_view>
 
-/// The surrogates of UTF-16 (Unicode 3.8): halves of a pair, and lone ones, some of which are bytes that aren't UTF-8 (see bytes.hpp).
+/// The surrogates of UTF-16 (Unicode 3.8): halves of a pair, and lone ones, some of which represent bytes that aren't
+/// UTF-8 (see bytes.hpp).
 namespace foundation::core::text {
 
 constexpr bool isHighSurrogate(char16_t unit) noexcept {

@@ -6,8 +6,8 @@
 
 namespace foundation::core::threads {
 
-/// A `std::mutex` that clang's thread-safety analysis checks: using a variable declared KORVAN_GUARDED_BY it without holding it is an error.
-/// Held by means of MutexLock; costs the same as `std::mutex`.
+/// A `std::mutex` that clang's thread-safety analysis checks: using a variable declared KORVAN_GUARDED_BY it without
+/// holding it is an error. Lock it with MutexLock; costs the same as `std::mutex`.
 class KORVAN_CAPABILITY("mutex") Mutex {
   friend class MutexLock;
   std::mutex mutex_;
@@ -16,13 +16,15 @@ class KORVAN_CAPABILITY("mutex") Mutex {
 /// Holds a mutex while it lives.
 class KORVAN_SCOPED_CAPABILITY MutexLock {
  public:
-  /// Blocks until no other thread holds the mutex, which must outlive the lock. Throws `std::system_error` as `std::mutex::lock` does.
+  /// Blocks until no other thread holds the mutex, which must outlive the lock. Throws `std::system_error` as
+  /// `std::mutex::lock` does.
   explicit MutexLock(Mutex& mutex) KORVAN_ACQUIRE(mutex) : lock_(mutex.mutex_) {}
   ~MutexLock() KORVAN_RELEASE() = default;
   MutexLock(MutexLock const&) = delete;
   MutexLock& operator=(MutexLock const&) = delete;
 
-  /// The lock in the form that `std::condition_variable` waits with; not for unlocking, which the analysis wouldn't see.
+  /// The lock in the form that `std::condition_variable` waits with; not for unlocking, which the analysis wouldn't
+  /// see.
   std::unique_lock<std::mutex>& forWaiting() noexcept { return lock_; }
 
  private:

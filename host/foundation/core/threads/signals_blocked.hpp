@@ -4,8 +4,8 @@
 
 namespace foundation::core::threads {
 
-/// While it lives, the calling thread blocks all signals, and so does every thread that it starts, for good: signals are for the
-/// process's own threads, not for helpers. Two system calls.
+/// While it lives, the calling thread blocks all signals, and so does every thread that it starts, for good: signals
+/// are for the process's own threads, not for helpers. Two system calls.
 class SignalsBlocked {
  public:
   SignalsBlocked() noexcept {

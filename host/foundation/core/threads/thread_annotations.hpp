@@ -1,7 +1,7 @@
 #pragma once
 
-/// Annotations for clang's thread-safety analysis (-Wthread-safety); other compilers see nothing. The analysis works only with mutex types
-/// that are annotated themselves, such as Mutex and MutexLock of mutex.hpp; `std::mutex` is not.
+/// Annotations for clang's thread-safety analysis (-Wthread-safety); other compilers see nothing. The analysis works
+/// only with mutex types that are annotated themselves, such as Mutex and MutexLock of mutex.hpp; `std::mutex` is not.
 #ifdef __clang__
 #define KORVAN_THREAD_ANNOTATION(attribute) __attribute__((attribute))
 #else
