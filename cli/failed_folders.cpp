@@ -24,7 +24,7 @@ std::u16string shownLocation(vfs::AbsoluteIRI const& location, std::u16string co
 void FailedFolders::reportNew(std::u16string const& pattern) {
   auto const& failures = session_.failedListings();
   for (; seen_ < failures.size(); ++seen_) {
-    if (seen_ >= most) continue;
+    if (seen_ >= maximumLines) continue;
     vfs::Exception const& failure = failures[seen_];
     report(u"cannot read " + shownLocation(failure.getLocation(), pattern, scope_) + u": " +
            foundation::core::text::fromBytes(failure.reason()));
@@ -33,7 +33,7 @@ void FailedFolders::reportNew(std::u16string const& pattern) {
 
 bool FailedFolders::finish() const {
   std::size_t const count = session_.failedListings().size();
-  if (count > most) report("further unreadable folders: " + std::to_string(count - most));
+  if (count > maximumLines) report("further unreadable folders: " + std::to_string(count - maximumLines));
   return count > 0;
 }
 

@@ -8,11 +8,11 @@
 
 namespace kglob {
 
-/// Reports the folders that a session couldn't read, so that nobody takes part of the matches for all of them: one line
-/// each, ten at most, then a count.
+/// Reports the folders that a session couldn't read, so that an incomplete result isn't taken for a complete one: one
+/// line each, ten at most, then a count.
 class FailedFolders {
  public:
-  static constexpr std::size_t most = 10;
+  static constexpr std::size_t maximumLines = 10;
 
   /// The session and the scope must outlive this.
   FailedFolders(foundation::storage::vfs::ReadSession const& session, Scope const& scope)
@@ -20,7 +20,7 @@ class FailedFolders {
 
   /// Reports the failures since the last call, in a search for `pattern`. Local folders are written the way the matches
   /// of that pattern are, below the root folder as the user wrote it; as IRIs if the pattern or the root folder is one.
-  /// Folders elsewhere are always written as IRIs.
+  /// Folders in stores are always written as IRIs.
   void reportNew(std::u16string const& pattern);
 
   /// Reports how many were not reported one by one. Returns whether there was any failure.

@@ -28,8 +28,8 @@ ExitStatus run(Options const& options) {
   return status;
 }
 
-/// Reports the exception that is being handled, or ends the process by the signal that it stands for. Throws
-/// `std::bad_alloc` when there isn't enough memory for the message.
+/// Reports the exception that is being handled, or ends the process by a signal if the exception was thrown for one.
+/// Throws `std::bad_alloc` when there isn't enough memory for the message.
 void reportException() {
   try {
     throw;

@@ -102,10 +102,11 @@ inline constexpr std::array optionTable = {
 static_assert(std::ranges::all_of(optionTable,
                                   [](OptionRow const& row) { return row.takesValue() == !row.placeholder.empty(); }),
               "an option has a placeholder if and only if it takes a value");
-static_assert(std::ranges::all_of(optionTable,
-                                  [](OptionRow const& row) {
-                                    return row.help.find_first_of("'\\[]:") == std::string_view::npos;
-                                  }),
-              "a help line is quoted in completions as it is, so it must not hold what shells give a meaning there");
+static_assert(
+    std::ranges::all_of(optionTable,
+                        [](OptionRow const& row) {
+                          return row.help.find_first_of("'\\[]:") == std::string_view::npos;
+                        }),
+    "a help line is quoted in completions as it is, so it must not contain characters that are special there");
 
 }  // namespace kglob

@@ -37,7 +37,7 @@ std::string_view firstPiece(std::string_view lines, char end) {
   return last == std::string_view::npos ? lines : lines.substr(0, last + 1);
 }
 
-/// An interrupt ends the writing before a piece, not within it.
+/// An interrupt takes effect before a piece, not within it.
 void writePiece(std::string_view piece) {
   for (std::size_t size = 0; size < piece.size();) {
     if (size == 0 && utIsInterruptPending()) throw EndedBySignal{SIGINT};

@@ -12,10 +12,10 @@ class WriteError : public std::system_error {
   using std::system_error::system_error;
 };
 
-/// Standard output, buffered (64 KiB or so). Whoever reads it gets whole lines only, however kglob ends: it is written
-/// in pieces of whole lines that a pipe takes entirely or not at all, and what begins elsewhere with a partial write is
-/// completed first. A pipe that nobody reads any more and an interrupt end the writing with `EndedBySignal`; every
-/// other failure with `WriteError`.
+/// Standard output, buffered (64 KiB or so). Readers get whole lines only, however kglob ends: it is written in pieces
+/// of whole lines, which a pipe accepts entirely or not at all, and a piece of which only a part was written is
+/// completed first. Writing throws `EndedBySignal` for a pipe without readers and for an interrupt, and `WriteError`
+/// for every other failure.
 class Output {
  public:
   /// Matches end with NUL and are never escaped, or else end with a newline and are escaped on a terminal; see

@@ -33,7 +33,7 @@ bool isOutOfMemory() {
   }
 }
 
-/// Reports lack of memory where no handler of main's can.
+/// Reports a lack of memory that none of main's handlers can catch.
 [[noreturn]] void onTerminate() {
   if (isOutOfMemory()) {
     reportOutOfMemory();
@@ -56,9 +56,9 @@ void reserveStandardDescriptors() noexcept {
 }
 
 void useHeapForLargeBlocks() noexcept {
-  constexpr int most = 1 << 30;
-  mallopt(M_MMAP_THRESHOLD, most);
-  mallopt(M_TRIM_THRESHOLD, most);
+  constexpr int threshold = 1 << 30;
+  mallopt(M_MMAP_THRESHOLD, threshold);
+  mallopt(M_TRIM_THRESHOLD, threshold);
   mallopt(M_TOP_PAD, 1 << 20);
 }
 

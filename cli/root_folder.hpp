@@ -13,8 +13,8 @@ bool isFolder(std::u16string const& rootFolder);
 /// otherwise.
 std::u16string asWritten(std::u16string const& path, std::u16string const& rootFolder);
 
-/// What to tell a user whose absolute local pattern meets a root folder in a store: such a pattern is taken in the store as well,
-/// though it reads like one for the local disk. Empty for all other patterns and root folders.
+/// A hint to report for an absolute local pattern with a root folder in a store: the pattern is searched in the store
+/// too, although it looks like a path on the local disk. Empty for all other patterns and root folders.
 std::u16string absolutePatternHint(std::u16string const& pattern, std::u16string const& rootFolder);
 
 }  // namespace kglob

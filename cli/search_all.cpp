@@ -39,7 +39,7 @@ std::size_t write(Output& output, Quindarel::String::StringArray const& matches)
   return count;
 }
 
-/// The error's message, followed by the reason that the system or the store gave, unless the message holds it.
+/// The error's message, followed by the reason that the system or the store gave, unless the message contains it.
 std::u16string withReason(Quindarel::InterpreterError const& error) {
   std::u16string const reason = fromBytes(error.reason());
   if (error.message().find(reason) != std::u16string::npos) return error.message();
@@ -83,7 +83,7 @@ ExitStatus searchAll(Options const& options, Output& output) {
     failures.reportNew(pattern);
   }
   anyError |= failures.finish();
-  // To the library a root folder that doesn't exist is an empty one; whoever named that folder wants to know.
+  // The library treats a root folder that doesn't exist as empty, but a user who named one has probably mistyped it.
   if (!anyMatch && !anyError && !scope.rootFolder.empty() && !isFolder(scope.rootFolder)) {
     report(u"the root folder \"" + scope.rootFolder + u"\" is not a folder");
     anyError = true;

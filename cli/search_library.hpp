@@ -23,7 +23,7 @@ inline constexpr char builtinSymbol[] =
     "_ZN6korvan2io8internal4globEiPSt10unique_ptrI11vxArray_tagN6matrix6detail17vxDestroy_deleterEEiPKPKS3_";
 
 /// The search library, loaded and set up as an interpreter does it: its load hook is called by the constructor, its
-/// unload hook by the destructor. Exceptions that it threw must be destroyed before.
+/// unload hook by the destructor. Exceptions that it threw must be destroyed before it is.
 class SearchLibrary {
  public:
   /// Loads the file; a name without "/" is a file in the current folder. Throws `LibraryError`.

@@ -14,7 +14,6 @@ std::u16string getTextArgument(vxArray_tag const* argument);
 /// Whether two texts are equal, ignoring case as far as `tolower` does in the process's current locale, code
 /// unit by code unit. So in a locale in which `tolower` doesn't map "I" to "i" (Turkish, tr_TR),
 /// "INCLUDEDOTFILES" and "IncludeDotFiles" differ.
-
 bool equalsIgnoreCase(std::u16string const& a, std::u16string const& b);
 
 }  // namespace korvan::io::internal

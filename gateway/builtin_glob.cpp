@@ -34,9 +34,8 @@ struct Request {
   bool includeDotFiles = false;
 };
 
-/// The host's error routines may return. Every invalid count therefore still ends in an error: of the library's own,
-/// or of the check of an argument.
-
+/// The host's error functions may return. Even then every invalid count ends in an error: the library's own, or that of
+/// an argument check.
 void checkCounts(int nlhs, int nrhs) {
   if (nlhs > 1) matrix::detail::error_maxlhs();
   if (nrhs > 5)

@@ -2,8 +2,8 @@
 
 #include "foundation/core/except/msg_id_exception.hpp"
 
-// Explicit instantiations, so that the library always exports the exceptions' vtables: link-time optimisation keeps implicitly instantiated
-// ones private.
+// Explicit instantiations, so that the library always exports the exceptions' vtables: link-time optimisation keeps
+// implicitly instantiated ones private.
 namespace foundation::core::except {
 
 template class Exception<KORVAN::automation::io::glob::InvalidNumArgs>;

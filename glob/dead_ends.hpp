@@ -7,8 +7,9 @@
 
 namespace korvan::io::internal {
 
-/// The places of a walk that are known to lead to no match: a path and the segment to be matched in it. With several "**" in a
-/// pattern there are exponentially many ways to the same place; a place that gives nothing is searched only once.
+/// The points of a walk that are known to lead to no match: each is a path and the segment to be matched there. With
+/// several "**" in a pattern there are exponentially many ways to reach the same point; one without matches is walked
+/// only once.
 class DeadEnds {
  public:
   bool contains(std::size_t segment, std::u16string const& path) const {

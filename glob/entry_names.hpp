@@ -11,9 +11,9 @@
 
 namespace korvan::io::internal {
 
-/// What a listing says of an entry's kind.
+/// What a listing says about an entry's kind.
 enum class ListedKind : std::uint8_t {
-  unsaid,  ///< an existence test would tell
+  unsaid,  ///< nothing: an existence test can find out
   folder,
   other,
 };
@@ -23,8 +23,8 @@ inline ListedKind listedKind(std::optional<PathKind> kind) noexcept {
   return kind == PathKind::isFolder ? ListedKind::folder : ListedKind::other;
 }
 
-/// The names of a folder's entries with their kinds, in listing order and side by side in one text: thousands of folders are listed
-/// one after the other, and each reuses the memory of the one before.
+/// The names of a folder's entries with their kinds, in listing order and side by side in one text, whose memory is
+/// reused: a search lists thousands of folders one after the other.
 class EntryNames {
  public:
   std::size_t size() const noexcept { return records_.size(); }

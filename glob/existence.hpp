@@ -7,8 +7,8 @@ namespace korvan::io::internal {
 
 using foundation::storage::vfs::PathKind;
 
-/// What exists at `absolute(path, base)`; `notFound` also when the storage layer reports absence by an error. Throws its other
-/// errors. One existence test.
+/// What exists at `absolute(path, base)`; `notFound` also if the storage layer reports absence as an error. Throws its
+/// other errors. One existence test.
 PathKind pathKind(Path const& path, Path const& base);
 
 /// Whether the kind is that of a file or a folder.

@@ -55,7 +55,7 @@ void listEntryNames(EntryNames& names, vfs::Folder const& folder, std::u16string
       addNames(names, folder.listAll(filter), showDotEntries);
     }
   } catch (vfs::Exception const&) {
-    names.clear();  // to a search, a folder that can't be read is an empty one
+    names.clear();  // a search treats an unreadable folder as empty
   }
 }
 

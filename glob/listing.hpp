@@ -14,19 +14,19 @@ namespace korvan::io::internal {
 using SegmentMatcher =
     std::function<std::vector<Path>(Path const& segment, Path const& folder, bool foldersOnly, bool includeDotFiles)>;
 
-/// Replaces `names` by those of the folder's entries that match the filter ("*" is any run of characters), in the listing's order;
-/// sub-folders only with `foldersOnly`. Names that begin with "." only with `includeDotFiles` or when the filter begins so. None
-/// when the storage layer can't list the folder, wherever the error comes. Throws `Quindarel::System::InterruptException` when an
-/// interrupt is pending after an entry. One listing.
+/// Replaces `names` by those of the folder's entries that match the filter ("*" is any run of characters), in the
+/// listing's order; subfolders only with `foldersOnly`. Names that begin with "." only with `includeDotFiles` or if
+/// the filter begins with one. No names if the storage layer fails at any point of the listing. Throws
+/// `Quindarel::System::InterruptException` when an interrupt is pending after an entry. One listing.
 void listEntryNames(EntryNames& names, foundation::storage::vfs::Folder const& folder, std::u16string const& filter,
                     bool foldersOnly, bool includeDotFiles);
 
-/// The same names, each as a local path of its own.
+/// The same names, each as a local path.
 std::vector<Path> listFolderEntries(foundation::storage::vfs::Folder const& folder, std::u16string const& filter,
                                     bool foldersOnly, bool includeDotFiles);
 
-/// The `SegmentMatcher` of a segment with "*" in it that isn't "**": the entries of the folder that the segment matches as a
-/// filter. Throws what `Path::toIRI` and the folder's handle throw, for a folder that can't be addressed. One listing.
+/// The `SegmentMatcher` of a segment with "*" in it that isn't "**": the entries of the folder that the segment matches
+/// as a filter. Throws what `Path::toIRI` and the constructor of `Folder` throw. One listing.
 std::vector<Path> matchWildcardSegment(Path const& segment, Path const& folder, bool foldersOnly, bool includeDotFiles);
 
 }  // namespace korvan::io::internal

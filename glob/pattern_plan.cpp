@@ -36,14 +36,15 @@ SegmentClass classOf(std::u16string_view segment) noexcept {
   return segment == u"**" ? SegmentClass::doubleStar : SegmentClass::wildcard;
 }
 
-// The path library splits the first element with a wildcard off what is before it, where roots play a part; from there on elements
-// lie between separators.
+// The path library splits the pattern before its first element with a wildcard, since what precedes it may contain a
+// root; from there on, every separator ends an element.
 PatternPlan::PatternPlan(Path const& pattern) {
   std::u16string_view const text = PathAccess::text(pattern);
   std::size_t const first = text.find(wildcard);
   auto const* const iri = std::get_if<AbsoluteIRI>(&PathAccess::location(pattern));
   if (iri != nullptr && first < text.size() - iri->encodedPath().size()) {
-    // A "*" before the path: the root is its own parent, and is itself the only match of the empty name that it ends in.
+    // A "*" in the authority: the walk begins at the root, which matches the empty segment, as `Path::parent` of a root
+    // is the root itself and its name is empty.
     std::u16string_view const path = iri->encodedPath();
     start_ = Path(std::u16string(text.substr(0, text.size() - path.size() + std::min<std::size_t>(path.size(), 1))));
     add({});

@@ -19,30 +19,30 @@ enum class SegmentClass : std::uint8_t {
 
 SegmentClass classOf(std::u16string_view segment) noexcept;
 
-/// Whether the text holds a wildcard.
+/// Whether the text contains a wildcard.
 bool hasWildcard(std::u16string_view text) noexcept;
 
-/// A pattern with a wildcard, taken apart once: where the walk begins, and the segments from the first one with a wildcard on. The
-/// same elements as `Path::parent` and `Path::name` give one after the other from the end, in time and memory linear in the
-/// pattern's length. Pure text.
+/// A pattern with a wildcard, split once: where the walk begins, and the segments from the first one with a wildcard
+/// on. They are the elements that repeated calls of `Path::parent` and `Path::name` would return, but in time and
+/// memory linear in the pattern's length. Pure text.
 class PatternPlan {
  public:
-  /// The pattern's text must hold a wildcard.
+  /// The pattern's text must contain a wildcard.
   explicit PatternPlan(Path const& pattern);
 
-  /// The literal part before the segments; the empty path where there is none. It isn't tested for existence: what lies below
-  /// one that doesn't exist is never found.
+  /// The literal part before the segments; the empty path if there is none. It isn't tested for existence: if it
+  /// doesn't exist, nothing is found below it.
   Path const& start() const noexcept { return start_; }
 
   std::size_t size() const noexcept { return segments_.size(); }
 
-  /// A segment as `Path::name` gives it: decoded where the pattern is an IRI; empty between two separators and after a final one.
-  /// Valid as long as the plan.
+  /// A segment as `Path::name` returns it: decoded if the pattern is an IRI; empty between two separators and after a
+  /// final one. Valid as long as the plan.
   std::u16string_view text(std::size_t segment) const noexcept;
   SegmentClass segmentClass(std::size_t segment) const noexcept { return segments_[segment].segmentClass; }
 
-  /// Whether the walk may come to the same path at this segment in several ways: two "**" up to and including it can share the
-  /// folders between them out in different ways.
+  /// Whether the walk may reach the same path at this segment in several ways: with two "**" up to and including it,
+  /// the same folders can be divided between them differently.
   bool revisits(std::size_t segment) const noexcept { return segment >= firstRevisited_; }
 
  private:

@@ -1,5 +1,5 @@
-// generate TEMPLATE OUTPUT VERSION: writes a document of kglob. A template is the document as it is to be, with
-// placeholders for what the option table knows. A placeholder that this program doesn't know is an error.
+// generate TEMPLATE OUTPUT VERSION: writes a document of kglob. A template is the finished document, except for
+// placeholders that are filled in from the option table. An unknown placeholder is an error.
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -31,8 +31,8 @@ std::string forms(OptionRow const& row, std::string_view between) {
   return row.letter ? std::string{'-', row.letter}.append(between) + longForm : longForm;
 }
 
-/// Plain text as it is written in a manual page, where "-" alone is a hyphen, and "." at the beginning of a line a
-/// request.
+/// Escapes plain text for a manual page, where an unescaped "-" is a hyphen, and a "." at the beginning of a line
+/// starts a request.
 std::string manualText(std::string_view text) {
   return "\\&" + replaceAll(replaceAll(std::string(text), "\\", "\\e"), "-", "\\-");
 }
@@ -72,8 +72,8 @@ std::string zshValue(OptionRow const& row) {
   return ":" + foundation::core::text::lowerCase(row.placeholder) + ":" + action;
 }
 
-/// Nothing else is of use beside help and version.
-bool standsAlone(OptionRow const& row) {
+/// With help or version, the program ignores everything else on the command line.
+bool excludesOthers(OptionRow const& row) {
   return row.target == OptionTarget(&Options::help) || row.target == OptionTarget(&Options::version);
 }
 
@@ -82,7 +82,7 @@ std::string zshOptions() {
   for (OptionRow const& row : optionTable) {
     std::string const name = "--" + std::string(row.name) + (row.takesValue() ? "=" : "");
     std::string const rest = "[" + std::string(row.help) + "]" + zshValue(row) + "'";
-    std::string const others = standsAlone(row) ? "(- *)" : row.letter ? "(" + forms(row, " ") + ")" : "";
+    std::string const others = excludesOthers(row) ? "(- *)" : row.letter ? "(" + forms(row, " ") + ")" : "";
     std::string const letter = std::string{'-', row.letter} + (row.takesValue() ? "+" : "");
     lines += "  '" + others + (row.letter ? "'{" + letter + "," + name + "}'" : name) + rest + " \\\n";
   }
