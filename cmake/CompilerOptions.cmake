@@ -3,8 +3,8 @@ add_library(korvan_library_options INTERFACE)
 target_compile_options(korvan_library_options INTERFACE -fno-semantic-interposition)
 target_link_options(korvan_library_options INTERFACE "LINKER:-Bsymbolic-functions")
 
-# An undefined symbol is an error when a library is linked, not only when a program loads it. With clang, only programs contain the run-time library
-# of a sanitizer, so the shared libraries' references to it must stay undefined.
+# An undefined symbol is an error when a library is linked, not only when a program loads it. With clang, only programs
+# contain the run-time library of a sanitizer, so the shared libraries' references to it must stay undefined.
 if(NOT (CMAKE_CXX_COMPILER_ID MATCHES "Clang" AND CMAKE_CXX_FLAGS MATCHES "-fsanitize="))
   add_link_options("$<$<IN_LIST:$<TARGET_PROPERTY:TYPE>,SHARED_LIBRARY;MODULE_LIBRARY>:LINKER:-z,defs>")
 endif()

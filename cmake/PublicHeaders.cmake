@@ -1,4 +1,5 @@
-# The installed headers; all others are private to the source tree. A header that an installed one includes must be listed too.
+# The installed headers; all others are private to the source tree. A header that an installed one includes must be
+# listed too.
 
 target_sources(
   korvan_host

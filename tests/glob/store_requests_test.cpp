@@ -7,8 +7,8 @@
 #include "support/memory_provider.hpp"
 #include "support/search.hpp"
 
-// How many requests a search of a store of flat keys may cost, on trees of 20,000 keys in 500 folders: little more than it takes
-// today. A change that saves requests for one shape at the cost of another fails here.
+// How many requests a search of a store of flat keys may cost, on trees of 20,000 keys in 500 folders: little more than
+// it takes today. A change that saves requests for one shape at the cost of another fails here.
 
 namespace korvan::test {
 namespace {

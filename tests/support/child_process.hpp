@@ -10,7 +10,8 @@
 
 namespace korvan::test {
 
-/// Runs the checks in a process of their own, whose rights and limits they may change; false when one failed or the process died.
+/// Runs the checks in a process of their own, whose rights and limits they may change; false when one failed or the
+/// process died.
 inline bool passesInChild(std::function<void()> const& checks) {
   std::fflush(nullptr);
   pid_t const child = ::fork();

@@ -29,7 +29,8 @@ std::size_t MemoryProvider::mostRequests(Operation operation) const {
   return most;
 }
 
-// Counts the request. Returns the path from the tree's root, without needless separators, so that each location is counted once.
+// Counts the request. Returns the path from the tree's root, without needless separators, so that each location is
+// counted once.
 std::string MemoryProvider::note(Operation operation, vfs::AbsoluteIRI const& location) {
   std::string path = toBytes(std::u16string(location.authority())) + vfs::decodedPath(location);
   while (!path.empty() && path.back() == '/') path.pop_back();

@@ -19,9 +19,9 @@ namespace korvan::test {
 
 namespace vfs = foundation::storage::vfs;
 
-/// Serves a `Tree` as storage, counts the requests, and does on demand what disks seldom do. Locations are paths from the tree's root;
-/// where an authority is required it is their first element. Safe on every thread, except for members that aren't operations of
-/// storage.
+/// Serves a `Tree` as storage, counts the requests, and does on demand what disks seldom do. Locations are paths from
+/// the tree's root; where an authority is required it is their first element. Safe on every thread, except for members
+/// that aren't operations of storage.
 class MemoryProvider final : public vfs::Provider {
  public:
   enum class Operation { kind, list, identity, subtree };

@@ -27,8 +27,8 @@ using Names = std::vector<std::string>;
 // A provider under test; all of them serve the same tree.
 struct Subject {
   std::u16string root;  // the IRI of the folder that holds the tree, without a final "/"
-  // A store counts its requests. Where a filter with a literal head finds nothing, it doesn't say whether the folder exists: that would
-  // cost one more request, and no search uses the answer.
+  // A store counts its requests. Where a filter with a literal head finds nothing, it doesn't say whether the folder
+  // exists: that would cost one more request, and no search uses the answer.
   bool isStore;
   std::uint32_t longestName;  // a longer one names nothing, and asking for it is no failure
   std::shared_ptr<void> keeper;

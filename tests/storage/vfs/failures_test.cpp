@@ -1,4 +1,5 @@
-// A search passes over what it can't read or look at. Whatever the reason, the session reports it: no short answer is silent.
+// A search passes over what it can't read or look at. Whatever the reason, the session reports it: no short answer is
+// silent.
 
 #include <cerrno>
 #include <filesystem>

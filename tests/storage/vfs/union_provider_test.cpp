@@ -1,5 +1,5 @@
-// A provider that answers by the storage layer itself, as a mirror or a union of folders does: the layer is entered again on the same
-// thread while it waits for an answer.
+// A provider that answers by the storage layer itself, as a mirror or a union of folders does: the layer is entered
+// again on the same thread while it waits for an answer.
 
 #include <memory>
 #include <optional>
