@@ -1,5 +1,5 @@
-# Shared libraries export exactly the symbols in a list; visibility attributes alone would also export template instantiations of the standard
-# library. scripts/check-exports compares a built library with its list.
+# Shared libraries export exactly the symbols in a list; visibility attributes alone would also export template
+# instantiations of the standard library. scripts/check-exports compares a built library with its list.
 
 # Reads the symbols of the file LIST into VARIABLE, for the version script SCRIPT of TARGET.
 macro(korvan_read_exports variable target list)
@@ -17,7 +17,8 @@ function(korvan_limit_exports target list)
   file(CONFIGURE OUTPUT "${script}" CONTENT "{\n  global:\n  extern \"C++\" {\n    \"@symbols@\";\n  };\n  local: *;\n};\n" @ONLY)
 endfunction()
 
-# korvan_limit_exports_to_versions(TARGET LIST): for C, one NAME@@VERSION per line. Versions depend on those before them.
+# korvan_limit_exports_to_versions(TARGET LIST): for C, one NAME@@VERSION per line. Versions depend on those before
+# them.
 function(korvan_limit_exports_to_versions target list)
   korvan_read_exports(symbols ${target} "${list}")
   list(TRANSFORM symbols REPLACE "^.*@@" "" OUTPUT_VARIABLE versions)

@@ -1,5 +1,5 @@
-# What `cmake --install` installs, and where. No installed file contains an absolute path, so that a copy still works after it is moved.
-# Components: Runtime (what a process loads), Development (what a build needs), Program (kglob).
+# What `cmake --install` installs, and where. No installed file contains an absolute path, so that a copy still works
+# after it is moved. Components: Runtime (what a process loads), Development (what a build needs), Program (kglob).
 include(CMakePackageConfigHelpers)
 
 set(korvan_cmake_folder "${CMAKE_INSTALL_LIBDIR}/cmake/${PROJECT_NAME}")

@@ -9,14 +9,16 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-# Dependencies on other libraries are found in the binaries. Our own libraries aren't in a package yet; they are found in the build tree.
+# Dependencies on other libraries are read from the binaries. Our own libraries aren't in a package yet; they are found
+# in the build tree.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
 # The libraries change together, so the packages must be of the same version.
 set(korvan_runtime_package "lib${PROJECT_NAME}${PROJECT_VERSION_MAJOR}")
 set(korvan_runtime_dependency "${korvan_runtime_package} (= ${PROJECT_VERSION})")
 
-# The libraries that the module for "s3" needs (HTTP, XML) are ordinary dependencies, so that the scheme works once the package is installed.
+# The libraries that the module for "s3" needs (HTTP, XML) are ordinary dependencies, so that the scheme works once the
+# package is installed.
 configure_file(cmake/debian/shlibs.in debian/shlibs @ONLY)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME "${korvan_runtime_package}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)

@@ -15,13 +15,13 @@ KORVAN_HOST_EXPORT bool utIsInterruptPending() noexcept;
 /// Sets or clears the pending flag. For the host; work only polls. Thread-safe and async-signal-safe.
 KORVAN_HOST_EXPORT void utSetInterruptPending(bool pending) noexcept;
 
-/// While it lives, an interrupt is also pending on the calling thread whenever `flag` is set, so that the thread's work can
-/// be interrupted without that of others. Scopes nest: the innermost flag counts. A thread that works for another one opens
-/// a scope with the other's `current()`.
+/// While it lives, an interrupt is also pending on the calling thread whenever `flag` is set, so that the thread's work
+/// can be interrupted without that of others. Scopes nest: the innermost flag counts. A thread that works for another
+/// one opens a scope with the other's `current()`.
 class KORVAN_HOST_EXPORT utInterruptScope {
  public:
-  /// Belongs to the calling thread, on which it must also be destroyed. `flag` must outlive it, and may be null: then only
-  /// the process-wide flag counts. Any thread and any signal handler may set it.
+  /// Belongs to the calling thread, on which it must also be destroyed. `flag` must outlive it, and may be null: then
+  /// only the process-wide flag counts. Any thread and any signal handler may set it.
   explicit utInterruptScope(std::atomic<bool> const* flag) noexcept;
   ~utInterruptScope();
   utInterruptScope(utInterruptScope const&) = delete;

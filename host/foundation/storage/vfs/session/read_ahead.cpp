@@ -187,7 +187,7 @@ void ReadAhead::startHelper() {
       runHelper();
     });
   } catch (std::exception const&) {
-    mayStartHelper_ = false;  // the system has no thread to give: the caller reads alone
+    mayStartHelper_ = false;  // the system has no thread to spare: the caller reads alone
   }
 }
 
