@@ -63,6 +63,9 @@ TEST(RandomSearch, AgreesWithTheSlowMatcher) {
     SCOPED_TRACE("round " + std::to_string(round));
     bool const isFlat = round % 3 != 0;
     ServedTree const served(random, isFlat);
+    // In every other round, the searches without a session of their own share one.
+    std::optional<ReadSession> shared;
+    if (round % 2 == 0) shared.emplace();
     for (int i = 0; i < 12; ++i) {
       std::string const pattern = randomPattern(random);
       bool const dots = random() % 2 == 0;

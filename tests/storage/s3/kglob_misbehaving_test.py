@@ -61,7 +61,7 @@ class Misbehaving(unittest.TestCase):
                 self.assertTrue(soonest <= seconds <= latest, seconds)
 
     def test_an_interrupt_ends_transfers_and_waits(self):
-        for bucket in ("silent", "busy", "trickle"):
+        for bucket in ("silent", "retry-after", "trickle"):
             with self.subTest(bucket=bucket), self.start(bucket) as run:
                 while not self.store.requests[bucket]:
                     time.sleep(0.01)

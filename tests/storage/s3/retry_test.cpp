@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "foundation/storage/s3/client.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
+
 namespace foundation::storage::s3 {
 namespace {
 
@@ -61,6 +64,23 @@ TEST(S3Retry, RetriesTransientFailuresWithinItsLimits) {
     RequestOutcome const outcome = getWithRetries(store, store, policy, "");
     EXPECT_EQ(outcome.attempts, c.attempts);
     EXPECT_EQ(outcome.elapsed, c.elapsed) << outcome.elapsed.count() << " ms";
+  }
+}
+
+TEST(S3Client, AsksAnUnreachableStoreAgainAfterTwiceTheTimeThatWasLost) {
+  auto owned = std::make_unique<FakeStore>(Failure{Failure::Kind::unreachable, ""}, seconds(1), 0);
+  FakeStore& store = *owned;
+  Configuration configuration;
+  configuration.endpoint = "http://store";
+  configuration.maximumAttempts = 1;
+  Client client(configuration, std::move(owned), store);
+  for (auto const& [waited, asks] : {std::pair(0, true), {0, false}, {1999, false}, {1, true}}) {
+    store.wait(milliseconds(waited));
+    milliseconds const before = store.now();
+    PageCheck check("", false);
+    EXPECT_THROW(client.list({.bucket = "b"}, check, vfs::AbsoluteIRI::fromWrittenForm(u"s3://b", 2, 6)),
+                 vfs::Exception);
+    EXPECT_EQ(store.now() - before, seconds(asks ? 1 : 0)) << waited;
   }
 }
 

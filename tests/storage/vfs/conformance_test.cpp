@@ -224,6 +224,9 @@ TEST_P(Conformance, LinksCountAsWhatTheyLeadTo) {
   // A folder that would be its own ancestor is refused; one that is reached by a harmless link isn't.
   EXPECT_EQ(errorCode([&] { vfs::Folder(folder("links"), u"up"); }), 3);
   EXPECT_EQ(errorCode([&] { vfs::Folder(folder("links"), u"chain"); }), 0);
+  // A whole location starts a new chain of folders, here one without a link so far.
+  all("");
+  EXPECT_EQ(errorCode([&] { vfs::Folder(vfs::Folder(folder("dots"), at("links").toString()), u"chain"); }), 0);
 }
 
 TEST_P(Conformance, NamesOfAnyBytesStayThemselves) {

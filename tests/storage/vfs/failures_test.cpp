@@ -115,6 +115,11 @@ TEST(Failures, ChainsOfLinksAreFollowedHoweverLong) {
   }
   expectSearch(files, "**/f", folder.path() + "/d0");
   expectSearch({files.back()}, files.back(), folder.path() + "/d0");
+  // One link with two names: its target is relative to the folder of each.
+  folder.addFile("d49/e/e/h/x");
+  folder.addLink("d49/h", "e/h");
+  std::filesystem::create_hard_link(folder.path() + "/d49/h", folder.path() + "/d49/e/h");
+  expectSearch({way.substr(2) + "h/x"}, way.substr(2) + "h/x", folder.path() + "/d0");
 }
 
 TEST(Failures, LinksThatLeadBackAreFiles) {
@@ -188,7 +193,7 @@ TEST(Failures, ASmallStackIsEnoughForADeepFolder) {
 
 TEST(Failures, ATextWithoutBytesNamesNothing) {
   TemporaryFolder const folder;
-  folder.addFile("a/b");
+  for (auto const* const similar : {"D800", "a/D800.x"}) folder.addFile(similar);
   for (std::u16string const text :
        {u"\xD800", u"\xD800*", u"*\xDC00", u"\xD800/*", u"*/\xD800", u"**/\xD800", u"\xD800/**", u"a/\xD800.x"}) {
     for (bool const inSession : {false, true}) {
