@@ -13,13 +13,13 @@ namespace korvan::io::internal {
 
 /// What a listing says about an entry's kind.
 enum class ListedKind : std::uint8_t {
-  unsaid,  ///< nothing: an existence test can find out
+  unknown,  ///< nothing: an existence test can find out
   folder,
   other,
 };
 
 inline ListedKind listedKind(std::optional<PathKind> kind) noexcept {
-  if (!kind) return ListedKind::unsaid;
+  if (!kind) return ListedKind::unknown;
   return kind == PathKind::isFolder ? ListedKind::folder : ListedKind::other;
 }
 

@@ -58,13 +58,13 @@ void Walker::begin() {
   }
   plan_.emplace(pattern_);
   for (std::size_t i = 0; i < plan_->size(); ++i) utThrowIfInterruptPending();
-  // Made absolute once, lest each folder cost a look at the process's current folder.
+  // Made absolute once, so that the process's current folder isn't looked up for every folder.
   if (!isAbsolute(plan_->start())) root_ = absolute(root_, Path());
   match_ = plan_->start();
   enter(0);
 }
 
-// Goes on by an entry of the topmost frame: to a match at the most.
+// Advances by one entry of the topmost frame, which produces at most one match.
 void Walker::step() {
   Frame& frame = frames_[depth_ - 1];
   if (!frame.isOpen) open(frame);
@@ -72,13 +72,13 @@ void Walker::step() {
   if (frame.next == frame.entries.size()) {
     close();
   } else {
-    takeNext(frame);
+    visitNext(frame);
   }
 }
 
-// Matches the segments from this one on at the path in `match_`, up to the first that lists a folder.
+// Matches the segments from this one on, starting at the path in `match_`, up to the first that lists a folder.
 void Walker::enter(std::size_t segment) {
-  bool isFolder = false;  // whether an empty segment has found that out, as thousands in a row need to only once
+  bool isFolder = false;  // whether an empty segment has found a folder here, so that those after it needn't test again
   for (; segment < plan_->size(); ++segment) {
     switch (plan_->segmentClass(segment)) {
       case SegmentClass::literal:
@@ -107,7 +107,7 @@ bool Walker::matchesLiteral(std::size_t segment) const {
   return text.empty() ? kind == PathKind::isFolder : exists(kind);
 }
 
-// A frame for the folder at the path in `match_`.
+// Adds a frame for the folder at the path in `match_`.
 Walker::Frame& Walker::push(std::size_t segment, bool isDescent) {
   if (depth_ == frames_.size()) frames_.emplace_back();
   Frame& frame = frames_[depth_++];
@@ -135,7 +135,8 @@ void Walker::open(Frame& frame) {
   list(frame);
 }
 
-// Whether the sub-folder that the frame above it came to could be opened. One that closes a cycle of links is refused.
+// Whether the subfolder, the last entry visited by the frame below on the stack, could be opened. One that closes a cycle
+// of links is refused.
 bool Walker::openBelow(Frame& frame) {
   Frame const& above = frames_[depth_ - 2];
   name_.assign(above.entries[above.next - 1]);
@@ -153,8 +154,8 @@ void Walker::list(Frame& frame) {
   listEntryNames(frame.entries, *frame.folder, filter, foldersOnlyAt(frame.segment), includeDotFiles_);
 }
 
-// A cycle is refused because of the folders that a descent has come through. One that begins at a folder has come through no other,
-// and so it reaches all that any descent reaches below that folder.
+// A descent is refused a folder that it has already passed through. A descent that begins at a folder has passed through
+// no other, so it reaches everything that any descent can reach below that folder, and may remember it as a dead end.
 void Walker::close() {
   Frame const& frame = frames_[--depth_];
   if (frame.metCycle && frame.isBelow) {
@@ -164,8 +165,9 @@ void Walker::close() {
   }
 }
 
-// The entry is a match of the frame's segment: the segments after it are matched there, then in a descent what is below it.
-void Walker::takeNext(Frame& frame) {
+// The next entry matches the frame's segment. The segments after it are matched there first; then, in a descent, what is
+// below the entry.
+void Walker::visitNext(Frame& frame) {
   ListedKind const kind = frame.entries.kind(frame.next);
   name_.assign(frame.entries[frame.next++]);
   PathAccess::assignJoined(match_, frame.at, name_);
@@ -176,20 +178,20 @@ void Walker::takeNext(Frame& frame) {
   if (frame.isDescent && isFolder(frame, kind)) {
     Frame& below = push(segment, true);
     below.isBelow = true;
-    // Read before the segments after this one are matched in it: what the storage layer then knows of the folder answers them.
+    // Listed before the segments after this one are matched in it: the storage layer answers them from the listing.
     if (!isLast) open(below);
   }
   if (!isLast) enter(segment + 1);
 }
 
-// Whether the entry taken last is a folder: as the listing said, or else by an existence test.
+// Whether the entry visited last is a folder: according to the listing, or else to an existence test.
 bool Walker::isFolder(Frame const& frame, ListedKind listed) const {
-  if (listed != ListedKind::unsaid) return listed == ListedKind::folder;
+  if (listed != ListedKind::unknown) return listed == ListedKind::folder;
   try {
     Path const entry = PathAccess::make(upath(name_));
     return pathKind(entry, Path(frame.folder->getLocation())) == PathKind::isFolder;
   } catch (vfs::Exception const&) {
-    return false;  // the entry stays a match; what is below it can't be known
+    return false;  // the entry remains a match; what is below it is unknown
   }
 }
 

@@ -15,37 +15,38 @@
 
 namespace korvan::io::internal {
 
-/// The one walk behind every search: gives the matches one by one, and reads no further than it must for the next. A depth-first
-/// walk over two dimensions at once, the segments of the pattern and the folders below, on a stack of its own: neither a long
-/// pattern nor a deep tree uses the thread's stack, and between two matches nothing is left on it. For one thread at a time.
+/// The walk behind every search: returns the matches one by one and reads no further than the next one requires. It
+/// goes depth first over the segments of the pattern and the folders of the tree at once, on a stack of its own, so that
+/// neither a long pattern nor a deep tree uses up the thread's stack. For one thread at a time.
 class Walker {
  public:
-  /// Walks over the matches of a pattern: of one without a wildcard the path itself, where it exists. A relative pattern is
-  /// resolved against `root` and gives relative paths; with `foldersOnly` the last segment matches folders only.
+  /// Walks over the matches of a pattern. The only match of a pattern without a wildcard is the pattern itself, if
+  /// something exists there. A relative pattern is resolved against `root` and has relative matches; with `foldersOnly`
+  /// the last segment matches folders only.
   Walker(Path const& pattern, Path const& root, bool foldersOnly, bool includeDotFiles);
 
   /// Walks over everything below the folder, as paths relative to it.
   Walker(foundation::storage::vfs::Folder const& folder, bool foldersOnly, bool includeDotFiles);
 
-  /// The next match, valid until the next call; null at the end. Throws what `pathKind` throws, what making a folder's handle throws
-  /// (not below a given folder), and `Quindarel::System::InterruptException` when an interrupt is pending at a segment or after an
-  /// entry; the walk is over then.
+  /// The next match, valid until the next call; null at the end. Throws what `pathKind` and the constructor of a `Folder`
+  /// from an IRI throw, and `Quindarel::System::InterruptException` when an interrupt is pending at a segment or after an
+  /// entry. An exception ends the walk.
   Path const* next();
 
  private:
-  // A folder whose entries are gone through: those that a wildcard matches, or in the descent of a "**" all of them. Opened, which
-  // means listed, when it comes to the top of the stack.
+  // A folder whose entries are iterated over: those that a wildcard matches, or all of them in the descent of a "**". It
+  // is opened, which means listed, when it reaches the top of the stack.
   struct Frame {
     std::size_t segment = 0;
-    Path at{};  // the path of the folder, as matches begin with it
+    Path at{};  // the folder's path, with which the matches below it begin
     std::optional<foundation::storage::vfs::Folder> folder{};
     EntryNames entries{};
     std::size_t next = 0;
     std::uint64_t matchesBefore = 0;
     bool isDescent = false;
-    bool isBelow = false;  // whether the descent of the frame under this one on the stack has come to the folder
+    bool isBelow = false;  // whether the folder is an entry of the frame under this one, reached by its descent
     bool isOpen = false;
-    bool metCycle = false;  // whether a folder in this descent was refused, as it may not be in another one
+    bool metCycle = false;  // whether this descent was refused a folder, which another descent may be allowed to enter
   };
 
   void begin();
@@ -55,7 +56,7 @@ class Walker {
   void open(Frame& frame);
   void list(Frame& frame);
   void close();
-  void takeNext(Frame& frame);
+  void visitNext(Frame& frame);
   bool isFolder(Frame const& frame, ListedKind listed) const;
   bool openBelow(Frame& frame);
   bool matchesLiteral(std::size_t segment) const;
@@ -74,9 +75,9 @@ class Walker {
   std::size_t depth_ = 0;
   DeadEnds deadEnds_;
   std::uint64_t matches_ = 0;
-  bool hasMatch_ = false;  // whether `match_` is one that the caller hasn't seen
-  std::u16string name_;    // of the entry taken or opened last
-  Path match_;             // the path that the walk has come to
+  bool hasMatch_ = false;  // whether `match_` is a match that the caller hasn't seen
+  std::u16string name_;    // of the entry visited or opened last
+  Path match_;             // the path that the walk has reached
 };
 
 }  // namespace korvan::io::internal

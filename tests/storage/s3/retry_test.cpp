@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/storage/s3/client.hpp"
+#include "foundation/storage/vfs/detail/iri_access.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
 
 namespace foundation::storage::s3 {
@@ -78,7 +79,7 @@ TEST(S3Client, AsksAnUnreachableStoreAgainAfterTwiceTheTimeThatWasLost) {
     store.wait(milliseconds(waited));
     milliseconds const before = store.now();
     PageCheck check("", false);
-    EXPECT_THROW(client.list({.bucket = "b"}, check, vfs::AbsoluteIRI::fromWrittenForm(u"s3://b", 2, 6)),
+    EXPECT_THROW(client.list({.bucket = "b"}, check, vfs::IRIAccess::fromWrittenForm(u"s3://b", 2, 6)),
                  vfs::Exception);
     EXPECT_EQ(store.now() - before, seconds(asks ? 1 : 0)) << waited;
   }
