@@ -2,6 +2,7 @@
 
 import ctypes
 import os
+from typing import Any
 
 OK, TIMED_OUT, FAILED, INVALID_ARGUMENT, INVALID_IRI, UNSUPPORTED_SCHEME, NOT_FOUND = range(7)
 PERMISSION_DENIED, INACCESSIBLE, INTERRUPTED, OUT_OF_MEMORY = range(7, 11)
@@ -30,11 +31,11 @@ class Handle(ctypes.c_void_p):
 
 try:
     _library = ctypes.CDLL(os.environ.get("KGLOB_LIBRARY") or "libkglob.so.1")
-except OSError as error:
-    raise ImportError(f"kglob needs its library, in the loader's path or named by KGLOB_LIBRARY: {error}") from error
+except OSError as failure:
+    raise ImportError(f"kglob needs its library, in the loader's path or named by KGLOB_LIBRARY: {failure}") from failure
 
 
-def _function(name, result, *arguments, library=_library):
+def _function(name: str, result: Any, *arguments: Any, library: ctypes.CDLL = _library) -> Any:
     function = getattr(library, name)
     function.restype = result
     function.argtypes = arguments
