@@ -1,4 +1,4 @@
-"""package_test.py KGLOB [unittest arguments]: tests the package kglob, against the program and the standard library's glob."""
+"""python_package_test.py KGLOB [unittest arguments]: tests the package kglob, against the program and the standard library's glob."""
 
 import errno
 import glob
