@@ -16,7 +16,7 @@ from those as follows:
 - Matches are sorted: the entries of a folder by the bytes of their names, each followed by everything below it.
 - A pattern or root folder may be an IRI, such as "s3://bucket/2024/*". It must be a str or bytes, since `pathlib`
   would merge the two slashes.
-- What the search can't do is an error; folders that can't be read are passed over, and reported to `onerror`.
+- A search that fails raises an exception. Folders that can't be read are passed over, and reported to `onerror`.
 - There is no `dir_fd`.
 
 Any thread may search. The interpreter runs other threads while a search waits for matches.
