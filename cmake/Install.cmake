@@ -1,5 +1,6 @@
 # What `cmake --install` installs, and where. No installed file contains an absolute path, so that a copy still works
-# after it is moved. Components: Runtime (what a process loads), Development (what a build needs), Program (kglob).
+# after it is moved. Components: Runtime (what a process loads), Development (what a build needs), Program (kglob),
+# Python (the package kglob).
 include(CMakePackageConfigHelpers)
 
 set(korvan_cmake_folder "${CMAKE_INSTALL_LIBDIR}/cmake/${PROJECT_NAME}")
@@ -7,6 +8,9 @@ set(korvan_pkgconfig_folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 set(KORVAN_ZSH_COMPLETIONS_DIR
     "${CMAKE_INSTALL_DATADIR}/zsh/site-functions"
     CACHE STRING "Folder for the zsh completion, relative to the prefix")
+set(KORVAN_PYTHON_DIR
+    "lib/python3/dist-packages"
+    CACHE STRING "Folder for the Python package, relative to the prefix")
 
 install(
   TARGETS qdkorvanautomationio korvan_host
@@ -75,3 +79,16 @@ install(
   FILES "${korvan_documents}/kglob.fish"
   DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d"
   COMPONENT Program)
+
+# pip, which installs from python/ alone, has the version from there.
+file(STRINGS python/pyproject.toml korvan_python_version REGEX "^version = ")
+if(NOT korvan_python_version MATCHES "\"${PROJECT_VERSION}\"")
+  message(FATAL_ERROR "python/pyproject.toml doesn't have the version ${PROJECT_VERSION}")
+endif()
+install(
+  DIRECTORY python/src/kglob
+  DESTINATION "${KORVAN_PYTHON_DIR}"
+  COMPONENT Python
+  FILES_MATCHING
+  REGEX "/(.*[.]py|py[.]typed)$"
+  PATTERN __pycache__ EXCLUDE)

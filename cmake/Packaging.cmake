@@ -2,7 +2,7 @@
 set(CPACK_PACKAGE_NAME ${PROJECT_NAME})
 set(CPACK_PACKAGE_CONTACT "${PROJECT_NAME} developers <developers@korvan.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "file search over local disks and object stores")
-set(CPACK_COMPONENTS_ALL Runtime Development Program)
+set(CPACK_COMPONENTS_ALL Runtime Development Program Python)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)
 
@@ -36,5 +36,13 @@ set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "${korvan_runtime_dependency}")
 set(CPACK_DEBIAN_PROGRAM_DESCRIPTION
     "The program kglob, its manual page and completions for bash, zsh and fish.")
+
+# The scripts compile the modules when the package is installed, and remove what was compiled.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-kglob)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${korvan_runtime_dependency}, python3 (>= 3.9)")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/cmake/debian/postinst;${PROJECT_SOURCE_DIR}/cmake/debian/prerm")
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION "The Python package kglob: the same search from Python.")
 
 include(CPack)
