@@ -42,7 +42,8 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-kglob)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${korvan_runtime_dependency}, python3 (>= 3.9)")
-set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/cmake/debian/postinst;${PROJECT_SOURCE_DIR}/cmake/debian/prerm")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/cmake/debian/postinst"
+                                              "${PROJECT_SOURCE_DIR}/cmake/debian/prerm")
 set(CPACK_DEBIAN_PYTHON_DESCRIPTION "The Python package kglob: the same search from Python.")
 
 include(CPack)

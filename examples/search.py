@@ -1,5 +1,5 @@
-"""search.py FOLDER PATTERN: prints what matches the pattern in the folder, a path or an IRI, one match a line. Folders that
-can't be read are reported, and the exit status is then 2."""
+"""search.py FOLDER PATTERN: prints what matches the pattern in the folder, a path or an IRI, one match a line. Folders
+that can't be read are reported, and the exit status is then 2."""
 
 import os
 import sys

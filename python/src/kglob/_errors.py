@@ -11,8 +11,8 @@ from kglob import _library
 class Error(OSError):
     """A search that failed, or a folder that couldn't be read.
 
-    `filename` is the location: a path or an IRI, the text that isn't a valid IRI, or the scheme that isn't served. It is
-    bytes if the pattern is. `strerror` is what the system or the store reported, and `errno` the nearest number.
+    `filename` is the location: a path or an IRI, the text that isn't a valid IRI, or the scheme that isn't served. It
+    is bytes if the pattern is. `strerror` is what the system or the store reported, and `errno` the nearest number.
     """
 
     identifier: str

@@ -32,7 +32,7 @@ class Handle(ctypes.c_void_p):
 try:
     _library = ctypes.CDLL(os.environ.get("KGLOB_LIBRARY") or "libkglob.so.1")
 except OSError as failure:
-    raise ImportError(f"kglob needs its library, in the loader's path or named by KGLOB_LIBRARY: {failure}") from failure
+    raise ImportError(f"the library is neither in the loader's path nor named by KGLOB_LIBRARY: {failure}") from failure
 
 
 def _function(name: str, result: Any, *arguments: Any, library: ctypes.CDLL = _library) -> Any:
