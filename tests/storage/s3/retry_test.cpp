@@ -79,8 +79,7 @@ TEST(S3Client, AsksAnUnreachableStoreAgainAfterTwiceTheTimeThatWasLost) {
     store.wait(milliseconds(waited));
     milliseconds const before = store.now();
     PageCheck check("", false);
-    EXPECT_THROW(client.list({.bucket = "b"}, check, vfs::IRIAccess::fromWrittenForm(u"s3://b", 2, 6)),
-                 vfs::Exception);
+    EXPECT_THROW(client.list({.bucket = "b"}, check, vfs::IRIAccess::fromWrittenForm(u"s3://b", 2, 6)), vfs::Exception);
     EXPECT_EQ(store.now() - before, seconds(asks ? 1 : 0)) << waited;
   }
 }
