@@ -4,9 +4,9 @@
 #include <iostream>
 #include <iterator>
 #include <map>
-#include <regex>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "cli/option_table.hpp"
 #include "foundation/core/text/ascii.hpp"
@@ -111,6 +111,15 @@ std::string read(char const* path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+/// The first placeholder in the text; empty if there is none.
+std::string_view firstPlaceholder(std::string_view text) {
+  for (std::size_t begin = text.find('@'); begin != text.npos; begin = text.find('@', begin + 1)) {
+    std::size_t const end = text.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ_", begin + 1);
+    if (end != text.npos && end > begin + 1 && text[end] == '@') return text.substr(begin, end + 1 - begin);
+  }
+  return {};
+}
+
 void generate(char const* templatePath, char const* outputPath, char const* version) {
   std::map<std::string, std::string> const placeholders{
       {"@VERSION@", version},
@@ -123,9 +132,8 @@ void generate(char const* templatePath, char const* outputPath, char const* vers
   };
   std::string text = read(templatePath);
   for (auto const& [placeholder, replacement] : placeholders) text = replaceAll(text, placeholder, replacement);
-  std::smatch unknown;
-  if (std::regex_search(text, unknown, std::regex("@[A-Z_]+@")))
-    throw std::runtime_error(std::string(templatePath) + ": unknown placeholder " + unknown.str());
+  if (std::string_view const unknown = firstPlaceholder(text); !unknown.empty())
+    throw std::runtime_error(std::string(templatePath) + ": unknown placeholder " + std::string(unknown));
   std::ofstream file(outputPath, std::ios::binary);
   if (!(file << text).flush()) throw std::runtime_error(std::string("cannot write ") + outputPath);
 }
