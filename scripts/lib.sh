@@ -20,7 +20,7 @@ fuzz_packages=("${clang_packages[@]}" libclang-rt-dev)
 bench_packages=(fd-find gnuplot-nox ripgrep zsh rclone s3cmd strace)
 
 # The tools that build Debian packages.
-package_packages=(dpkg-dev fakeroot file)
+package_packages=(dpkg-dev fakeroot file lintian)
 
 # require_packages NAME...: installs those of the Debian packages that are missing; silent if none is.
 require_packages() {
