@@ -7,6 +7,9 @@ build_packages=(cmake ninja-build g++ pkg-config libpcre2-dev libboost-dev libcl
 
 test_packages=(python3-swift openssl)
 
+# The second object store, for the tests on demand. Its packages come with services, which nothing starts.
+ceph_packages=(ceph-mon ceph-osd radosgw ceph-common)
+
 # What pip needs to install the Python package without a package index.
 python_packages=(python3-pip python3-setuptools python3-wheel)
 
