@@ -23,7 +23,8 @@ bool isIRI(std::string_view text) {
   std::size_t const end = text.find("://");
   return end != std::string_view::npos && end > 0 && foundation::core::text::isLetter(text[0]) &&
          std::ranges::all_of(text.substr(0, end), [](char c) {
-           return foundation::core::text::isLetter(c) || foundation::core::text::isDigit(c) || c == '+' || c == '-' || c == '.';
+           return foundation::core::text::isLetter(c) || foundation::core::text::isDigit(c) || c == '+' || c == '-' ||
+                  c == '.';
          });
 }
 
@@ -40,10 +41,11 @@ std::string asWritten(std::string const& path, std::string const& rootFolder) {
 }
 
 std::string absolutePatternHint(std::string const& pattern, std::string const& rootFolder) {
-  bool const inStore = isIRI(rootFolder) && foundation::core::text::lowerCase(std::string_view(rootFolder).substr(0, 7)) != "file://";
+  bool const inStore =
+      isIRI(rootFolder) && foundation::core::text::lowerCase(std::string_view(rootFolder).substr(0, 7)) != "file://";
   if (!inStore || !pattern.starts_with('/')) return {};
-  return "\"" + pattern + "\" is searched in the store of the root folder; for the local disk write \"file://" + pattern +
-         "\"";
+  return "\"" + pattern + "\" is searched in the store of the root folder; for the local disk write \"file://" +
+         pattern + "\"";
 }
 
 }  // namespace kglob

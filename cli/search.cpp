@@ -20,8 +20,7 @@ constexpr std::size_t storeCacheBytes = std::size_t{32} << 20;
 Search::Search(std::vector<std::string> const& patterns, std::string const& rootFolder, bool dotFiles) {
   kglob_options options = KGLOB_OPTIONS_INIT;
   options.root_folder = rootFolder.c_str();
-  options.cache_bytes =
-      isIRI(rootFolder) || std::ranges::any_of(patterns, isIRI) ? storeCacheBytes : diskCacheBytes;
+  options.cache_bytes = isIRI(rootFolder) || std::ranges::any_of(patterns, isIRI) ? storeCacheBytes : diskCacheBytes;
   options.include_dot_files = dotFiles ? 1 : 0;
   std::vector<char const*> texts;
   texts.reserve(patterns.size());

@@ -138,6 +138,34 @@ TEST(SessionPolicy, OtherFileSystemsAreNotEntered) {
   EXPECT_EQ(disk->requestsIn("mnt"), 1U) << "only the question for its device";
 }
 
+TEST(SessionPolicy, DeepFoldersAreNotRead) {
+  Tree tree;
+  for (int i = 0; i < 200; ++i)
+    tree.addFile("t/a/b/" + std::to_string(i) + "/x").addFile("t/c/" + std::to_string(i / 2));
+  tree.addFile("t/b");
+  SessionPolicy policy;
+  policy.maximumDepth = 2;
+  Expected const expected = {{"t/**/*b", {"t/b", "t/a/b"}},
+                             {"t/*/*/1", {}},
+                             {"t/*/b/1/x", {}},
+                             {"t/*/b/", {"t/a/b/"}},
+                             {"t/a/b/*99/**", {"t/a/b/199", "t/a/b/199/x", "t/a/b/99", "t/a/b/99/x"}},
+                             {"t/**/x", {}}};
+  expectEverywhere(expected, tree, policy);
+  for (std::size_t const depth : {1U, 2U, 3U}) {
+    MemoryProvider::Options options;
+    options.subtreePage = 50;
+    auto const store = std::make_shared<MemoryProvider>(tree, options);
+    ServedScheme const mem(u"mem", store);
+    policy.maximumDepth = depth;
+    if (depth == 2) expectSearches(expected, "mem:///", policy);
+    store->forgetRequests();
+    ReadSession const session(ReadSession::defaultMemoryBound, policy);
+    EXPECT_EQ(search("t/**", "mem:///").size(), depth == 1 ? 4U : depth == 2 ? 105U : 305U);
+    EXPECT_LE(store->requests(), depth == 1 ? 2U : depth == 2 ? 6U : 8U);
+  }
+}
+
 TEST(SessionPolicy, FactsAreThoseOfTheDisk) {
   TemporaryFolder const folder;
   folder.addFolder("d");

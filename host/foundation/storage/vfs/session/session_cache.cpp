@@ -93,8 +93,10 @@ std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> con
     if (isOutdated(*snapshot)) snapshot = readFolder(*provider, location, {}, &visibility_);
     return noteRequested(add(std::move(snapshot)));
   }
-  scan(*provider, location, prefix);
-  if (CachedFolder* const cached = find(keyOf(location), prefix)) return noteRequested(*cached);
+  if (visibility_.descendsFrom(location)) {
+    scan(*provider, location, prefix);
+    if (CachedFolder* const cached = find(keyOf(location), prefix)) return noteRequested(*cached);
+  }
   return noteRequested(add(readFolder(*provider, location, prefix, &visibility_)));
 }
 

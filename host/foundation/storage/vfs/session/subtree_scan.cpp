@@ -105,7 +105,7 @@ void SubtreeScan::open(std::string path, bool complete, bool exists) {
 
 // Continues after everything that is in the same folder, if that is left out.
 void SubtreeScan::skipHidden() {
-  auto const hidden = visibility_.hiddenPart(position_);
+  auto const hidden = visibility_.hiddenPart(root_, position_);
   if (!hidden || position_[hidden->end - 1] != '/') return;
   position_.resize(hidden->end);
   position_ += greatestCharacter;
@@ -114,7 +114,7 @@ void SubtreeScan::skipHidden() {
 // Of a hidden path, what is above the hidden part is shown: it is a folder.
 void SubtreeScan::add(std::string_view path, EntryFacts const* facts, AddToCache const& addToCache) {
   closeUntil(path, addToCache);
-  if (auto const hidden = visibility_.hiddenPart(path)) path = path.substr(0, hidden->begin);
+  if (auto const hidden = visibility_.hiddenPart(root_, path)) path = path.substr(0, hidden->begin);
   open_.back().exists = true;
   for (std::size_t start = open_.back().path.size(); start < path.size();) {
     std::size_t const end = path.find('/', start);
