@@ -47,6 +47,7 @@ class Walker {
     bool isBelow = false;  // whether the folder is an entry of the frame under this one, reached by its descent
     bool isOpen = false;
     bool metCycle = false;  // whether this descent was refused a folder, which another descent may be allowed to enter
+    bool isAbsent = false;  // whether no descent finds this folder below the one above
   };
 
   void begin();
@@ -59,6 +60,7 @@ class Walker {
   void visitNext(Frame& frame);
   bool isFolder(Frame const& frame, ListedKind listed) const;
   bool openBelow(Frame& frame);
+  bool onlyFoldersFollow(std::size_t segment) const noexcept;
   bool matchesLiteral(std::size_t segment) const;
 
   bool foldersOnlyAt(std::size_t segment) const noexcept { return foldersOnly_ || segment + 1 < plan_->size(); }

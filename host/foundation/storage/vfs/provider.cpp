@@ -10,6 +10,12 @@ std::optional<FolderIdentity> Provider::identity(AbsoluteIRI const& /*folder*/) 
   return std::nullopt;
 }
 
+std::optional<EntryFacts> Provider::facts(AbsoluteIRI const& location) {
+  PathKind const found = kind(location);
+  if (found == PathKind::notFound) return std::nullopt;
+  return EntryFacts{.kind = found == PathKind::isFolder ? EntryKind::folder : EntryKind::file};
+}
+
 bool Provider::servesSubtrees() const noexcept {
   return false;
 }

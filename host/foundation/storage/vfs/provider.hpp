@@ -8,6 +8,7 @@
 
 #include "foundation/core/host_export.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
+#include "foundation/storage/vfs/entry_facts.hpp"
 #include "foundation/storage/vfs/entry_sink.hpp"
 #include "foundation/storage/vfs/path_kind.hpp"
 
@@ -65,6 +66,10 @@ class KORVAN_HOST_EXPORT Provider {
   /// The identity of a folder; nothing in storage without links, where a folder can be reached in one way only, which
   /// is the default. One request. Throws if the folder doesn't exist.
   virtual std::optional<FolderIdentity> identity(AbsoluteIRI const& folder);
+
+  /// What storage says about the entry at the location, links not followed; nothing if there is none. At most two
+  /// requests. By default only the kind, as `kind` finds it out: for storage without links.
+  virtual std::optional<EntryFacts> facts(AbsoluteIRI const& location);
 
   /// Whether this is a store of flat keys: `subtree` is served, and `list` reads only what begins with its prefix. By
   /// default not.
