@@ -48,6 +48,21 @@ TEST(SessionPolicy, LinksAreListedAndNotDescended) {
                    tree, policy, "t");
 }
 
+TEST(SessionPolicy, NothingIsShownBelowTheLastLevel) {
+  Tree tree;
+  tree.addFile("a/b/c/d").addFile("a/x").addLink("link", "a/b").addFile("x");
+  SessionPolicy policy;
+  policy.maxDepth = 2;
+  expectEverywhere({{"**", {"a", "a/b", "a/x", "link", "link/c", "x"}},
+                    {"a/**", {"a", "a/b", "a/b/c", "a/x"}},
+                    {"a/b/**", {"a/b", "a/b/c", "a/b/c/d"}},
+                    {"*/b/c", {}},
+                    {"**/c/", {"link/c/"}},
+                    {"*/b/", {"a/b/"}},
+                    {"a/b/c/d", {"a/b/c/d"}}},
+                   tree, policy);
+}
+
 Tree project() {
   Tree tree;
   for (int i = 0; i < 60; ++i) {

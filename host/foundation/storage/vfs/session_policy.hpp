@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,10 @@ struct SessionPolicy {
 
   /// Whether folders on other devices than the start are empty. Costs one request for each folder.
   bool oneFileSystem = false;
+
+  /// How many levels below the start entries are shown: 1 for the entries of the start itself; 0 for all. Folders on the
+  /// last level are empty, and not read.
+  std::size_t maxDepth = 0;
 
   /// Whether it is a failed listing (see `ReadSession::failedListings`) of the folder concerned, rather than an
   /// exception, when permission to look up a location below the start is denied. The location then doesn't exist.

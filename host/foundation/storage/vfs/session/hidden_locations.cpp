@@ -56,8 +56,8 @@ bool SessionCache::reportsRefusal(AbsoluteIRI const& location) const {
 // Otherwise the folder above is reported: it would refuse every other name too.
 PathKind SessionCache::passOver(Entry entry, AbsoluteIRI const& location, Exception const& failure) {
   if (entry.snapshot != nullptr) return PathKind::isFile;
-  failures_.report(Exception(ErrorCode::permissionDenied, folderAbove(location), failure.reason(),
-                             failure.systemError()));
+  failures_.report(
+      Exception(ErrorCode::permissionDenied, folderAbove(location), failure.reason(), failure.systemError()));
   return PathKind::notFound;
 }
 

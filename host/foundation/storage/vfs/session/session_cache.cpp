@@ -79,6 +79,7 @@ std::shared_ptr<FolderSnapshot> SessionCache::snapshot(std::shared_ptr<Provider>
                                                        AbsoluteIRI const& location, std::string_view prefix) {
   std::u16string_view const key = keyOf(location);
   if (visibility_.awaitsStart()) noteStart(*provider, location);
+  if (visibility_.isOnLastLevel(location)) return std::make_shared<FolderSnapshot>(location, std::string());
   if (!provider->servesSubtrees()) prefix = {};  // the provider reads whole folders anyway: cache them as such
   if (CachedFolder* const cached = findPredicted(key, prefix)) return noteRequested(*cached);
   return failures_.attempt(FailureLog::Question::entries, location, FailureLog::Report::yes,
@@ -115,7 +116,9 @@ void SessionCache::addUnrequested(ReadAhead::Outcome const& outcome) {
 PathKind SessionCache::kind(StorageSystem& system, AbsoluteIRI const& location) {
   Entry const entry = findEntry(location);
   std::optional<PathKind> kind;
-  if (entry.snapshot != nullptr) {
+  if (visibility_.isBelowLastLevel(location)) {
+    kind = PathKind::notFound;
+  } else if (entry.snapshot != nullptr) {
     kind = entry.index == EntryTable::npos ? PathKind::notFound : entry.snapshot->entries.kind(entry.index);
   } else if (hides(system, location)) {
     kind = PathKind::notFound;

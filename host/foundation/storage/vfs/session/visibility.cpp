@@ -12,7 +12,8 @@ Visibility::Visibility(SessionPolicy const& policy)
       staysOnDevice_(policy.oneFileSystem),
       reportsRefusals_(policy.reportRefusals),
       collectsFacts_(policy.collectFacts),
-      needsStart_(policy.oneFileSystem || policy.reportRefusals || !policy.excludedNames.empty()),
+      maxDepth_(policy.maxDepth),
+      needsStart_(policy.oneFileSystem || maxDepth_ != 0 || policy.reportRefusals || !policy.excludedNames.empty()),
       excluded_(policy.excludedNames.begin(), policy.excludedNames.end()) {}
 
 bool Visibility::hides(std::string_view name) const {
@@ -39,6 +40,13 @@ bool Visibility::isBelowStart(AbsoluteIRI const& location) const {
   if (!start_) return false;
   auto const below = writtenBelow(*start_, location);
   return below && !below->empty();
+}
+
+// The number of levels below the start; 0 elsewhere.
+std::size_t Visibility::depth(AbsoluteIRI const& location) const {
+  auto const below = start_ ? writtenBelow(*start_, location) : std::nullopt;
+  if (!below || below->empty()) return 0;
+  return static_cast<std::size_t>(std::count(below->begin(), below->end(), u'/')) + 1;
 }
 
 bool Visibility::hides(AbsoluteIRI const& location) const {

@@ -59,14 +59,22 @@ class Visibility {
   /// Whether the location is below the start.
   bool isBelowStart(AbsoluteIRI const& location) const;
 
+  /// Whether the location is so far below the start that it isn't entered.
+  bool isOnLastLevel(AbsoluteIRI const& location) const { return maxDepth_ != 0 && depth(location) >= maxDepth_; }
+
+  bool isBelowLastLevel(AbsoluteIRI const& location) const { return maxDepth_ != 0 && depth(location) > maxDepth_; }
+
   /// Whether the location is below the start and in or at an entry that is left out.
   bool hides(AbsoluteIRI const& location) const;
 
  private:
+  std::size_t depth(AbsoluteIRI const& location) const;
+
   bool const followsLinks_;
   bool const staysOnDevice_;
   bool const reportsRefusals_;
   bool const collectsFacts_;
+  std::size_t const maxDepth_;  // 0: any
   bool const needsStart_;
   std::vector<NameFilter> excluded_;
   std::atomic<std::uint64_t> device_{noDevice};  // of the start
