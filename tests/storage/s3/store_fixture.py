@@ -38,6 +38,7 @@ def serve(folder, starter):
     with CephStore() if is_ceph else SwiftStore() as store:
         store.fill("conformance", conformance_keys())
         store.fill("odd", sample_trees.odd()[0])
+        store.fill("facts", {"d/five": b"12345", "none": b""})
         store.fill("mirror", sample_trees.mirror())
         store.fill("a-bucket.with-dots", ["plus+and space/100%.txt"], user=dots_user)
         sample_trees.write_locally(folder / "mirror", sample_trees.mirror())

@@ -38,7 +38,7 @@ ListPage Client::list(ListRequest const& request, PageCheck& check, vfs::Absolut
     return get({bucketUrl(configuration_, region, request.bucket) + '?' + query, region},
                [&](Response const& response) {
                  try {
-                   page = parseListPage(response.body);
+                   page = parseListPage(response.body, request.withFacts);
                    return std::optional<std::string>();
                  } catch (MalformedPage const& error) {
                    return std::optional(malformedReason(response, error.what()));
