@@ -7,17 +7,6 @@
 #include "foundation/core/text/ascii.hpp"
 
 namespace kglob {
-namespace {
-
-/// The absolute path of the root folder; empty when the current folder is unknown.
-std::string absolutePath(std::string const& rootFolder) {
-  if (rootFolder.starts_with('/')) return rootFolder;
-  std::error_code error;
-  std::filesystem::path const current = std::filesystem::current_path(error);
-  return error ? std::string() : rootFolder.empty() ? current.string() : (current / rootFolder).string();
-}
-
-}  // namespace
 
 bool isIRI(std::string_view text) {
   std::size_t const end = text.find("://");
@@ -28,8 +17,15 @@ bool isIRI(std::string_view text) {
          });
 }
 
+std::string absoluteRoot(std::string const& rootFolder) {
+  if (rootFolder.starts_with('/') || isIRI(rootFolder)) return rootFolder;
+  std::error_code error;
+  std::filesystem::path const current = std::filesystem::current_path(error);
+  return error ? std::string() : rootFolder.empty() ? current.string() : (current / rootFolder).string();
+}
+
 std::string asWritten(std::string const& path, std::string const& rootFolder) {
-  std::string const root = absolutePath(rootFolder);
+  std::string const root = absoluteRoot(rootFolder);
   if (root.empty() || !path.starts_with(root)) return path;
   std::string_view below = std::string_view(path).substr(root.size());
   if (below.empty()) return rootFolder.empty() ? "." : rootFolder;
