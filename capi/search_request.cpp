@@ -44,9 +44,9 @@ std::u16string absoluteFolder(std::u16string const& folder) {
 vfs::SessionPolicy policyOf(kglob_options const& options) {
   vfs::SessionPolicy policy{.followLinks = options.dont_follow_links == 0,
                             .oneFileSystem = options.one_file_system != 0,
-                            .maxDepth = options.max_depth,
                             .reportRefusals = options.report_refusals != 0,
                             .collectFacts = options.facts == KGLOB_ALL_FACTS};
+  if (options.max_depth != 0) policy.maximumDepth = options.max_depth;
   if (options.excluded_count > 0 && options.excluded_names == nullptr)
     throw std::invalid_argument("the names are null");
   for (std::size_t i = 0; i < options.excluded_count; ++i) {

@@ -1,9 +1,13 @@
+#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include "foundation/storage/vfs/facts.hpp"
 #include "support/memory_provider.hpp"
 #include "support/search.hpp"
 #include "support/temporary_folder.hpp"
@@ -46,21 +50,6 @@ TEST(SessionPolicy, LinksAreListedAndNotDescended) {
                     {"**/e/**/x", {"d/e/x"}},
                     {"**/nothing/**/x", {}}},
                    tree, policy, "t");
-}
-
-TEST(SessionPolicy, NothingIsShownBelowTheLastLevel) {
-  Tree tree;
-  tree.addFile("a/b/c/d").addFile("a/x").addLink("link", "a/b").addFile("x");
-  SessionPolicy policy;
-  policy.maxDepth = 2;
-  expectEverywhere({{"**", {"a", "a/b", "a/x", "link", "link/c", "x"}},
-                    {"a/**", {"a", "a/b", "a/b/c", "a/x"}},
-                    {"a/b/**", {"a/b", "a/b/c", "a/b/c/d"}},
-                    {"*/b/c", {}},
-                    {"**/c/", {"link/c/"}},
-                    {"*/b/", {"a/b/"}},
-                    {"a/b/c/d", {"a/b/c/d"}}},
-                   tree, policy);
 }
 
 Tree project() {
@@ -147,6 +136,83 @@ TEST(SessionPolicy, OtherFileSystemsAreNotEntered) {
   ReadSession const session(ReadSession::defaultMemoryBound, policy);
   search("**", "mem:///");
   EXPECT_EQ(disk->requestsIn("mnt"), 1U) << "only the question for its device";
+}
+
+TEST(SessionPolicy, DeepFoldersAreNotRead) {
+  Tree tree;
+  for (int i = 0; i < 200; ++i)
+    tree.addFile("t/a/b/" + std::to_string(i) + "/x").addFile("t/c/" + std::to_string(i / 2));
+  tree.addFile("t/b");
+  SessionPolicy policy;
+  policy.maximumDepth = 2;
+  Expected const expected = {{"t/**/*b", {"t/b", "t/a/b"}},
+                             {"t/*/*/1", {}},
+                             {"t/*/b/1/x", {}},
+                             {"t/*/b/", {"t/a/b/"}},
+                             {"t/a/b/*99/**", {"t/a/b/199", "t/a/b/199/x", "t/a/b/99", "t/a/b/99/x"}},
+                             {"t/**/x", {}}};
+  expectEverywhere(expected, tree, policy);
+  for (std::size_t const depth : {1U, 2U, 3U}) {
+    MemoryProvider::Options options;
+    options.subtreePage = 50;
+    auto const store = std::make_shared<MemoryProvider>(tree, options);
+    ServedScheme const mem(u"mem", store);
+    policy.maximumDepth = depth;
+    if (depth == 2) expectSearches(expected, "mem:///", policy);
+    store->forgetRequests();
+    ReadSession const session(ReadSession::defaultMemoryBound, policy);
+    EXPECT_EQ(search("t/**", "mem:///").size(), depth == 1 ? 4U : depth == 2 ? 105U : 305U);
+    EXPECT_LE(store->requests(), depth == 1 ? 2U : depth == 2 ? 6U : 8U);
+  }
+}
+
+TEST(SessionPolicy, FactsAreThoseOfTheDisk) {
+  TemporaryFolder const folder;
+  folder.addFolder("d");
+  folder.addLink("link", "nowhere");
+  std::ofstream(folder.path() + "/d/file") << "12345";
+  timespec const times[] = {{0, 0}, {-1, 999999999}};
+  ASSERT_EQ(::utimensat(AT_FDCWD, (folder.path() + "/d/file").c_str(), times, 0), 0);
+  auto const facts = [&](std::string const& name) {
+    return vfs::facts(vfs::AbsoluteIRI(u"file://" + folder.text() + toText("/" + name)),
+                      Quindarel::KorvanStorageSystem::GetStorageSystemReference());
+  };
+  ReadSession const session(ReadSession::defaultMemoryBound, {.collectFacts = true});
+  for (bool const isListed : {false, true}) {
+    if (isListed) search("**", folder.path());
+    EXPECT_EQ(facts("d/file"), (vfs::EntryFacts{.size = 5, .modified = vfs::Timestamp{-1, 999999999}}));
+    EXPECT_EQ(facts("d/").value().kind, EntryKind::folder);
+    EXPECT_EQ(facts("link").value().size, 7U);
+    EXPECT_EQ(facts("nothing"), std::nullopt);
+  }
+}
+
+TEST(SessionPolicy, FactsOfAStoreCostNoRequests) {
+  Tree tree;
+  for (int i = 0; i < 500; ++i)
+    tree.addFile("d" + std::to_string(i % 7) + "/" + std::to_string(i % 5) + "/" + std::to_string(i));
+  MemoryProvider::Options options;
+  options.subtreePage = 50;
+  auto const store = std::make_shared<MemoryProvider>(tree, options);
+  ServedScheme const mem(u"mem", store);
+  auto const storage = Quindarel::KorvanStorageSystem::GetStorageSystemReference();
+  std::size_t requests = 0;
+  for (bool const collects : {false, true}) {
+    store->forgetRequests();
+    ReadSession const session(ReadSession::defaultMemoryBound, {.collectFacts = collects});
+    Strings const matches = search("**", "mem:///");
+    if (!collects) requests = store->requests();
+    for (std::string const& match : matches) {
+      vfs::AbsoluteIRI const location(toText("mem:///" + match));
+      EntryKind const kind = tree.isFolder(match) ? EntryKind::folder : EntryKind::file;
+      EXPECT_EQ(vfs::entryKind(location, storage), kind);
+      vfs::EntryFacts expected{.kind = kind};
+      if (kind == EntryKind::file) expected = {.size = match.size(), .etag = match};
+      if (!collects) continue;
+      EXPECT_EQ(vfs::facts(location, storage), expected);
+    }
+    EXPECT_EQ(store->requests(), requests);
+  }
 }
 
 }  // namespace

@@ -88,7 +88,7 @@ std::optional<vfs::EntryFacts> MemoryProvider::facts(vfs::AbsoluteIRI const& loc
 }
 
 vfs::SubtreePage MemoryProvider::subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix,
-                                         std::string_view after) {
+                                         std::string_view after, bool withFacts) {
   std::string const path = note(Operation::subtree, folder);
   std::vector<std::string> all;
   if (tree.isFolder(path)) {
@@ -103,6 +103,7 @@ vfs::SubtreePage MemoryProvider::subtree(vfs::AbsoluteIRI const& folder, std::st
     if (!page.last) continue;
     onEntry();
     page.paths.push_back(all[i]);
+    if (withFacts) page.facts.push_back({.size = all[i].size(), .etag = all[i]});
   }
   return page;
 }

@@ -61,7 +61,8 @@ class MemoryProvider final : public vfs::Provider {
   std::optional<vfs::FolderIdentity> identity(vfs::AbsoluteIRI const& folder) override;
   std::optional<vfs::EntryFacts> facts(vfs::AbsoluteIRI const& location) override;
   bool servesSubtrees() const noexcept override { return options_.subtreePage != 0; }
-  vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after) override;
+  vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
+                           bool withFacts) override;
 
  private:
   std::string note(Operation operation, vfs::AbsoluteIRI const& location);

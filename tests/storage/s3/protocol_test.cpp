@@ -68,6 +68,29 @@ TEST(S3ListPage, OrderEncodingAndUnknownElementsDoNotMatter) {
               ElementsAre("%+\U0001F6001"));
 }
 
+TEST(S3ListPage, FactsThatCanBeUnderstoodAreKept) {
+  struct Case {
+    std::string object;
+    vfs::EntryFacts facts;
+  };
+  Case const cases[] = {
+      {"<Size>12345678901</Size><LastModified>2024-02-29T23:59:58.120Z</LastModified>"
+       "<StorageClass>GLACIER</StorageClass><ETag>&quot;d4-2&quot;</ETag>",
+       {.size = 12345678901,
+        .modified = vfs::Timestamp{1709251198, 120000000},
+        .etag = "d4-2",
+        .storageClass = "GLACIER"}},
+      {"<Size>0</Size><LastModified>1969-12-31T23:59:59.5+00:00</LastModified><ETag>d4</ETag>",
+       {.size = 0, .modified = vfs::Timestamp{-1, 500000000}, .etag = "d4"}},
+      {"<Size>-1</Size><LastModified>yesterday</LastModified><ETag>\"</ETag>", {.etag = "\""}},
+      {"<Size>1 </Size><LastModified>2023-02-29T00:00:00Z</LastModified>", {}},
+  };
+  for (auto const& [object, facts] : cases) {
+    ListPage const page = parseListPage(pageOf("<Contents><Key>a</Key>" + object + "</Contents>" + lastPage), true);
+    EXPECT_THAT(page.facts, ElementsAre(facts)) << object;
+  }
+}
+
 TEST(S3ListPage, MalformedPagesAreRefused) {
   std::string const bodies[] = {
       "<html><body>Sign in</body></html>",

@@ -34,6 +34,7 @@ def serve(folder, starter):
     with swift_store.SwiftStore() as store:
         store.fill("conformance", conformance_keys())
         store.fill("odd", sample_trees.odd()[0])
+        store.fill("facts", {"d/five": b"12345", "none": b""})
         store.fill("mirror", sample_trees.mirror())
         store.fill("a-bucket.with-dots", ["plus+and space/100%.txt"], user=swift_store.AWKWARD)
         sample_trees.write_locally(folder / "mirror", sample_trees.mirror())

@@ -33,7 +33,7 @@ ListPage Client::list(ListRequest const& request, PageCheck& check, vfs::Absolut
   auto const* const response = std::get_if<Response>(&outcome.last);
   if (response == nullptr || response->status != ok) throw exceptionFor(outcome, configuration_, location);
   try {
-    ListPage page = parseListPage(response->body);
+    ListPage page = parseListPage(response->body, request.withFacts);
     check.accept(page);
     return page;
   } catch (MalformedPage const& page) {

@@ -22,6 +22,7 @@ struct ListRequest {
   std::string continuationToken = {};
   bool delimited = false;  ///< roll up the keys below the next "/" into common prefixes
   unsigned maximumKeys = 0;
+  bool withFacts = false;  ///< not sent: whether `ListPage::facts` is wanted
 };
 
 /// A client of the store that the configuration describes. Safe to use from several threads at once.

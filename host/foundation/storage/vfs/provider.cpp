@@ -20,7 +20,8 @@ bool Provider::servesSubtrees() const noexcept {
   return false;
 }
 
-SubtreePage Provider::subtree(AbsoluteIRI const& folder, std::string_view /*prefix*/, std::string_view /*after*/) {
+SubtreePage Provider::subtree(AbsoluteIRI const& folder, std::string_view /*prefix*/, std::string_view /*after*/,
+                              bool /*withFacts*/) {
   throw Exception(ErrorCode::other, folder, "this kind of storage has no flat listings");
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,8 +10,8 @@ namespace foundation::storage::vfs {
 /// What a read session shows of storage. Whatever the policy hides doesn't exist for the session: it isn't listed, has
 /// no kind, and isn't read. A search doesn't know of the policy.
 ///
-/// Names and devices are compared below the *start* of a search only: the first folder that it lists, which is what its
-/// pattern says before the first wildcard. What is written out up to there is never hidden.
+/// Names, devices and depths count below the *start* of a search only: the first folder that it lists, which is what
+/// its pattern says before the first wildcard. What is written out up to there is never hidden.
 struct SessionPolicy {
   /// Whether a folder is opened from the one above it (`Folder(parent, name)`) through a link too. If not, a descent
   /// shows links to folders and doesn't enter them; a link that is part of a location is still followed.
@@ -19,9 +20,9 @@ struct SessionPolicy {
   /// Whether folders on other devices than the start are empty. Costs one request for each folder.
   bool oneFileSystem = false;
 
-  /// How many levels below the start entries are shown: 1 for the entries of the start itself; 0 for all. Folders on the
-  /// last level are empty, and not read.
-  std::size_t maxDepth = 0;
+  /// How many levels of folders are read: with 1 only the start itself, whose entries are then found; with 2 also its
+  /// subfolders; and so on. Deeper folders are empty. Makes fewer requests.
+  std::optional<std::size_t> maximumDepth{};
 
   /// Whether it is a failed listing (see `ReadSession::failedListings`) of the folder concerned, rather than an
   /// exception, when permission to look up a location below the start is denied. The location then doesn't exist.

@@ -7,10 +7,13 @@ namespace foundation::storage::vfs {
 std::shared_ptr<FolderSnapshot> readFolder(Provider& provider, AbsoluteIRI const& location, std::string_view prefix,
                                            Visibility const* visibility) {
   auto snapshot = std::make_shared<FolderSnapshot>(location, std::string(prefix));
-  if (visibility != nullptr && visibility->staysOnDevice()) {
-    if (auto const identity = provider.identity(location)) snapshot->device = identity->device;
-    snapshot->isElsewhere = visibility->isElsewhere(snapshot->device);
-    if (snapshot->isElsewhere) return snapshot;
+  if (visibility != nullptr && visibility->closesFolders()) {
+    snapshot->isClosed = visibility->isTooDeep(location);
+    if (!snapshot->isClosed && visibility->staysOnDevice()) {
+      if (auto const identity = provider.identity(location)) snapshot->device = identity->device;
+      snapshot->isClosed = visibility->isElsewhere(snapshot->device);
+    }
+    if (snapshot->isClosed) return snapshot;
   }
   snapshot->entries.reserveUsual();
   EntrySink sink(snapshot->entries, visibility != nullptr && visibility->collectsFacts());

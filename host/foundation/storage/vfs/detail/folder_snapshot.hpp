@@ -20,7 +20,7 @@ struct FolderSnapshot {
   std::string prefix;  ///< complete for entries whose names begin with these bytes
   EntryTable entries;
   std::uint64_t device = Visibility::noDevice;  ///< the folder's, if the session stays on one device
-  bool isElsewhere = false;                     ///< whether the folder is on another device, and thus not listed
+  bool isClosed = false;                        ///< whether the session doesn't enter the folder, so that it is empty
   /// The entry that the session looked up last: the next one is likely its neighbour.
   std::size_t lastHit = EntryTable::npos;
 
@@ -29,8 +29,8 @@ struct FolderSnapshot {
 };
 
 /// Asks the provider for the folder's entries, and takes those that the session shows; all of them if `visibility` is
-/// null. One listing; if the session stays on one device, also one request for the folder's identity, and then no
-/// listing of a folder that is on another one. Throws as `Provider::list` and `Provider::identity` do. Shares no memory
+/// null. One listing, unless the session doesn't enter the folder; if it stays on one device, also one request for the
+/// folder's identity. Throws as `Provider::list` and `Provider::identity` do. Shares no memory
 /// with other calls, so a provider may list folders through the storage layer while it answers, on any thread.
 std::shared_ptr<FolderSnapshot> readFolder(Provider& provider, AbsoluteIRI const& location, std::string_view prefix,
                                            Visibility const* visibility);

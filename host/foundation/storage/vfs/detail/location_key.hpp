@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <functional>
@@ -16,6 +17,12 @@ inline std::u16string_view keyOf(AbsoluteIRI const& location) noexcept {
   std::u16string_view key = location.toString();
   if (!location.encodedPath().empty() && key.back() == u'/') key.remove_suffix(1);
   return key;
+}
+
+/// How deep the location is in its storage: a number that each element adds 1 to.
+inline std::size_t depthOf(AbsoluteIRI const& location) noexcept {
+  std::u16string_view const key = keyOf(location);
+  return static_cast<std::size_t>(std::count(key.begin(), key.end(), u'/'));
 }
 
 /// The written form of what leads from `root` to `location`, without a "/" at either end: empty for the root itself,

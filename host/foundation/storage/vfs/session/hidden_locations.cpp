@@ -15,17 +15,19 @@ AbsoluteIRI folderAbove(AbsoluteIRI const& location) {
 
 }  // namespace
 
-// A start on another device makes every folder that was read outdated.
+// A start on another device or at another depth makes the folders that were read outdated.
 void SessionCache::noteStart(Provider& provider, AbsoluteIRI const& folder) {
   std::uint64_t const device = visibility_.staysOnDevice() ? deviceOf(provider, folder) : Visibility::noDevice;
-  if (device != visibility_.device()) forget();
+  bool const isElsewhere = device != visibility_.device() || depthOf(folder) != visibility_.startDepth();
+  if (visibility_.closesFolders() && isElsewhere) forget();
   visibility_.setStart(folder, device);
   scan_.reset();
 }
 
-// Whether the folder was read for a start on another device, and entered or not by that start's measure.
+// Whether the folder was read for another start, and entered or not by that start's measure.
 bool SessionCache::isOutdated(FolderSnapshot const& snapshot) const noexcept {
-  return snapshot.isElsewhere != visibility_.isElsewhere(snapshot.device);
+  if (!visibility_.closesFolders()) return false;
+  return snapshot.isClosed != (visibility_.isTooDeep(snapshot.location) || visibility_.isElsewhere(snapshot.device));
 }
 
 // Whether the policy hides a location of which no listing says that.

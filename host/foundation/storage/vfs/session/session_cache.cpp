@@ -79,7 +79,6 @@ std::shared_ptr<FolderSnapshot> SessionCache::snapshot(std::shared_ptr<Provider>
                                                        AbsoluteIRI const& location, std::string_view prefix) {
   std::u16string_view const key = keyOf(location);
   if (visibility_.awaitsStart()) noteStart(*provider, location);
-  if (visibility_.isOnLastLevel(location)) return std::make_shared<FolderSnapshot>(location, std::string());
   if (!provider->servesSubtrees()) prefix = {};  // the provider reads whole folders anyway: cache them as such
   if (CachedFolder* const cached = findPredicted(key, prefix)) return noteRequested(*cached);
   return failures_.attempt(FailureLog::Question::entries, location, FailureLog::Report::yes,
@@ -94,8 +93,10 @@ std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> con
     if (isOutdated(*snapshot)) snapshot = readFolder(*provider, location, {}, &visibility_);
     return noteRequested(add(std::move(snapshot)));
   }
-  scan(*provider, location, prefix);
-  if (CachedFolder* const cached = find(keyOf(location), prefix)) return noteRequested(*cached);
+  if (visibility_.descendsFrom(location)) {
+    scan(*provider, location, prefix);
+    if (CachedFolder* const cached = find(keyOf(location), prefix)) return noteRequested(*cached);
+  }
   return noteRequested(add(readFolder(*provider, location, prefix, &visibility_)));
 }
 
@@ -116,9 +117,7 @@ void SessionCache::addUnrequested(ReadAhead::Outcome const& outcome) {
 PathKind SessionCache::kind(StorageSystem& system, AbsoluteIRI const& location) {
   Entry const entry = findEntry(location);
   std::optional<PathKind> kind;
-  if (visibility_.isBelowLastLevel(location)) {
-    kind = PathKind::notFound;
-  } else if (entry.snapshot != nullptr) {
+  if (entry.snapshot != nullptr) {
     kind = entry.index == EntryTable::npos ? PathKind::notFound : entry.snapshot->entries.kind(entry.index);
   } else if (hides(system, location)) {
     kind = PathKind::notFound;
@@ -240,7 +239,7 @@ void SessionCache::scan(Provider& provider, AbsoluteIRI const& location, std::st
 }
 
 SessionCache::CachedFolder& SessionCache::add(std::shared_ptr<FolderSnapshot> snapshot) {
-  activity.folders.fetch_add(1, std::memory_order_relaxed);
+  if (!snapshot->isClosed) activity.folders.fetch_add(1, std::memory_order_relaxed);
   activity.entries.fetch_add(snapshot->entries.size(), std::memory_order_relaxed);
   makeRoom(memoryOf(*snapshot));
   std::u16string_view const key = keyOf(snapshot->location);

@@ -11,6 +11,10 @@ std::optional<EntryFacts> SessionCache::facts(Provider& provider, AbsoluteIRI co
   if (entry.snapshot != nullptr) {
     if (auto known = entry.snapshot->entries.facts(entry.index)) return known;
   }
+  // A folder of a flat store is only a part of keys.
+  bool const isFolder = entry.snapshot != nullptr ? entry.snapshot->entries.entryKind(entry.index) == EntryKind::folder
+                                                  : find(keyOf(location), {}) != nullptr;
+  if (isFolder && provider.servesSubtrees()) return EntryFacts{.kind = EntryKind::folder};
   return askFacts(provider, location);
 }
 

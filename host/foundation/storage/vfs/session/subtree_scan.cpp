@@ -51,7 +51,9 @@ void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, AddToCa
     helped = helped || pathBelowRoot(snapshot->location) == wanted;
     addToCache(std::move(snapshot));
   };
-  for (std::string const& path : page.paths) add(path, note);
+  for (std::size_t i = 0; i < page.paths.size(); ++i) {
+    add(page.paths[i], page.facts.empty() ? nullptr : &page.facts[i], note);
+  }
   if (!page.position.empty())
     position_ = page.position;
   else if (!page.paths.empty())
@@ -69,7 +71,7 @@ void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, AddToCa
 // A failure concerns the folder that the page was read for, not the whole root.
 SubtreePage SubtreeScan::pageFor(Provider& provider, AbsoluteIRI const& folder) const {
   try {
-    return provider.subtree(root_, prefix_, position_);
+    return provider.subtree(root_, prefix_, position_, visibility_.collectsFacts());
   } catch (Exception const& failure) {
     throw Exception(static_cast<ErrorCode>(failure.getErrorCode()), folder, failure.reason());
   }
@@ -103,23 +105,29 @@ void SubtreeScan::open(std::string path, bool complete, bool exists) {
 
 // Continues after everything that is in the same folder, if that is left out.
 void SubtreeScan::skipHidden() {
-  auto const hidden = visibility_.hiddenPart(position_);
+  auto const hidden = visibility_.hiddenPart(root_, position_);
   if (!hidden || position_[hidden->end - 1] != '/') return;
   position_.resize(hidden->end);
   position_ += greatestCharacter;
 }
 
 // Of a hidden path, what is above the hidden part is shown: it is a folder.
-void SubtreeScan::add(std::string_view path, AddToCache const& addToCache) {
+void SubtreeScan::add(std::string_view path, EntryFacts const* facts, AddToCache const& addToCache) {
   closeUntil(path, addToCache);
-  if (auto const hidden = visibility_.hiddenPart(path)) path = path.substr(0, hidden->begin);
+  if (auto const hidden = visibility_.hiddenPart(root_, path)) path = path.substr(0, hidden->begin);
   open_.back().exists = true;
   for (std::size_t start = open_.back().path.size(); start < path.size();) {
     std::size_t const end = path.find('/', start);
     std::string_view const name = path.substr(start, end == std::string_view::npos ? end : end - start);
     bool const isFolder = end != std::string_view::npos;
     if (FolderSnapshot* const snapshot = open_.back().snapshot.get()) {
-      snapshot->entries.add(name, isFolder ? EntryKind::folder : EntryKind::file);
+      if (isFolder) {
+        snapshot->entries.add(name, EntryKind::folder);
+      } else if (facts == nullptr) {
+        snapshot->entries.add(name, EntryKind::file);
+      } else {
+        snapshot->entries.add(name, *facts);
+      }
     }
     if (!isFolder) return;
     open(std::string(path.substr(0, end + 1)), true, true);

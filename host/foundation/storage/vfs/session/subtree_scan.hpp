@@ -47,7 +47,7 @@ class SubtreeScan {
   std::string pathBelowRoot(AbsoluteIRI const& folder) const;
   void beginAt(std::string const& path);
   void open(std::string path, bool complete, bool exists);
-  void add(std::string_view path, AddToCache const& addToCache);
+  void add(std::string_view path, EntryFacts const* facts, AddToCache const& addToCache);
   void skipHidden();
   void closeUntil(std::string_view path, AddToCache const& addToCache);
 

@@ -15,8 +15,8 @@
 namespace foundation::storage::vfs {
 
 /// What a session shows of storage: its policy, applied to the start of the search in progress. Makes no request. The
-/// functions before `awaitsStart` may be called by any thread, the others by the session's only. Internal to the storage
-/// layer.
+/// functions before `awaitsStart` may be called by any thread, the others by the session's only. Internal to the
+/// storage layer.
 class Visibility {
  public:
   /// The device of a folder in storage without devices, and while none is known.
@@ -33,15 +33,25 @@ class Visibility {
   /// Whether entries of that name are left out.
   bool hides(std::string_view name) const;
 
-  /// The first element of a path that is left out: where it begins, and where it ends with the "/" after it, if any.
+  /// What isn't found of a path: where it begins, and where what begins in the same way ends, with the "/" after it.
   struct HiddenPart {
     std::size_t begin;
     std::size_t end;
   };
-  /// Nothing if the path is shown. The path is below the start, its elements joined by "/".
-  std::optional<HiddenPart> hiddenPart(std::string_view path) const;
+  /// Nothing if the path is shown. It is the path below the folder, which is the start or below it; its elements are
+  /// joined by "/".
+  std::optional<HiddenPart> hiddenPart(AbsoluteIRI const& folder, std::string_view path) const;
 
-  /// Whether a folder on the device isn't entered.
+  /// Whether folders may not be entered: those for which one of the next two functions is true.
+  bool closesFolders() const noexcept { return staysOnDevice_ || maximumDepth_ != unlimited; }
+
+  /// How many levels of entries are found below the folder, which is the start or below it.
+  std::size_t levelsBelow(AbsoluteIRI const& folder) const noexcept;
+  /// Whether something below the entries of the folder may be found, or next to them in other folders.
+  bool descendsFrom(AbsoluteIRI const& folder) const noexcept;
+  bool isTooDeep(AbsoluteIRI const& folder) const noexcept { return levelsBelow(folder) == 0; }
+
+  /// Whether the device is another one than the start's.
   bool isElsewhere(std::uint64_t device) const noexcept {
     std::uint64_t const own = this->device();
     return own != noDevice && device != noDevice && device != own;
@@ -49,35 +59,32 @@ class Visibility {
 
   /// Whether the first folder that a search lists must be noted as its start.
   bool awaitsStart() const noexcept { return needsStart_ && !start_; }
+  std::size_t startDepth() const noexcept { return startDepth_.load(std::memory_order_relaxed); }
   std::uint64_t device() const noexcept { return device_.load(std::memory_order_relaxed); }
   void setStart(AbsoluteIRI const& folder, std::uint64_t device);
   void forgetStart() noexcept { start_.reset(); }
 
   /// Whether something other than the listings must be asked what is hidden.
-  bool isRestricted() const noexcept { return start_ && (staysOnDevice_ || !excluded_.empty()); }
+  bool isRestricted() const noexcept { return start_ && (closesFolders() || !excluded_.empty()); }
 
   /// Whether the location is below the start.
   bool isBelowStart(AbsoluteIRI const& location) const;
 
-  /// Whether the location is so far below the start that it isn't entered.
-  bool isOnLastLevel(AbsoluteIRI const& location) const { return maxDepth_ != 0 && depth(location) >= maxDepth_; }
-
-  bool isBelowLastLevel(AbsoluteIRI const& location) const { return maxDepth_ != 0 && depth(location) > maxDepth_; }
-
-  /// Whether the location is below the start and in or at an entry that is left out.
+  /// Whether the location is below the start and left out or too deep.
   bool hides(AbsoluteIRI const& location) const;
 
  private:
-  std::size_t depth(AbsoluteIRI const& location) const;
+  static constexpr std::size_t unlimited = static_cast<std::size_t>(-1);
 
   bool const followsLinks_;
   bool const staysOnDevice_;
   bool const reportsRefusals_;
   bool const collectsFacts_;
-  std::size_t const maxDepth_;  // 0: any
   bool const needsStart_;
+  std::size_t const maximumDepth_;
   std::vector<NameFilter> excluded_;
   std::atomic<std::uint64_t> device_{noDevice};  // of the start
+  std::atomic<std::size_t> startDepth_{0};       // how many separators its IRI has
   std::optional<AbsoluteIRI> start_;
 };
 
