@@ -87,7 +87,7 @@ class KglobStore(unittest.TestCase):
         bucket, wide = "s3://mirror/", [f"{number:04}.csv" for number in range(2500)]
         for arguments, expected in (
                 (["-c", "-E", "1*", "-E", "2*", "-E", "00*.csv", bucket + "wide/**"], ["901"]), (["-E", "w*", bucket + "w*/"], []),
-                (["-t", "d", "-n1", bucket + "**"], [bucket + "%231"]), (["-tf", "--max-depth=1", "-r", bucket, "**/top*"], ["top.csv", "top.txt"]),
+                (["-t", "d", "-n2", bucket + "**"], [bucket, bucket + "%231"]), (["-tf", "--max-depth=1", "-r", bucket, "**/top*"], ["top.csv", "top.txt"]),
                 (["-a", "-r", bucket, "top.c*", "/mirror/top.t*"], [bucket + "top.csv", bucket + "top.txt"]),
                 (["--decode", bucket + "docs/*", bucket + "100%25.f*"], [bucket + "100%.file"]), (["-c", bucket + "wide/*"], ["2500"]),
                 (["-u", "-r", bucket + "wide", "000*", "0009*"], wide[:10]), (["--size", "+1", bucket + "wide/*"], []),
