@@ -10,6 +10,10 @@ std::optional<FolderIdentity> Provider::identity(AbsoluteIRI const& /*folder*/) 
   return std::nullopt;
 }
 
+std::size_t Provider::readsInFlight() const noexcept {
+  return 16;
+}
+
 bool Provider::servesSubtrees() const noexcept {
   return false;
 }

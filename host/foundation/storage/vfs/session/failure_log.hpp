@@ -39,6 +39,12 @@ class FailureLog {
   /// what was read ahead.
   void remember(Question question, AbsoluteIRI const& location, Exception const& failure);
 
+  /// Calls `visit` with the key of each location for which a failure of the question is remembered.
+  template <class Visit>
+  void forEach(Question question, Visit visit) const {
+    for (auto const& failure : failures_[static_cast<std::size_t>(question)]) visit(std::u16string_view(failure.first));
+  }
+
   /// In the order of the failures, without absence, which isn't a failure. Only ever grows.
   std::vector<Exception> const& reported() const noexcept { return reported_; }
 
