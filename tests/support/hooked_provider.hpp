@@ -35,9 +35,14 @@ class HookedProvider final : public vfs::Provider {
     hook_(folder);
     return inner_->identity(folder);
   }
-  vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after) override {
+  std::optional<vfs::EntryFacts> facts(vfs::AbsoluteIRI const& location) override {
+    hook_(location);
+    return inner_->facts(location);
+  }
+  vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
+                           bool withFacts) override {
     hook_(folder);
-    return inner_->subtree(folder, prefix, after);
+    return inner_->subtree(folder, prefix, after, withFacts);
   }
 
  private:

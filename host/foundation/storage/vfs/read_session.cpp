@@ -13,8 +13,8 @@ thread_local Activity* otherActivity = nullptr;  // of the session that the thre
 
 }  // namespace
 
-ReadSession::ReadSession(std::size_t memoryBound)
-    : cache_(std::make_unique<SessionCache>(memoryBound)), outer_(innermost) {
+ReadSession::ReadSession(std::size_t memoryBound, SessionPolicy const& policy)
+    : cache_(std::make_unique<SessionCache>(memoryBound, policy)), outer_(innermost) {
   innermost = this;
 }
 
@@ -24,6 +24,10 @@ std::shared_ptr<void const> ReadSession::announce(SearchOutline const& outline) 
 
 ReadSession::~ReadSession() {
   innermost = outer_;
+}
+
+void ReadSession::beginSearch() noexcept {
+  cache_->beginSearch();
 }
 
 Activity const& ReadSession::activity() const noexcept {

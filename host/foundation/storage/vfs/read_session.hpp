@@ -8,6 +8,7 @@
 
 #include "foundation/core/host_export.hpp"
 #include "foundation/storage/vfs/search_outline.hpp"
+#include "foundation/storage/vfs/session_policy.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
 
 namespace foundation::storage::vfs {
@@ -38,8 +39,8 @@ class KORVAN_HOST_EXPORT ReadSession {
   static constexpr std::size_t defaultMemoryBound = std::size_t{256} << 20;
 
   /// Opens a session on the calling thread, which must also close it. When the cache exceeds about `memoryBound` bytes
-  /// it is emptied, and folders are read again.
-  explicit ReadSession(std::size_t memoryBound = defaultMemoryBound);
+  /// it is emptied, and folders are read again. Without a policy the session shows everything.
+  explicit ReadSession(std::size_t memoryBound = defaultMemoryBound, SessionPolicy const& policy = {});
   ~ReadSession();
   ReadSession(ReadSession const&) = delete;
   ReadSession& operator=(ReadSession const&) = delete;
@@ -48,6 +49,10 @@ class KORVAN_HOST_EXPORT ReadSession {
   /// ahead for as long as the handle that this returns is held, or until the next call. A hint: no answer depends on
   /// it. Makes no request.
   [[nodiscard]] std::shared_ptr<void const> announce(SearchOutline const& outline);
+
+  /// Begins a further search: the next folder that is listed is its start, to which the policy applies. Needed between
+  /// searches of one session with a policy, and harmless otherwise. What was read remains known.
+  void beginSearch() noexcept;
 
   /// What was read through this session so far. Valid as long as the session.
   Activity const& activity() const noexcept;

@@ -45,8 +45,12 @@ long waitsOfThisThread() {
 
 }  // namespace
 
-ReadAhead::ReadAhead(Cache& cache, Activity& activity, std::size_t memoryBound)
-    : cache_(cache), activity_(activity), memoryBound_(memoryBound), window_(ReadWindow::availableCores()) {}
+ReadAhead::ReadAhead(Cache& cache, Visibility const& visibility, Activity& activity, std::size_t memoryBound)
+    : cache_(cache),
+      visibility_(visibility),
+      activity_(activity),
+      memoryBound_(memoryBound),
+      window_(ReadWindow::availableCores()) {}
 
 ReadAhead::~ReadAhead() {
   closing_ = true;
@@ -155,13 +159,13 @@ ReadAhead::Answer ReadAhead::readRequested(Question question, std::shared_ptr<Pr
 }
 
 // Reads, and predicts what the search reads below. Throws only what isn't an `Exception` of the storage layer.
-void ReadAhead::make(Read& read, bool isMeasured) {
+void ReadAhead::make(Read& read, bool isMeasured) const {
   Answer& answer = read.answer;
   auto const start = std::chrono::steady_clock::now();
   long const waitsBefore = isMeasured ? waitsOfThisThread() : 0;
   try {
     if (answer.question == Question::entries) {
-      answer.snapshot = readFolder(*read.provider, answer.location, {});
+      answer.snapshot = readFolder(*read.provider, answer.location, {}, &visibility_);
     } else {
       answer.kind = read.provider->kind(answer.location);
     }
@@ -181,7 +185,7 @@ void ReadAhead::make(Read& read, bool isMeasured) {
 
 // An interrupt or a lack of memory or descriptors isn't an answer about something that nobody has requested: when it is
 // requested it is read again, and fails again if the cause remains.
-void ReadAhead::prefetch(Read& read, bool isMeasured) noexcept {
+void ReadAhead::prefetch(Read& read, bool isMeasured) const noexcept {
   try {
     make(read, isMeasured);
     if (read.answer.snapshot) read.memory = read.answer.snapshot->entries.memory();

@@ -18,6 +18,7 @@
 #include "foundation/storage/vfs/detail/location_key.hpp"
 #include "foundation/storage/vfs/session/pending_reads.hpp"
 #include "foundation/storage/vfs/session/read_window.hpp"
+#include "foundation/storage/vfs/session/visibility.hpp"
 
 namespace foundation::storage::vfs {
 
@@ -52,9 +53,9 @@ class ReadAhead {
     ~Cache() = default;
   };
 
-  /// What the threads request is counted in `activity`. The answers that weren't requested hold about `memoryBound`
+  /// Folders are read as `visibility` shows them. What the threads request is counted in `activity`. The answers that weren't requested hold about `memoryBound`
   /// bytes at most, or that of one folder.
-  ReadAhead(Cache& cache, Activity& activity, std::size_t memoryBound);
+  ReadAhead(Cache& cache, Visibility const& visibility, Activity& activity, std::size_t memoryBound);
 
   /// Interrupts the reads in flight and waits for them.
   ~ReadAhead();
@@ -103,10 +104,11 @@ class ReadAhead {
   void startWorkers();
   void addUnrequested(std::vector<Answer> const& answers);
   void runWorker() noexcept;
-  static void make(Read& read, bool isMeasured);
-  static void prefetch(Read& read, bool isMeasured) noexcept;
+  void make(Read& read, bool isMeasured) const;
+  void prefetch(Read& read, bool isMeasured) const noexcept;
 
   Cache& cache_;
+  Visibility const& visibility_;
   Activity& activity_;
   std::size_t const memoryBound_;
   std::vector<std::thread> workers_;

@@ -11,24 +11,13 @@
 
 #include "foundation/core/text/bytes.hpp"
 #include "foundation/storage/vfs/detail/iri_text.hpp"
+#include "foundation/storage/vfs/session/busy.hpp"
 
 namespace foundation::storage::vfs {
 namespace {
 
 // The most memory for what was read ahead and not yet requested.
 constexpr std::size_t memoryAhead = std::size_t{4} << 20;
-
-// Sets the flag while it lives.
-class Busy {
- public:
-  explicit Busy(bool& flag) noexcept : flag_(flag) { flag_ = true; }
-  ~Busy() { flag_ = false; }
-  Busy(Busy const&) = delete;
-  Busy& operator=(Busy const&) = delete;
-
- private:
-  bool& flag_;
-};
 
 // Whether the written form of an IRI's element is this name character for character: ASCII without a percent-encoding.
 bool isWrittenAs(std::string_view name, std::u16string_view written) {
@@ -43,6 +32,10 @@ bool covers(FolderSnapshot const& snapshot, std::u16string_view key, std::string
   return KeyEqual()(keyOf(snapshot.location), key) && prefix.starts_with(snapshot.prefix);
 }
 
+bool isRefusal(Exception const& failure) {
+  return failure.getErrorCode() == static_cast<int>(ErrorCode::permissionDenied);
+}
+
 std::size_t memoryOf(FolderSnapshot const& snapshot) {
   // With the table's node and bucket and the shared pointer's counts.
   constexpr std::size_t perSnapshot = sizeof(FolderSnapshot) + 96;
@@ -51,9 +44,10 @@ std::size_t memoryOf(FolderSnapshot const& snapshot) {
 
 }  // namespace
 
-SessionCache::SessionCache(std::size_t memoryBound)
-    : memoryBound_(memoryBound - std::min(memoryBound / 4, memoryAhead)),
-      readAhead_(*this, activity, std::min(memoryBound / 4, memoryAhead)) {}
+SessionCache::SessionCache(std::size_t memoryBound, SessionPolicy const& policy)
+    : visibility_(policy),
+      memoryBound_(memoryBound - std::min(memoryBound / 4, memoryAhead)),
+      readAhead_(*this, visibility_, activity, std::min(memoryBound / 4, memoryAhead)) {}
 
 std::shared_ptr<void const> SessionCache::announce(SearchOutline const& outline) {
   auto announcement = readAhead_.announce(outline);
@@ -94,6 +88,7 @@ std::shared_ptr<FolderSnapshot> const& SessionCache::noteRequested(CachedFolder&
 std::shared_ptr<FolderSnapshot> SessionCache::snapshot(std::shared_ptr<Provider> const& provider,
                                                        AbsoluteIRI const& location, std::string_view prefix) {
   std::u16string_view const key = keyOf(location);
+  if (visibility_.awaitsStart()) noteStart(*provider, location);
   if (!provider->servesSubtrees()) prefix = {};  // the provider reads whole folders anyway: cache them as such
   if (CachedFolder* const cached = findPredicted(key, prefix)) {
     if (cached->search != search_ && !provider->servesSubtrees()) readAhead_.enter(*cached->snapshot);
@@ -107,13 +102,16 @@ std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> con
                                                    AbsoluteIRI const& location, std::string_view prefix) {
   Busy const busy(busy_);
   if (!provider->servesSubtrees()) {
-    ReadAhead::Answer const answer = readAhead_.request(FailureLog::Question::entries, provider, location);
+    ReadAhead::Answer answer = readAhead_.request(FailureLog::Question::entries, provider, location);
     if (answer.failure) std::rethrow_exception(answer.failure);
-    return noteRequested(add(answer.snapshot));
+    if (isOutdated(*answer.snapshot)) answer.snapshot = readFolder(*provider, location, {}, &visibility_);
+    return noteRequested(add(std::move(answer.snapshot)));
   }
-  scan(*provider, location, prefix);
-  if (CachedFolder* const cached = find(keyOf(location), prefix)) return noteRequested(*cached);
-  return noteRequested(add(readFolder(*provider, location, prefix)));
+  if (visibility_.descendsFrom(location)) {
+    scan(*provider, location, prefix);
+    if (CachedFolder* const cached = find(keyOf(location), prefix)) return noteRequested(*cached);
+  }
+  return noteRequested(add(readFolder(*provider, location, prefix, &visibility_)));
 }
 
 // What was read ahead, and may be requested later or never.
@@ -126,7 +124,7 @@ void SessionCache::addUnrequested(ReadAhead::Answer const& answer) {
     }
   } else if (answer.question == FailureLog::Question::kind) {
     addKind(answer.location, answer.kind);
-  } else if (find(keyOf(answer.location), {}) == nullptr) {
+  } else if (!isOutdated(*answer.snapshot) && find(keyOf(answer.location), {}) == nullptr) {
     add(answer.snapshot).search = search_;
   }
 }
@@ -148,6 +146,8 @@ PathKind SessionCache::kind(StorageSystem& system, AbsoluteIRI const& location) 
   std::optional<PathKind> kind;
   if (entry.snapshot != nullptr) {
     kind = entry.index == EntryTable::npos ? PathKind::notFound : entry.snapshot->entries.kind(entry.index);
+  } else if (hides(system, location)) {
+    kind = PathKind::notFound;
   } else if (find(keyOf(location), {}) != nullptr) {
     kind = PathKind::isFolder;
   } else if (auto const known = kinds_.find(location.toString()); known != kinds_.end()) {
@@ -156,10 +156,15 @@ PathKind SessionCache::kind(StorageSystem& system, AbsoluteIRI const& location) 
   if (!kind) {
     // A location in a folder that wasn't listed was named by the caller, who sees the exception. After an eviction it
     // is no longer known what was listed.
-    bool const mayBeListed = entry.snapshot != nullptr || hasEvicted_;
-    kind = failures_.attempt(FailureLog::Question::kind, location,
-                             mayBeListed ? FailureLog::Report::yes : FailureLog::Report::no,
-                             [&] { return askKind(system, location, entry); });
+    bool const mayBeListed = entry.snapshot != nullptr || (hasEvicted_ && !reportsRefusal(location));
+    try {
+      kind = failures_.attempt(FailureLog::Question::kind, location,
+                               mayBeListed ? FailureLog::Report::yes : FailureLog::Report::no,
+                               [&] { return askKind(system, location, entry); });
+    } catch (Exception const& failure) {
+      if (!isRefusal(failure) || !reportsRefusal(location)) throw;
+      kind = passOver(entry, location, failure);
+    }
   }
   bool const asksForFolder = location.toString().ends_with(u'/');
   return asksForFolder && kind != PathKind::isFolder ? PathKind::notFound : *kind;
@@ -237,6 +242,8 @@ SessionCache::Entry SessionCache::findEntry(AbsoluteIRI const& location) {
   }
   std::size_t const index = lastLookedIn_->entries.find(name_);
   if (index != EntryTable::npos) lastLookedIn_->lastHit = index;
+  // The start of a search may have a name that an earlier search left out.
+  if (index == EntryTable::npos && visibility_.hides(name_) && !visibility_.isBelowStart(location)) return unknown;
   return {lastLookedIn_, index};
 }
 
@@ -258,7 +265,7 @@ std::size_t SessionCache::findNeighbour(std::u16string_view key) {
 }
 
 void SessionCache::scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix) {
-  if (!scan_ || !scan_->reaches(location, prefix)) scan_.emplace(location, std::string(prefix));
+  if (!scan_ || !scan_->reaches(location, prefix)) scan_.emplace(location, std::string(prefix), visibility_);
   scan_->advance(provider, location, [this](std::shared_ptr<FolderSnapshot> snapshot) {
     if (find(keyOf(snapshot->location), snapshot->prefix) == nullptr) add(std::move(snapshot));
   });
@@ -275,15 +282,19 @@ SessionCache::CachedFolder& SessionCache::add(std::shared_ptr<FolderSnapshot> sn
 // Evicts everything at once: searches rarely come near the bound, and keeping an order of eviction would cost time on every hit.
 void SessionCache::makeRoom(std::size_t bytes) {
   if (memory_ + bytes > memoryBound_) {
-    folders_.clear();
-    kinds_.clear();
-    identities_.clear();
-    memory_ = 0;
+    forget();
     hasEvicted_ = true;
-    lastLookedIn_ = nullptr;
-    lastRequested_ = nullptr;
   }
   memory_ += bytes;
+}
+
+void SessionCache::forget() noexcept {
+  folders_.clear();
+  kinds_.clear();
+  identities_.clear();
+  memory_ = 0;
+  lastLookedIn_ = nullptr;
+  lastRequested_ = nullptr;
 }
 
 }  // namespace foundation::storage::vfs
