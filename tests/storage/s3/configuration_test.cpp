@@ -20,7 +20,8 @@ Configuration configurationOf(Texts const& variables, Texts const& files) {
 // "key|secret|token @region endpoint ca attempts", or "unsigned" for no credentials, so that a case fits on one line.
 std::string summary(Configuration const& c) {
   std::string text = "unsigned";
-  if (c.credentials) text = c.credentials->accessKey + '|' + c.credentials->secret + '|' + c.credentials->sessionToken;
+  if (auto const keys = c.credentials ? c.credentials->current() : nullptr)
+    text = keys->accessKey + '|' + keys->secret + '|' + keys->sessionToken;
   return text + " @" + c.region + ' ' + c.endpoint + ' ' + c.caBundle + ' ' + std::to_string(c.maximumAttempts);
 }
 

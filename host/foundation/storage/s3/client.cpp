@@ -28,8 +28,12 @@ Client::Client(Configuration configuration, std::unique_ptr<Transport> transport
 }
 
 ListPage Client::list(ListRequest const& request, PageCheck& check, vfs::AbsoluteIRI const& location) {
-  RequestOutcome const outcome =
-      get(bucketUrl(configuration_, request.bucket) + '?' + canonicalQuery(queryOf(request)));
+  RequestOutcome outcome;
+  try {
+    outcome = get(bucketUrl(configuration_, request.bucket) + '?' + canonicalQuery(queryOf(request)));
+  } catch (CredentialsError const& error) {
+    throw vfs::Exception(vfs::ErrorCode::other, location, error.what());
+  }
   auto const* const response = std::get_if<Response>(&outcome.last);
   if (response == nullptr || response->status != ok) throw exceptionFor(outcome, configuration_, location);
   try {

@@ -1,38 +1,22 @@
 #pragma once
 
-#include <functional>
-#include <optional>
-#include <stdexcept>
+#include <memory>
 #include <string>
+
+#include "foundation/storage/s3/configuration_error.hpp"
+#include "foundation/storage/s3/credentials/credentials_cache.hpp"
+#include "foundation/storage/s3/profiles.hpp"
 
 namespace foundation::storage::s3 {
 
-struct Credentials {
-  std::string accessKey;
-  std::string secret;
-  std::string sessionToken;  ///< empty if there is none
-};
-
 /// How to reach the store. A plain value.
 struct Configuration {
-  std::optional<Credentials> credentials;  ///< if absent, requests aren't signed
-  std::string region;                      ///< letters, digits and "-"
-  std::string endpoint;                    ///< see `normalizedEndpoint`; empty for the region's own
-  std::string caBundle;                    ///< a file of certificates to trust; empty for the system's
-  unsigned maximumAttempts = 0;            ///< attempts at one request; 0 for the default
+  std::shared_ptr<CredentialsCache> credentials;  ///< if null, requests aren't signed
+  std::string region;                             ///< letters, digits and "-"
+  std::string endpoint;                           ///< see `normalizedEndpoint`; empty for the region's own
+  std::string caBundle;                           ///< a file of certificates to trust; empty for the system's
+  unsigned maximumAttempts = 0;                   ///< attempts at one request; 0 for the default
 };
-
-/// A configuration that can't be used. The message contains no secret.
-class ConfigurationError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-/// The value of an environment variable; empty if it isn't set.
-using Environment = std::function<std::string(char const* name)>;
-
-/// The text of the file at the path; nothing if it doesn't exist. Throws `ConfigurationError` if it can't be read.
-using FileReader = std::function<std::optional<std::string>(std::string const& path)>;
 
 /// Makes the configuration from the settings that S3 clients customarily read. Each comes from the first of its sources
 /// that has it:

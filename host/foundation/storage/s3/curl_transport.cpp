@@ -223,42 +223,51 @@ Failure::Kind failureKind(CURLcode code, bool connected) {
   }
 }
 
+// Whether the store takes the request's credentials for expired, by its error code.
+bool isExpiry(AttemptOutcome const& outcome) {
+  auto const* const response = std::get_if<Response>(&outcome);
+  return response != nullptr && (response->status == 400 || response->status == 401 || response->status == 403) &&
+         (response->body.find(">ExpiredToken<") != std::string::npos ||
+          response->body.find(">TokenRefreshRequired<") != std::string::npos);
+}
+
 }  // namespace
 
-CurlTransport::CurlTransport(Configuration const& configuration)
-    : configuration_(configuration), signing_("aws:amz:" + configuration.region + ":s3") {}
-
-AttemptOutcome CurlTransport::get(std::string const& url, std::chrono::milliseconds timeout) {
+AttemptOutcome sendRequest(HttpRequest const& request, std::string const& caBundle, std::chrono::milliseconds timeout) {
   ConnectionPool& pool = ConnectionPool::instance();
   std::unique_ptr<Connection> connection = pool.acquire();
+  std::string const signing = "aws:amz:" + request.region + ':' + request.service;
   HeaderList headers;
+  for (std::string const& header : request.headers) headers = append(std::move(headers), header);
   AttemptOutcome outcome;
   {
     Transfer transfer(*connection);
-    transfer.set(CURLOPT_URL, url.c_str());
+    transfer.set(CURLOPT_URL, request.url.c_str());
     transfer.set(CURLOPT_PATH_AS_IS, 1L);
     transfer.set(CURLOPT_PROTOCOLS_STR, "http,https");
     transfer.set(CURLOPT_USERAGENT, "korvan-storage-s3");
     transfer.set(CURLOPT_NOSIGNAL, 1L);
     transfer.set(CURLOPT_SSL_VERIFYPEER, 1L);
     transfer.set(CURLOPT_SSL_VERIFYHOST, 2L);
-    if (!configuration_.caBundle.empty()) transfer.set(CURLOPT_CAINFO, configuration_.caBundle.c_str());
+    if (!caBundle.empty()) transfer.set(CURLOPT_CAINFO, caBundle.c_str());
+    if (!request.viaProxy) transfer.set(CURLOPT_PROXY, "");
     transfer.set(CURLOPT_TIMEOUT_MS, std::max(1L, static_cast<long>(timeout.count())));
     transfer.set(CURLOPT_CONNECTTIMEOUT_MS, connectTimeoutMilliseconds);
     transfer.set(CURLOPT_LOW_SPEED_LIMIT, 1L);
     transfer.set(CURLOPT_LOW_SPEED_TIME, idleTimeoutSeconds);
-    if (configuration_.credentials) {
-      Credentials const& credentials = *configuration_.credentials;
-      transfer.set(CURLOPT_AWS_SIGV4, signing_.c_str());
-      transfer.set(CURLOPT_USERNAME, credentials.accessKey.c_str());
-      transfer.set(CURLOPT_PASSWORD, credentials.secret.c_str());
-      // The SHA-256 of an empty body: libcurl includes it in the signature, but doesn't send it.
-      headers = append(std::move(headers),
-                       "x-amz-content-sha256: e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
-      if (!credentials.sessionToken.empty())
-        headers = append(std::move(headers), "x-amz-security-token: " + credentials.sessionToken);
-      transfer.set(CURLOPT_HTTPHEADER, headers.get());
+    if (!request.body.empty()) {
+      transfer.set(CURLOPT_POSTFIELDSIZE, static_cast<long>(request.body.size()));
+      transfer.set(CURLOPT_POSTFIELDS, request.body.c_str());
     }
+    if (request.method != "GET") transfer.set(CURLOPT_CUSTOMREQUEST, request.method.c_str());
+    if (request.credentials != nullptr) {
+      transfer.set(CURLOPT_AWS_SIGV4, signing.c_str());
+      transfer.set(CURLOPT_USERNAME, request.credentials->accessKey.c_str());
+      transfer.set(CURLOPT_PASSWORD, request.credentials->secret.c_str());
+      if (!request.credentials->sessionToken.empty())
+        headers = append(std::move(headers), "x-amz-security-token: " + request.credentials->sessionToken);
+    }
+    if (headers) transfer.set(CURLOPT_HTTPHEADER, headers.get());
     CURLcode const code = transfer.run();
     vfs::countRequest(transfer.receivedBytes());
     if (code == CURLE_OK)
@@ -268,6 +277,22 @@ AttemptOutcome CurlTransport::get(std::string const& url, std::chrono::milliseco
   }
   pool.release(std::move(connection));
   return outcome;
+}
+
+CurlTransport::CurlTransport(Configuration configuration) : configuration_(std::move(configuration)) {}
+
+AttemptOutcome CurlTransport::get(std::string const& url, std::chrono::milliseconds timeout) {
+  HttpRequest request{.url = url, .region = configuration_.region, .service = "s3"};
+  if (!configuration_.credentials) return sendRequest(request, configuration_.caBundle, timeout);
+  for (bool renewed = false;; renewed = true) {
+    auto const credentials = configuration_.credentials->current();
+    request.credentials = credentials.get();
+    // The SHA-256 of an empty body: libcurl includes it in the signature, but doesn't send it.
+    if (credentials)
+      request.headers = {"x-amz-content-sha256: e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"};
+    AttemptOutcome outcome = sendRequest(request, configuration_.caBundle, timeout);
+    if (renewed || !isExpiry(outcome) || !configuration_.credentials->reject(credentials)) return outcome;
+  }
 }
 
 }  // namespace foundation::storage::s3

@@ -4,10 +4,25 @@
 #include <optional>
 #include <string>
 #include <variant>
+#include <vector>
+
+#include "foundation/storage/s3/credentials/credentials.hpp"
 
 namespace foundation::storage::s3 {
 
-/// A store's response, whatever its status.
+/// An HTTP request, to the store or to a service that issues credentials.
+struct HttpRequest {
+  std::string method = "GET";
+  std::string url = {};
+  std::vector<std::string> headers = {};  ///< "name: value"; all are signed
+  std::string body = {};
+  Credentials const* credentials = nullptr;  ///< what to sign it with (AWS Signature Version 4); null: not signed
+  std::string region = {};                   ///< for the signature
+  std::string service = {};                  ///< for the signature, such as "s3"
+  bool viaProxy = true;                      ///< whether the environment's proxy settings apply
+};
+
+/// A response, whatever its status.
 struct Response {
   long status = 0;  ///< HTTP status code
   std::string body;

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "foundation/storage/s3/credentials/credentials_cache.hpp"
+#include "foundation/storage/s3/profiles.hpp"
+
+namespace foundation::storage::s3 {
+
+/// What the choice is made from.
+struct CredentialsContext {
+  Environment const& environment;
+  FileReader const& files;
+  Profiles const& profiles;
+  std::string region;
+  std::string caBundle;  ///< for requests: a file of certificates to trust; empty for the system's
+};
+
+/// The credentials of the first of these sources that is configured; null if none is:
+///
+/// 1. AWS_ACCESS_KEY_ID with AWS_SECRET_ACCESS_KEY and AWS_SESSION_TOKEN
+/// 2. the profile's keys in the credentials file
+/// 3. the profile's keys in the config file
+///
+/// The choice is final: if the source then fails, that is an error, and no other identity is used instead. Throws
+/// `ConfigurationError` for settings that are incomplete or contradict each other, or that name an unsupported source.
+/// Makes no request.
+std::shared_ptr<CredentialsCache> chooseCredentials(CredentialsContext const& context, Profile const& profile);
+
+}  // namespace foundation::storage::s3
