@@ -10,7 +10,8 @@ namespace {
 
 using Texts = std::map<std::string, std::string>;
 
-Configuration configurationOf(Texts const& variables, Texts const& files) {
+Configuration configurationOf(Texts variables, Texts const& files) {
+  variables.emplace("AWS_EC2_METADATA_DISABLED", "true");
   auto const in = [](Texts const& texts) {
     return [&](std::string const& name) { return texts.contains(name) ? std::optional(texts.at(name)) : std::nullopt; };
   };

@@ -21,14 +21,6 @@ struct FreeUrl {
   void operator()(CURLU* url) const noexcept { curl_url_cleanup(url); }
 };
 
-// Encodes every byte except A-Z, a-z, 0-9, "-", ".", "_" and "~", with upper-case hex digits, as signatures require.
-std::string percentEncode(std::string_view bytes) {
-  if (bytes.empty()) return {};  // libcurl takes a length of 0 for "measure the text"
-  CurlText const text(curl_easy_escape(nullptr, bytes.data(), static_cast<int>(bytes.size())));
-  if (!text) throw std::bad_alloc();
-  return text.get();
-}
-
 // Null if the URL doesn't have the part.
 CurlText getPart(CURLU* url, CURLUPart part) {
   char* text = nullptr;
@@ -44,6 +36,13 @@ bool isHostLabel(std::string_view bucket) {
 }
 
 }  // namespace
+
+std::string percentEncode(std::string_view bytes) {
+  if (bytes.empty()) return {};  // libcurl takes a length of 0 for "measure the text"
+  CurlText const text(curl_easy_escape(nullptr, bytes.data(), static_cast<int>(bytes.size())));
+  if (!text) throw std::bad_alloc();
+  return text.get();
+}
 
 std::optional<std::string> percentDecode(std::string_view text) {
   std::string bytes;

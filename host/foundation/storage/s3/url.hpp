@@ -10,6 +10,9 @@
 
 namespace foundation::storage::s3 {
 
+/// Encodes every byte except A-Z, a-z, 0-9, "-", ".", "_" and "~", with upper-case hex digits, as signatures require.
+std::string percentEncode(std::string_view bytes);
+
 /// Decodes a text that a store has percent-encoded: "%XX", and "+" for a space. Returns nothing if a "%" isn't followed
 /// by two hex digits.
 std::optional<std::string> percentDecode(std::string_view text);

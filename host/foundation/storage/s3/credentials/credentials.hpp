@@ -22,8 +22,11 @@ class CredentialsError : public ConfigurationError {
   using ConfigurationError::ConfigurationError;
 };
 
-/// Throws `CredentialsError` unless both keys are there and nothing has a control character, which would let a key or a
-/// token add headers to a request.
+/// Throws `CredentialsError` if the text has a control character: in a header of a request, a line break would begin
+/// another header. The message has the name and not the text.
+void requireNoControl(std::string const& text, char const* name);
+
+/// Throws `CredentialsError` unless both keys are there and nothing has a control character.
 void requireUsable(Credentials const& credentials);
 
 }  // namespace foundation::storage::s3

@@ -19,9 +19,15 @@ struct CredentialsContext {
 
 /// The credentials of the first of these sources that is configured; null if none is:
 ///
-/// 1. AWS_ACCESS_KEY_ID with AWS_SECRET_ACCESS_KEY and AWS_SESSION_TOKEN
-/// 2. the profile's keys in the credentials file
-/// 3. the profile's keys in the config file
+/// 1. keys in the environment: AWS_ACCESS_KEY_ID with AWS_SECRET_ACCESS_KEY and AWS_SESSION_TOKEN
+/// 2. the profile's `role_arn` with `source_profile` or `credential_source`
+/// 3. web identity: AWS_WEB_IDENTITY_TOKEN_FILE with AWS_ROLE_ARN; the profile's `web_identity_token_file` with `role_arn`
+/// 4. an SSO login: the profile's `sso_session`, or `sso_start_url` with `sso_region`
+/// 5. the profile's keys in the credentials file
+/// 6. the profile's `credential_process`
+/// 7. the profile's keys in the config file
+/// 8. the container's credentials service: AWS_CONTAINER_CREDENTIALS_RELATIVE_URI or AWS_CONTAINER_CREDENTIALS_FULL_URI
+/// 9. the instance's metadata service, unless AWS_EC2_METADATA_DISABLED is "true"
 ///
 /// The choice is final: if the source then fails, that is an error, and no other identity is used instead. Throws
 /// `ConfigurationError` for settings that are incomplete or contradict each other, or that name an unsupported source.

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+
+#include "foundation/storage/s3/credentials/credentials_source.hpp"
+#include "foundation/storage/s3/profiles.hpp"
+
+namespace foundation::storage::s3 {
+
+/// A role of an account that an earlier SSO login gives access to. The login has left its token in a file; each fetch
+/// reads it again, as another login may have replaced it, and makes one request to the SSO portal.
+class SsoSource final : public CredentialsSource {
+ public:
+  struct Settings {
+    std::string profile = {};
+    std::string session = {};  ///< the name of the sso-session section, or else the start URL: names the token's file
+    std::string account = {};
+    std::string role = {};
+    std::string portalUrl = {};  ///< without a final "/"
+    std::string home = {};       ///< the folder with ".aws/sso/cache"
+    std::string caBundle = {};
+  };
+
+  SsoSource(Settings settings, FileReader files);
+
+  std::string name() const override { return "the SSO login of the profile \"" + settings_.profile + '"'; }
+  std::optional<Credentials> fetch() override;
+
+ private:
+  Settings settings_;
+  FileReader files_;
+};
+
+}  // namespace foundation::storage::s3
