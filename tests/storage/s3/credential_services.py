@@ -17,7 +17,7 @@ import threading
 import time
 import urllib.parse
 
-KINDS = {"/": "token-service", "/federation/credentials": "sso", "/container": "container", "/process": "process",
+KINDS = {"/": "token-service", "/federation/credentials": "sso", "/container": "container", "/process": "process", "/token": "sso-token",
          "/latest/api/token": "instance-token", "/latest/meta-data/iam/security-credentials/": "instance-role",
          "/latest/meta-data/iam/security-credentials/a%20role": "instance"}
 
@@ -81,7 +81,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
 
     def service(self, behaviour, path, query):
         kind = KINDS[path]
-        form = dict(urllib.parse.parse_qsl(self.body.decode()))
+        form = json.loads(self.body) if kind == "sso-token" else dict(urllib.parse.parse_qsl(self.body.decode()))
         if kind == "token-service":
             kind = form["Action"]
         self.server.requests[behaviour, kind] += 1
@@ -95,6 +95,8 @@ class Handler(http.server.BaseHTTPRequestHandler):
             return 200, f"{{ <\n{self.secret_of(kind)}>"
         if kind == "instance-token":
             return 200, "metadata-token"
+        if kind == "sso-token":
+            return 200, json.dumps({"accessToken": self.server.hidden[1], "expiresIn": 3600, "refreshToken": "next"})
         if kind == "instance-role":
             return 200, "a role\nanother"
         return 200, self.issue(f"{kind}{count}", kind, 2 if behaviour == "short" else 3600)
@@ -105,6 +107,8 @@ class Handler(http.server.BaseHTTPRequestHandler):
             return self.server.signers[-1] and form["RoleArn"] == "arn:r" and form.get("ExternalId", "x+y &") == "x+y &"
         if kind == "AssumeRoleWithWebIdentity":
             return "Authorization" not in self.headers and form["WebIdentityToken"] == self.server.hidden[0]
+        if kind == "sso-token":
+            return form == {"grantType": "refresh_token", "clientId": "i", "clientSecret": "client-secret", "refreshToken": self.server.hidden[2]}
         if kind == "sso":
             return self.headers["x-amz-sso_bearer_token"] == self.server.hidden[1] and query == {"account_id": "1", "role_name": "r"}
         if kind == "container":
@@ -115,7 +119,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
 
     def secret_of(self, kind):
         """What the client must not repeat when the service does."""
-        own = {"AssumeRoleWithWebIdentity": 0, "sso": 1, "container": 2}
+        own = {"AssumeRoleWithWebIdentity": 0, "sso": 1, "container": 2, "sso-token": 2}
         return self.server.hidden[own[kind]] if kind in own else self.server.issued["base"][0]
 
     def issue(self, access, kind, seconds):

@@ -31,6 +31,7 @@ class Credentials(unittest.TestCase):
         for name in ("session", "http://start"):
             self.log_in(name, login, "2999-01-01T00:00:00Z")
         self.log_in("old", login, "2020-01-01T00:00:00UTC")
+        self.renewable = self.log_in("renewable", "old-token", "2020-01-01T00:00:00Z", refreshToken=container, clientId="i", clientSecret="client-secret")
         base, file, config, both, key = (self.services.keys(each) for each in ("base", "file", "config", "both", "env"))
         access, secret = (line.split(" = ")[1] for line in key.splitlines())
         print_keys = f"{sys.executable} -c \"import urllib.request as u; print(u.urlopen('%s/process').read().decode())\""
@@ -56,11 +57,12 @@ class Credentials(unittest.TestCase):
         self.others = f"[profile base]\n{base}[profile both]\nrole_arn = arn:r\nsource_profile = both\n{both}" \
             "[profile chain]\nrole_arn = arn:r\nsource_profile = both2\n[profile both2]\nrole_arn = arn:r\nsource_profile = base\n" \
             f"[profile a]\nrole_arn = r\nsource_profile = b\n[profile b]\nrole_arn = r\nsource_profile = a\n[profile empty]\nregion = x\n" \
-            "[sso-session session]\nsso_region = eu-1\n[sso-session old]\nsso_region = eu-1\n"
+            "".join(f"[sso-session {name}]\nsso_region = eu-1\n" for name in ("session", "old", "renewable"))
 
-    def log_in(self, name, token, end):
+    def log_in(self, name, token, end, **others):
         file = self.cache / (hashlib.sha1(name.encode()).hexdigest() + ".json")
-        file.write_text(json.dumps({"accessToken": token, "expiresAt": end}))
+        file.write_text(json.dumps({"accessToken": token, "expiresAt": end, **others}))
+        return file
 
     def start(self, *sources, pattern="s3://b/*", **options):
         environment = {name: value for name, value in os.environ.items() if not name.startswith("AWS_")}
@@ -138,13 +140,13 @@ class Credentials(unittest.TestCase):
         uri = "AWS_CONTAINER_CREDENTIALS_FULL_URI"
         sso = "sso_account_id = 1\nsso_role_name = r\nsso_session = "
         refused = "HTTP 403 AccessDenied: not you, ***"
-        garbage = self.sources("garbage")
+        garbage, refuse = self.sources("garbage"), self.sources("refuse")
         process = "the credential_process of the profile \"default\": "
         cases = (
-            (self.sources("refuse")["AssumeRole"], "the role arn:r: " + refused),
-            (self.sources("refuse")["AssumeRoleWithWebIdentity"], "the role arn:r by web identity: " + refused),
-            (self.sources("refuse")["sso"], "the SSO login of the profile \"default\": HTTP 403"),
-            (self.sources("refuse")["container"], "the container's credentials service: HTTP 403"),
+            (refuse["AssumeRole"], "the role arn:r: " + refused),
+            (refuse["AssumeRoleWithWebIdentity"], "the role arn:r by web identity: " + refused),
+            (refuse["sso"], "the SSO login of the profile \"default\": HTTP 403"),
+            (refuse["container"], "the container's credentials service: HTTP 403"),
             (self.sources("silent")["container"], "the container's credentials service: Operation timed out"),
             (self.sources("silent")["AssumeRole"], "(tried 2 times in 2"),
             (garbage["AssumeRole"], "isn't XML"),
@@ -172,6 +174,7 @@ class Credentials(unittest.TestCase):
             (({}, "sso_session = session\nsso_account_id = 1\n", ""), "sets sso_session, but not sso_role_name"),
             (({}, f"{sso}other\n", ""), "names \"other\", but the config file has no such section"),
             (({}, f"{sso}old\n", ""), "the token of the login has expired: log in again"),
+            ((refuse["sso"][0], f"{sso}renewable\n", ""), f"has expired, and can't be renewed: {refused}"),
             (({uri: "http://store.example/"}, "", ""), "neither loopback nor link-local"),
             (({uri: "http://127.0.0.1/", "AWS_CONTAINER_AUTHORIZATION_TOKEN_FILE": f"{self.home}/broken"}, "", ""), "contains a control character"),
             (({"AWS_ACCESS_KEY_ID": "a\r\nX: y", "AWS_SECRET_ACCESS_KEY": "b"}, "", ""), "the access key contains a control character"))
@@ -183,6 +186,15 @@ class Credentials(unittest.TestCase):
                     self.assertEqual((found, errors.count("\n")), ("", 1), errors)
                     self.assertIn(case[1], errors)
         self.assertEqual([each for each in self.services.signers if each != "base"], [])
+
+    def test_the_token_of_a_login_is_renewed(self):
+        settings = "sso_account_id = 1\nsso_role_name = r\nsso_session = renewable\n"
+        for _ in range(2):
+            self.assert_identity("sso", (self.sources("well")["sso"][0], settings, ""))
+        self.assertEqual(self.services.requests["well", "sso-token"], 1)
+        renewed = json.loads(self.renewable.read_text())
+        self.assertEqual((renewed["clientSecret"], renewed["refreshToken"], self.renewable.stat().st_mode & 0o777), ("client-secret", "next", 0o600))
+        self.assertEqual(len(list(self.cache.iterdir())), 4)
 
     def test_credentials_that_are_valid_outlive_a_failed_renewal(self):
         found, errors = self.search(self.sources("once")["container"], pattern="s3://long/*")

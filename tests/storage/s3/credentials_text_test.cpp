@@ -2,6 +2,7 @@
 
 #include "foundation/storage/s3/credentials/json_credentials.hpp"
 #include "foundation/storage/s3/credentials/local_url.hpp"
+#include "foundation/storage/s3/credentials/sso_token.hpp"
 #include "foundation/storage/s3/credentials/timestamp.hpp"
 
 namespace foundation::storage::s3 {
@@ -21,7 +22,10 @@ TEST(S3CredentialsJson, MalformedTextsAreRefusedWithoutQuotingThem) {
   };
   constexpr auto service = [](std::string const& text) { return written(*parseServiceCredentials(text).expiration); };
   constexpr auto role = [](std::string const& text) { return written(*parseRoleCredentials(text).expiration); };
-  constexpr auto token = [](std::string const& text) { return written(parseCachedToken(text).expiration); };
+  constexpr auto token = [](std::string const& text) { return written(parseSsoToken(text).expiration); };
+  constexpr auto renewal = [](std::string const& text) {
+    return written(parseSsoToken(renewedFile("{}", text, *parseTimestamp("1972-02-29T00:00:00Z"))).expiration);
+  };
   std::string const keys = R"("AccessKeyId": "hush", "SecretAccessKey": "hush")";
   std::string const roleKeys = R"("accessKeyId": "hush", "secretAccessKey": "hush", "sessionToken": "hush")";
   Case const cases[] = {
@@ -37,10 +41,13 @@ TEST(S3CredentialsJson, MalformedTextsAreRefusedWithoutQuotingThem) {
       {service, R"({"Code": "Failed", "Message": "hush"})", "the service refused them (Failed)"},
       {service, R"({"Code": "hush 1", "Message": "hush"})", "the service refused them"},
       {role, R"({"roleCredentials": {"expiration": 5999, )" + roleKeys + "}}", "5"},
-      {role, R"({"roleCredentials": {"expiration": "5999", )" + roleKeys + "}}", "\"expiration\" isn't a number"},
+      {role, R"({"roleCredentials": {"expiration": "5999", )" + roleKeys + "}}", "\"expiration\" isn't a whole number"},
       {role, R"({"roleCredentials": "hush"})", "\"roleCredentials\" is missing"},
       {token, R"({"accessToken": "hush", "expiresAt": "1970-01-01T00:00:09UTC"})", "9"},
       {token, R"({"accessToken": "hush"})", "\"expiresAt\" is missing"},
+      {renewal, R"({"accessToken": "hush", "expiresIn": 5})", "68169605"},
+      {renewal, R"({"accessToken": "hush", "expiresIn": -5})", "\"expiresIn\" isn't a whole number"},
+      {renewal, R"({"accessToken": "hu\nsh", "expiresIn": 5})", "the token of the login contains a control"},
   };
   for (Case const& c : cases) {
     std::string result;

@@ -19,13 +19,4 @@ Credentials parseServiceCredentials(std::string const& json);
 /// "expiration" in milliseconds since 1970.
 Credentials parseRoleCredentials(std::string const& json);
 
-/// The token that an SSO login has left in its cache file.
-struct CachedToken {
-  std::string accessToken = {};
-  std::chrono::sys_seconds expiration = {};
-};
-
-/// The text of such a file: an object with "accessToken" and "expiresAt".
-CachedToken parseCachedToken(std::string const& json);
-
 }  // namespace foundation::storage::s3

@@ -179,6 +179,7 @@ class Choice {
       throw ConfigurationError("sso_session of " + quotedName(profile) + " names \"" + session +
                                "\", but the config file has no such section with sso_region");
     settings.portalUrl = endpoint("sso", "portal.sso", region);
+    settings.tokenUrl = endpoint("sso_oidc", "oidc", region);
     return std::make_unique<SsoSource>(std::move(settings), context_.files);
   }
 

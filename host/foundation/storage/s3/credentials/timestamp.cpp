@@ -1,5 +1,8 @@
 #include "foundation/storage/s3/credentials/timestamp.hpp"
 
+#include <array>
+#include <cstdio>
+
 #include "foundation/core/text/ascii.hpp"
 
 namespace foundation::storage::s3 {
@@ -71,6 +74,18 @@ std::optional<std::chrono::sys_seconds> parseTimestamp(std::string_view text) {
                             day(static_cast<unsigned>(dayNumber))};
   if (!scanner.succeeded() || !date.ok() || hour > 23 || minute > 59 || second > 60) return std::nullopt;
   return sys_days(date) + hours(hour) + minutes(minute) + seconds(second) - offset;
+}
+
+std::string writtenTimestamp(std::chrono::sys_seconds time) {
+  auto const day = std::chrono::floor<std::chrono::days>(time);
+  std::chrono::year_month_day const date(day);
+  std::chrono::hh_mm_ss const clock(time - day);
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(date.year()),
+                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                static_cast<int>(clock.seconds().count()));
+  return text.data();
 }
 
 }  // namespace foundation::storage::s3
