@@ -11,8 +11,12 @@ struct kglob_search : kglob::RunningSearch {
 };
 
 kglob_search* kglob_open(char const* pattern, kglob_options const* options) {
+  return kglob_open_patterns(&pattern, 1, options);
+}
+
+kglob_search* kglob_open_patterns(char const* const* patterns, std::size_t count, kglob_options const* options) {
   try {
-    return new kglob_search(pattern, options);
+    return new kglob_search(patterns, count, options);
   } catch (...) {
     return nullptr;  // lack of memory
   }
@@ -29,6 +33,10 @@ kglob_status kglob_next_block(kglob_search* search, int timeout_ms, char const**
   if (!block.empty()) *bytes = block.data();
   *length = block.size();
   return status;
+}
+
+int kglob_next_pattern(kglob_search* search) {
+  return search != nullptr && search->nextPattern() ? 1 : 0;
 }
 
 kglob_failure const* kglob_error(kglob_search const* search) {

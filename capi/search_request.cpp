@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include "foundation/core/text/bytes.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
@@ -41,14 +42,24 @@ std::u16string absoluteFolder(std::u16string const& folder) {
 
 }  // namespace
 
-SearchRequest makeRequest(char const* pattern, kglob_options const* options) {
-  if (pattern == nullptr) throw std::invalid_argument("the pattern is null");
+SearchRequest makeRequest(char const* const* patterns, std::size_t count, kglob_options const* options) {
   kglob_options const known = knownOptions(options);
-  std::u16string const text = fromBytes(pattern);
   std::u16string const folder = fromBytes(known.root_folder == nullptr ? "" : known.root_folder);
-  return {text, absoluteFolder(folder),
-          known.cache_bytes == 0 ? vfs::ReadSession::defaultMemoryBound : known.cache_bytes,
-          known.include_dot_files != 0, vfs::hasIRIPrefix(text) || vfs::hasIRIPrefix(folder)};
+  bool const rootIsIRI = vfs::hasIRIPrefix(folder);
+  SearchRequest request{{},
+                        absoluteFolder(folder),
+                        known.cache_bytes == 0 ? vfs::ReadSession::defaultMemoryBound : known.cache_bytes,
+                        known.include_dot_files != 0};
+  if (count > 0 && patterns == nullptr) throw std::invalid_argument("the patterns are null");
+  request.patterns.reserve(std::max(count, std::size_t{1}));
+  for (std::size_t i = 0; i < count; ++i) {
+    if (patterns[i] == nullptr) throw std::invalid_argument("the pattern is null");
+    std::u16string text = fromBytes(patterns[i]);
+    bool const usesIRIs = rootIsIRI || vfs::hasIRIPrefix(text);
+    request.patterns.push_back({std::move(text), usesIRIs});
+  }
+  if (count == 0) request.patterns.push_back({{}, rootIsIRI});
+  return request;
 }
 
 }  // namespace kglob

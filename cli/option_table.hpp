@@ -14,7 +14,7 @@
 namespace kglob {
 
 /// What shells offer for an option's value.
-enum class Completion { none, folders, files };
+enum class Completion { none, folders };
 
 /// Where the parser puts what it reads. A `bool` is a flag, a text is an option with a value.
 using OptionTarget = std::variant<bool Options::*, std::string Options::*>;
@@ -69,15 +69,6 @@ inline constexpr std::array optionTable = {
         .manual =
             "report on standard error how many folders, entries and bytes were read, with how many requests, and the "
             "time taken",
-    },
-    OptionRow{
-        .letter = '\0',
-        .name = "library",
-        .placeholder = "FILE",
-        .completion = Completion::files,
-        .target = &Options::library,
-        .help = "load the search library from FILE",
-        .manual = "load the search library from FILE",
     },
     OptionRow{
         .letter = 'h',

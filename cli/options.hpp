@@ -14,7 +14,6 @@ struct Options {
   bool nullEnded = false;  ///< matches end with NUL and are never escaped
   bool stats = false;
   std::string rootFolder;             ///< empty: the current folder
-  std::string library;                ///< empty: the library installed with the program
   std::vector<std::string> patterns;  ///< at least one, unless help or version is set
 };
 

@@ -12,24 +12,26 @@ class WriteError : public std::system_error {
   using std::system_error::system_error;
 };
 
-/// Standard output, buffered (64 KiB or so). Readers get whole lines only, however kglob ends: it is written in pieces
-/// of whole lines, which a pipe accepts entirely or not at all, and a piece of which only a part was written is
-/// completed first. Writing throws `EndedBySignal` for a pipe without readers and for an interrupt, and `WriteError`
-/// for every other failure.
+/// Standard output, buffered. Readers get whole lines only, however kglob ends: it is written in pieces of whole lines,
+/// which a pipe accepts entirely or not at all, and a piece of which only a part was written is completed first. Writing
+/// throws `EndedBySignal` for a pipe without readers and for an interrupt, and `WriteError` for every other failure.
 class Output {
  public:
   /// Matches end with NUL and are never escaped, or else end with a newline and are escaped on a terminal; see
   /// appendForTerminal.
   explicit Output(bool nullEnded);
 
-  /// Adds a match and the byte that ends it.
-  void addMatch(std::u16string_view match);
+  /// Adds matches, each ended by NUL.
+  void addMatches(std::string_view matches);
 
   /// Adds whole lines as they are.
   void addText(std::string_view lines) { buffer_ += lines; }
 
   /// Writes what was added.
   void flush();
+
+  /// Throws `EndedBySignal` if standard output is a pipe without readers. One system call.
+  static void checkForReader();
 
   /// Flushes and closes: some file systems report only then that they couldn't store what was written.
   void close();

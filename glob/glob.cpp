@@ -47,11 +47,13 @@ GlobStream& GlobStream::operator=(GlobStream&&) noexcept = default;
 GlobStream::~GlobStream() = default;
 
 std::optional<std::u16string_view> GlobStream::next() {
-  Path const* match = state_->walker.next();
-  while (match != nullptr && match->empty()) match = state_->walker.next();
-  if (match == nullptr) return std::nullopt;
-  if (!state_->foldersOnly) return PathAccess::text(*match);
-  return state_->text = match->string(true);
+  while (Path const* const match = state_->walker.next()) {
+    std::u16string const& text = PathAccess::text(*match);
+    if (text.empty()) continue;
+    if (!state_->foldersOnly) return text;
+    return state_->text = match->string(true);
+  }
+  return std::nullopt;
 }
 
 std::vector<std::u16string> glob(std::u16string const& pattern, std::u16string const& rootFolder,

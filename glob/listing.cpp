@@ -14,59 +14,36 @@ bool isDotName(std::u16string const& name) {
   return !name.empty() && name.front() == u'.';
 }
 
-using EntryIterator = vfs::FolderListing<vfs::ListEntry>::Iterator;
-using FolderIterator = vfs::FolderListing<vfs::Folder>::Iterator;
-
-std::u16string const& nameOf(EntryIterator const& entry) {
-  return entry->getName();
-}
-std::u16string nameOf(FolderIterator const& folder) {
-  return folder.getName();
-}
-
-ListedKind kindOf(EntryIterator const& entry) {
-  return listedKind(entry->getKind());
-}
-ListedKind kindOf(FolderIterator const& /*folder*/) {
-  return ListedKind::folder;
-}
-
-template <class Entry>
-void addNames(EntryNames& names, vfs::FolderListing<Entry> const& listing, bool showDotEntries) {
-  auto const end = listing.end();
-  for (auto entry = listing.begin(); entry != end; ++entry) {
-    auto const& name = nameOf(entry);
-    if (!showDotEntries && isDotName(name)) continue;
-    names.add(name, kindOf(entry));
-    utThrowIfInterruptPending();
-  }
-}
-
 }  // namespace
 
-void listEntryNames(EntryNames& names, vfs::Folder const& folder, std::u16string const& filter, bool foldersOnly,
-                    bool includeDotFiles) {
-  bool const showDotEntries = includeDotFiles || isDotName(filter);
-  names.clear();
+MatchingEntries::MatchingEntries(vfs::Folder const& folder, std::u16string const& filter, bool foldersOnly,
+                                 bool includeDotFiles)
+    : showDotEntries_(includeDotFiles || isDotName(filter)) {
   try {
     if (foldersOnly) {
-      addNames(names, folder.listFolders(filter), showDotEntries);
+      cursor_ = folder.listFolders(filter).cursor();
     } else {
-      addNames(names, folder.listAll(filter), showDotEntries);
+      cursor_ = folder.listAll(filter).cursor();
     }
   } catch (vfs::Exception const&) {
-    names.clear();  // a search treats an unreadable folder as empty
+    cursor_.reset();  // a search treats an unreadable folder as empty
   }
+}
+
+bool MatchingEntries::next() {
+  if (!cursor_) return false;
+  if (atEntry_) utThrowIfInterruptPending();
+  do {
+    atEntry_ = cursor_->next();
+  } while (atEntry_ && !showDotEntries_ && cursor_->isDotName());
+  return atEntry_;
 }
 
 std::vector<Path> listFolderEntries(vfs::Folder const& folder, std::u16string const& filter, bool foldersOnly,
                                     bool includeDotFiles) {
-  EntryNames names;
-  listEntryNames(names, folder, filter, foldersOnly, includeDotFiles);
   std::vector<Path> entries;
-  entries.reserve(names.size());
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    entries.push_back(PathAccess::make(fl::filesystem::upath(std::u16string(names[i]))));
+  for (MatchingEntries matching(folder, filter, foldersOnly, includeDotFiles); matching.next();) {
+    entries.push_back(PathAccess::make(fl::filesystem::upath(matching.name())));
   }
   return entries;
 }

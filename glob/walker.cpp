@@ -68,11 +68,11 @@ void Walker::begin() {
 void Walker::step() {
   Frame& frame = frames_[depth_ - 1];
   if (!frame.isOpen) open(frame);
-  if (frame.next == 0) frame.matchesBefore = matches_;
-  if (frame.next == frame.entries.size()) {
-    close();
+  if (!std::exchange(frame.hasStarted, true)) frame.matchesBefore = matches_;
+  if (frame.entries.next()) {
+    visit(frame);
   } else {
-    visitNext(frame);
+    close();
   }
 }
 
@@ -113,12 +113,11 @@ Walker::Frame& Walker::push(std::size_t segment, bool isDescent) {
   Frame& frame = frames_[depth_++];
   frame.segment = segment;
   frame.at = match_;
-  frame.folder.reset();
-  frame.entries.clear();
-  frame.next = 0;
+  frame.nameStart = std::u16string::npos;
   frame.isDescent = isDescent;
   frame.isBelow = false;
   frame.isOpen = false;
+  frame.hasStarted = false;
   frame.metCycle = false;
   return frame;
 }
@@ -139,9 +138,8 @@ void Walker::open(Frame& frame) {
 // of links is refused.
 bool Walker::openBelow(Frame& frame) {
   Frame const& above = frames_[depth_ - 2];
-  name_.assign(above.entries[above.next - 1]);
   try {
-    frame.folder.emplace(*above.folder, name_);
+    frame.folder = above.entries.enter();
     return true;
   } catch (vfs::Exception const&) {
     frame.metCycle = true;
@@ -151,13 +149,15 @@ bool Walker::openBelow(Frame& frame) {
 
 void Walker::list(Frame& frame) {
   std::u16string const filter(frame.isDescent ? std::u16string_view(u"*") : plan_->text(frame.segment));
-  listEntryNames(frame.entries, *frame.folder, filter, foldersOnlyAt(frame.segment), includeDotFiles_);
+  frame.entries = MatchingEntries(*frame.folder, filter, foldersOnlyAt(frame.segment), includeDotFiles_);
 }
 
 // A descent is refused a folder that it has already passed through. A descent that begins at a folder has passed through
 // no other, so it reaches everything that any descent can reach below that folder, and may remember it as a dead end.
 void Walker::close() {
-  Frame const& frame = frames_[--depth_];
+  Frame& frame = frames_[--depth_];
+  frame.folder.reset();
+  frame.entries = MatchingEntries();
   if (frame.metCycle && frame.isBelow) {
     frames_[depth_ - 1].metCycle = true;
   } else if (frame.matchesBefore == matches_ && plan_->revisits(frame.segment)) {
@@ -165,12 +165,24 @@ void Walker::close() {
   }
 }
 
-// The next entry matches the frame's segment. The segments after it are matched there first; then, in a descent, what is
+// Makes `match_` the path of the frame's entry. Of the paths of local siblings only the name differs.
+void Walker::moveTo(Frame& frame) {
+  std::u16string* const text = PathAccess::localText(match_);
+  if (text != nullptr && frame.nameStart != std::u16string::npos) {
+    text->resize(frame.nameStart);
+    frame.entries.appendName(*text);
+    return;
+  }
+  std::u16string const name = frame.entries.name();
+  PathAccess::assignJoined(match_, frame.at, name);
+  frame.nameStart = PathAccess::text(match_).size() - name.size();
+}
+
+// The entry matches the frame's segment. The segments after it are matched there first; then, in a descent, what is
 // below the entry.
-void Walker::visitNext(Frame& frame) {
-  ListedKind const kind = frame.entries.kind(frame.next);
-  name_.assign(frame.entries[frame.next++]);
-  PathAccess::assignJoined(match_, frame.at, name_);
+void Walker::visit(Frame& frame) {
+  ListedKind const kind = frame.entries.kind();
+  moveTo(frame);
   std::size_t const segment = frame.segment;
   bool const isLast = segment + 1 == plan_->size();
   if (isLast) ++matches_;
@@ -188,7 +200,7 @@ void Walker::visitNext(Frame& frame) {
 bool Walker::isFolder(Frame const& frame, ListedKind listed) const {
   if (listed != ListedKind::unknown) return listed == ListedKind::folder;
   try {
-    Path const entry = PathAccess::make(upath(name_));
+    Path const entry = PathAccess::make(upath(frame.entries.name()));
     return pathKind(entry, Path(frame.folder->getLocation())) == PathKind::isFolder;
   } catch (vfs::Exception const&) {
     return false;  // the entry remains a match; what is below it is unknown

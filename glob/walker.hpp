@@ -9,7 +9,7 @@
 #include "foundation/storage/vfs/folder.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
 #include "glob/dead_ends.hpp"
-#include "glob/entry_names.hpp"
+#include "glob/listing.hpp"
 #include "glob/pattern_plan.hpp"
 #include "korvan/io/path.hpp"
 
@@ -40,12 +40,13 @@ class Walker {
     std::size_t segment = 0;
     Path at{};  // the folder's path, with which the matches below it begin
     std::optional<foundation::storage::vfs::Folder> folder{};
-    EntryNames entries{};
-    std::size_t next = 0;
+    MatchingEntries entries{};
+    std::size_t nameStart = std::u16string::npos;  // where an entry's name begins in its path; npos if it isn't known
     std::uint64_t matchesBefore = 0;
     bool isDescent = false;
     bool isBelow = false;  // whether the folder is an entry of the frame under this one, reached by its descent
     bool isOpen = false;
+    bool hasStarted = false;  // whether the walk has asked for an entry
     bool metCycle = false;  // whether this descent was refused a folder, which another descent may be allowed to enter
   };
 
@@ -56,7 +57,8 @@ class Walker {
   void open(Frame& frame);
   void list(Frame& frame);
   void close();
-  void visitNext(Frame& frame);
+  void visit(Frame& frame);
+  void moveTo(Frame& frame);
   bool isFolder(Frame const& frame, ListedKind listed) const;
   bool openBelow(Frame& frame);
   bool matchesLiteral(std::size_t segment) const;
@@ -76,8 +78,7 @@ class Walker {
   DeadEnds deadEnds_;
   std::uint64_t matches_ = 0;
   bool hasMatch_ = false;  // whether `match_` is a match that the caller hasn't seen
-  std::u16string name_;    // of the entry visited or opened last
-  Path match_;             // the path that the walk has reached
+  Path match_;             // the path that the walk has reached: begins with the path of every frame's folder
 };
 
 }  // namespace korvan::io::internal

@@ -25,6 +25,12 @@ struct PathAccess {
   /// Assigns `folder / name` to `result`, reusing its memory. The two paths must be different objects.
   static void assignJoined(Path& result, Path const& folder, std::u16string const& name);
 
+  /// The text of a local path, to be changed in place, in native form; null for an IRI.
+  static std::u16string* localText(Path& path) noexcept {
+    auto* const local = std::get_if<fl::filesystem::upath>(&path.location_);
+    return local == nullptr ? nullptr : &local->native();
+  }
+
   /// As `Path::toIRI`, but moves the path's IRI, if it is one, instead of copying it.
   static foundation::storage::vfs::AbsoluteIRI toIRI(Path&& path) {
     if (auto* const iri = std::get_if<foundation::storage::vfs::AbsoluteIRI>(&path.location_)) return std::move(*iri);

@@ -27,6 +27,14 @@
 /// what is below it. A match found in two ways is given twice. Each folder is read once, so all matches show it in the
 /// same state.
 ///
+/// A search may have several patterns (`kglob_open_patterns`). They are searched one after the other and share what was
+/// read. Each has an end of its own, and an error ends only the pattern that it concerns:
+///
+///     do {
+///       while ((status = kglob_next_block(search, -1, &block, &length)) == KGLOB_OK && length > 0) ...
+///       if (status != KGLOB_OK) ...
+///     } while (kglob_next_pattern(search));
+///
 /// Text: every text is a sequence of bytes ended by NUL. Names are bytes as the disk has them, in no particular
 /// encoding; they are neither checked nor changed. Messages are one line of UTF-8.
 ///
@@ -117,31 +125,42 @@ typedef struct kglob_progress {
 /// else happens on the search's thread.
 KGLOB_API kglob_search* kglob_open(const char* pattern, const kglob_options* options);
 
-/// The next matches: sets `*bytes` to a block of whole matches, each ended by NUL, and `*length` to the block's size.
-/// The block belongs to the search and is valid until the next call or `kglob_close`. It comes as soon as it holds 64
-/// KiB, or 20 milliseconds have passed since its first match was found, or the search is at its end; the first match of
-/// a search comes at once.
+/// As `kglob_open`, for `count` patterns in this order; none at all match nothing. An invalid argument, such as a null
+/// pattern, a root folder that can't be resolved and a thread that can't be started are errors of the whole search.
+KGLOB_API kglob_search* kglob_open_patterns(const char* const* patterns, size_t count, const kglob_options* options);
+
+/// The next matches of the current pattern, at first the only or first one: sets `*bytes` to a block of whole matches,
+/// each ended by NUL, and `*length` to the block's size. The block belongs to the search and is valid until the next
+/// call, `kglob_next_pattern` or `kglob_close`. It comes as soon as 64 KiB of matches are there, or 20 milliseconds have
+/// passed since its first match was found, or the search is at its end; the first match of a search comes at once.
 ///
 /// - `KGLOB_OK` with a length greater than 0: a block.
-/// - `KGLOB_OK` with the length 0: the end; all matches have been given.
+/// - `KGLOB_OK` with the length 0: the end; all matches of the pattern have been given.
 /// - `KGLOB_TIMED_OUT`: there was no block within `timeout_ms` milliseconds, and the search goes on. A negative timeout
 ///   waits as long as it takes; 0 doesn't wait.
-/// - Anything else: the error that ended the search; see `kglob_error`. The matches found before it have been given.
+/// - Anything else: the error that ended the search for the pattern; see `kglob_error`. The matches found before it have
+///   been given.
 ///
-/// After the end and after an error further calls return the same. Unless a block is returned the length is 0 and
-/// `*bytes` is null.
+/// After the end and after an error further calls return the same, until `kglob_next_pattern` is called. Unless a block
+/// is returned the length is 0 and `*bytes` is null.
 KGLOB_API kglob_status kglob_next_block(kglob_search* search, int timeout_ms, const char** bytes, size_t* length);
 
-/// The error that `kglob_next_block` returned, valid until `kglob_close`; null if it hasn't returned one. Owned by the
-/// search.
+/// Goes on to the next pattern, whose matches `kglob_next_block` then returns, and returns nonzero. Returns 0 and does
+/// nothing if `kglob_next_block` hasn't returned the end or an error of the current pattern yet, if that pattern is the
+/// last, or after an error of the whole search: `KGLOB_INTERRUPTED`, `KGLOB_OUT_OF_MEMORY`, or one that
+/// `kglob_open_patterns` lists. Never waits.
+KGLOB_API int kglob_next_pattern(kglob_search* search);
+
+/// The error of the current pattern that `kglob_next_block` returned, valid until `kglob_next_pattern` or
+/// `kglob_close`; null if it hasn't returned one. Owned by the search.
 KGLOB_API const kglob_failure* kglob_error(const kglob_search* search);
 
-/// The next folder that couldn't be read, or entry that couldn't be looked at, and that the search passed over: each
-/// once, in the order of the failures. If there is none, the matches are complete. A folder that doesn't exist is no
-/// failure, nor is one that is passed over because it closes a cycle of links.
+/// The next folder that couldn't be read, or entry that couldn't be looked at, and that the search for the current or an
+/// earlier pattern passed over: each once, in the order of the failures. If there is none, the matches are complete. A
+/// folder that doesn't exist is no failure, nor is one that is passed over because it closes a cycle of links.
 ///
 /// Owned by the search, and valid until the next call or `kglob_close`. Null if there is no further one at the moment;
-/// once `kglob_next_block` has returned the end or an error, all are known. Never waits.
+/// once `kglob_next_block` has returned the end or an error, all those of the pattern are known. Never waits.
 KGLOB_API const kglob_failure* kglob_next_failure(kglob_search* search);
 
 /// Ends a search that is still running: it stops within about a tenth of a second, or when the system call in progress

@@ -66,9 +66,7 @@ std::string bashCase(Completion completion) {
 
 std::string zshValue(OptionRow const& row) {
   if (!row.takesValue()) return {};
-  std::string const action = row.completion == Completion::folders ? "_directories"
-                             : row.completion == Completion::files ? "_files"
-                                                                   : "";
+  std::string const action = row.completion == Completion::folders ? "_directories" : "";
   return ":" + foundation::core::text::lowerCase(row.placeholder) + ":" + action;
 }
 
@@ -97,7 +95,6 @@ std::string fishOptions() {
     if (row.letter) lines += std::string(" -s ") + row.letter;
     (lines += " -l ") += row.name;
     if (row.completion == Completion::folders) lines += " -x -a '(__kglob_folders)'";
-    if (row.completion == Completion::files) lines += " -r -F";
     if (row.completion == Completion::none && row.takesValue()) lines += " -x";
     lines += " -d '" + std::string(row.help) + "'\n";
   }
@@ -126,7 +123,6 @@ void generate(char const* templatePath, char const* outputPath, char const* vers
       {"@MANUAL_OPTIONS@", manualOptions()},
       {"@BASH_OPTIONS@", bashOptions()},
       {"@BASH_FOLDER_OPTIONS@", bashCase(Completion::folders)},
-      {"@BASH_FILE_OPTIONS@", bashCase(Completion::files)},
       {"@ZSH_OPTIONS@", zshOptions()},
       {"@FISH_OPTIONS@", fishOptions()},
   };

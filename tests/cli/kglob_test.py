@@ -116,7 +116,7 @@ class Errors(KglobTest):
         for arguments, pattern in [
             ([], rb"no PATTERN"), (["-0"], rb"no PATTERN"), (["--"], rb"no PATTERN"),
             (["-x", "*"], rb"-x"), (["-05", "*"], rb"-5"), (["---", "*"], rb"---"), (["--nul", "*"], rb"--nul"),
-            (["--null=false", "*"], rb"null"), (["*", "-r"], rb"FOLDER"), (["--library"], rb"FILE"),
+            (["--null=false", "*"], rb"null"), (["*", "-r"], rb"FOLDER"),
             (["--root-folder=", "*"], rb"--root-folder="), (["--bad\n\x1b[31m", "*"], rb"--bad\\n\\x1B\[31m"),
         ]:
             self.expect_error(arguments, pattern + rb".*; see kglob --help")
@@ -127,20 +127,6 @@ class Errors(KglobTest):
                           rb'file:///100%.*\("%" must be followed by two hex digits.*\) \[KORVAN:virtualfilesystem:invalidIRI\]')
         # One pattern's error leaves the others' matches alone.
         self.expect_error(["a", "nope://host/*", "b"], rb"nope.*\[KORVAN:virtualfilesystem:unsupportedProvider\]", b"a\nb\n")
-
-    def test_library(self):
-        self.add(b"a", b"bin/")
-        built, alone = os.path.dirname(KGLOB), os.fsdecode(self.at(b"bin"))
-        self.expect_error(["--library", "/nowhere/x.so", "*"], rb"/nowhere/x\.so.*No such file")
-        self.expect_error(["--library", built + "/libkorvanhost.so", "*"], rb"libkorvanhost\.so is not the search library")
-        shutil.copy(KGLOB, alone)
-        shutil.copy(built + "/libkorvanhost.so.1", alone)
-        self.expect_error(["a"], rb"cannot find libqdkorvanautomationio\.so.* in .*; name it with --library FILE",
-                          executable=alone + "/kglob")
-        library = built + "/libqdkorvanautomationio.so.1"
-        self.expect(["--library", library, "a"], 0, b"a\n", executable=alone + "/kglob")
-        shutil.copy(library, alone)
-        self.expect(["a"], 0, b"a\n", executable=alone + "/kglob")
 
     def test_output_that_cannot_be_written(self):
         self.add(b"a")
@@ -271,6 +257,18 @@ class Interrupts(KglobTest):
                 self.assertEqual((process.communicate(timeout=60)[0], process.returncode), (b"", -signal.SIGINT))
                 seconds.append(time.monotonic() - start)
         self.assertLessEqual(min(seconds), 0.2)
+
+    def test_matches_are_written_as_found_and_a_closed_pipe_ends_the_search(self):
+        Terminal.make_maze(self)
+        for patterns, line in (["**"], b"a\n"), (["l", "**/nothing"], b"l\n"):  # the second search writes nothing more
+            for end, status in (signal.SIGINT, -signal.SIGINT), (None, -signal.SIGPIPE):
+                with self.subTest(patterns=patterns, end=end), subprocess.Popen(
+                        [KGLOB, *patterns], cwd=self.folder, stdout=subprocess.PIPE) as process:
+                    self.assertEqual(process.stdout.readline(), line)
+                    start = time.monotonic()
+                    process.send_signal(end) if end else process.stdout.close()
+                    self.assertEqual(process.wait(60), status)
+                    self.assertLess(time.monotonic() - start, 0.5)
 
     def test_output_ends_with_a_whole_line(self):
         def small_socket():

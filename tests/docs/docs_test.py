@@ -57,7 +57,7 @@ class Program(unittest.TestCase):
     def test_bash_completes_options_and_folders(self):
         folder = self.make_tree(["folder/file", "fold.txt"])
         script = 'compopt() { :; }; source "$0"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _kglob; echo "${COMPREPLY[*]}"'
-        for words, reply in ((["--i"], "--include-dot-files"), (["-r", "fo"], "folder"), (["--library", "fold."], "fold.txt"),
+        for words, reply in ((["--i"], "--include-dot-files"), (["-r", "fo"], "folder"),
                              (["--root-folder", "=", "fo"], "folder"), (["--root-folder", "="], "folder"), (["--", "-"], ""),
                              (["fo"], "")):
             done = run("bash", "-c", script, DOCUMENTS / "kglob.bash", "kglob", *words, cwd=folder)

@@ -36,6 +36,8 @@ class basic_path {
   basic_path(string_type nativeText, bool flag) noexcept : text_(std::move(nativeText)), flag_(flag) {}
 
   string_type const& native() const& noexcept { return text_; }
+  /// To be changed in place; the text must stay in native form.
+  string_type& native() & noexcept { return text_; }
   string_type&& native() && noexcept { return std::move(text_); }
   bool flag() const noexcept { return flag_; }
   bool empty() const noexcept { return text_.empty(); }

@@ -93,13 +93,15 @@ Folder::Folder(AbsoluteIRI location, StorageSystemReference system) {
   node_ = std::make_shared<Node const>(Node{std::move(location), std::move(provider), rootLength});
 }
 
-Folder::Folder(Folder const& parent, std::u16string const& name) {
+Folder::Folder(Folder const& parent, std::u16string const& name) : Folder(parent, name, std::nullopt) {}
+
+Folder::Folder(Folder const& parent, std::u16string const& name, std::optional<bool> isMaybeLink) {
   Node const& from = *parent.node_;
   Node node{AbsoluteIRI(from.location, name), from.provider, from.rootLength};
   std::u16string const& text = node.location.toString();
   bool const isBelow = text.compare(0, from.rootLength, from.location.toString(), 0, from.rootLength) == 0;
   if (!isBelow) node.rootLength = text.size();  // the name was a whole location
-  node.linkPassed = from.linkPassed || maybeLink(node.location);
+  node.linkPassed = from.linkPassed || (isMaybeLink ? *isMaybeLink : maybeLink(node.location));
   if (node.linkPassed) {
     node.identities = identitiesOf(from);
     if (auto const own = identityOf(*node.provider, node.location)) {
@@ -122,19 +124,11 @@ std::u16string Folder::getName() const {
   return node_->location.getName();
 }
 
-template <class T>
-struct FolderListing<T>::State {
-  std::shared_ptr<FolderSnapshot const> snapshot;
-  std::shared_ptr<NameFilter const> filter;
-  Folder folder;
-};
-
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes the filter by value
 FolderListing<ListEntry> Folder::listAll(std::u16string filter) const {
   auto names = makeFilter(filter);
   auto snapshot = read(node_->provider, node_->location, *names);
-  using State = FolderListing<ListEntry>::State;
-  return FolderListing<ListEntry>(std::make_shared<State const>(State{std::move(snapshot), std::move(names), *this}));
+  return FolderListing<ListEntry>(EntryCursor(std::move(snapshot), std::move(names), *this, false));
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes the filter by value
@@ -142,77 +136,18 @@ FolderListing<Folder> Folder::listFolders(std::u16string filter) const {
   auto names = makeFilter(filter);
   auto snapshot = read(node_->provider, node_->location, *names);
   resolveKinds(*snapshot, *names, *node_->provider);
-  using State = FolderListing<Folder>::State;
-  return FolderListing<Folder>(std::make_shared<State const>(State{std::move(snapshot), std::move(names), *this}));
+  return FolderListing<Folder>(EntryCursor(std::move(snapshot), std::move(names), *this, true));
 }
 
-template <class T>
-FolderListing<T>::FolderListing(std::shared_ptr<State const> state) noexcept : state_(std::move(state)) {}
-
-template <class T>
-typename FolderListing<T>::Iterator FolderListing<T>::begin() const {
-  return Iterator(state_, 0);
+Folder EntryCursor::enter() const {
+  return {folder_, getName(), snapshot_->entries.maybeLink(index_)};
 }
 
-template <class T>
-typename FolderListing<T>::Iterator FolderListing<T>::end() const {
-  return Iterator(state_, state_->snapshot->entries.size());
+Folder EntryCursor::listedFolder() const {
+  Folder::Node const& from = *folder_.node_;
+  return Folder(std::make_shared<Folder::Node const>(
+      Folder::Node{AbsoluteIRI(from.location, getName()), from.provider, from.rootLength,
+                   from.linkPassed || snapshot_->entries.maybeLink(index_)}));
 }
-
-template <>
-FolderListing<ListEntry>::Iterator::Iterator(std::shared_ptr<State const> state, std::size_t index)
-    : state_(std::move(state)), index_(index) {
-  settle();
-}
-
-template <>
-FolderListing<Folder>::Iterator::Iterator(std::shared_ptr<State const> state, std::size_t index)
-    : state_(std::move(state)), index_(index), element_(state_->folder) {
-  settle();
-}
-
-template <class T>
-typename FolderListing<T>::Iterator& FolderListing<T>::Iterator::operator++() {
-  ++index_;
-  settle();
-  return *this;
-}
-
-template <class T>
-void FolderListing<T>::Iterator::settle() {
-  EntryTable const& entries = state_->snapshot->entries;
-  auto const matches = [&] {
-    if constexpr (std::is_same_v<T, Folder>) {
-      if (entries.kind(index_) != PathKind::isFolder) return false;
-    }
-    return state_->filter->matches(entries.name(index_));
-  };
-  while (index_ < entries.size() && !matches()) ++index_;
-  isMade_ = false;
-}
-
-template <class T>
-std::u16string FolderListing<T>::Iterator::getName() const {
-  return core::text::fromBytes(state_->snapshot->entries.name(index_));
-}
-
-template <class T>
-void FolderListing<T>::Iterator::make() const {
-  EntryTable const& entries = state_->snapshot->entries;
-  if constexpr (std::is_same_v<T, Folder>) {
-    Folder::Node const& from = *state_->folder.node_;
-    element_ = Folder(std::make_shared<Folder::Node const>(
-        Folder::Node{AbsoluteIRI(from.location, core::text::fromBytes(entries.name(index_))), from.provider,
-                     from.rootLength, from.linkPassed || entries.maybeLink(index_)}));
-  } else {
-    element_.name_.clear();
-    core::text::appendFromBytes(element_.name_, entries.name(index_));
-    element_.kind_ = entries.kind(index_);
-  }
-  isMade_ = true;
-}
-
-template class FolderListing<ListEntry>;
-template class FolderListing<Folder>;
 
 }  // namespace foundation::storage::vfs

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "foundation/core/host_export.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
@@ -15,6 +16,8 @@ namespace foundation::storage::vfs {
 
 template <class T>
 class KORVAN_HOST_EXPORT FolderListing;
+struct FolderSnapshot;
+class NameFilter;
 
 /// One entry of a listing, by name.
 class KORVAN_HOST_EXPORT ListEntry {
@@ -29,6 +32,8 @@ class KORVAN_HOST_EXPORT ListEntry {
  private:
   template <class>
   friend class FolderListing;
+  ListEntry(std::u16string name, std::optional<PathKind> kind) noexcept : name_(std::move(name)), kind_(kind) {}
+
   std::u16string name_;
   std::optional<PathKind> kind_;
 };
@@ -62,12 +67,53 @@ class KORVAN_HOST_EXPORT Folder {
   FolderListing<Folder> listFolders(std::u16string filter) const;
 
  private:
-  template <class>
-  friend class FolderListing;
+  friend class EntryCursor;
   struct Node;
   explicit Folder(std::shared_ptr<Node const> node) noexcept;
+  Folder(Folder const& parent, std::u16string const& name, std::optional<bool> maybeLink);
 
   std::shared_ptr<Node const> node_;
+};
+
+/// Moves over the entries that a listing found, in the byte order of their names (code point order), and makes nothing
+/// for an entry but what is asked for: for searches, which look at each entry once. Begins before the first entry. A
+/// value that shares what was read, as a `FolderListing`. No request, except where documented.
+class KORVAN_HOST_EXPORT EntryCursor {
+ public:
+  /// Moves to the next entry; false if there is none. Undefined after that.
+  bool next();
+
+  /// What the entry is, if the listing says so: see `ListEntry::getKind`.
+  std::optional<PathKind> getKind() const noexcept;
+
+  /// Whether the entry's name begins with ".".
+  bool isDotName() const noexcept;
+
+  /// The entry's name, as text, or appended to a text.
+  std::u16string getName() const;
+  void appendName(std::u16string& text) const;
+
+  /// The subfolder: as `Folder(parent, getName())`, for a descent. Knows from the listing whether the entry may be a
+  /// link.
+  Folder enter() const;
+
+ private:
+  template <class>
+  friend class FolderListing;
+  friend class Folder;
+  EntryCursor(std::shared_ptr<FolderSnapshot const> snapshot, std::shared_ptr<NameFilter const> filter, Folder folder,
+              bool foldersOnly) noexcept;
+
+  bool matches() const;
+  Folder listedFolder() const;  // without a check for link cycles
+
+  std::shared_ptr<FolderSnapshot const> snapshot_;
+  std::shared_ptr<NameFilter const> filter_;
+  Folder folder_;
+  std::size_t index_ = static_cast<std::size_t>(-1);
+  std::size_t end_;
+  bool foldersOnly_;
+  bool matchesAll_;
 };
 
 /// The entries that a listing found, in the byte order of their names (code point order). A value that shares what was
@@ -75,8 +121,6 @@ class KORVAN_HOST_EXPORT Folder {
 /// is `ListEntry` or `Folder`.
 template <class T>
 class KORVAN_HOST_EXPORT FolderListing {
-  struct State;
-
  public:
   /// Moves forward only. The iterator holds its element, which it makes when it is first dereferenced: a reference is
   /// valid until that iterator moves or is destroyed.
@@ -89,38 +133,35 @@ class KORVAN_HOST_EXPORT FolderListing {
     using reference = T const&;
 
     T const& operator*() const {
-      if (!isMade_) make();
-      return element_;
+      if (!element_) make();
+      return *element_;
     }
     T const* operator->() const { return &**this; }
 
-    /// The element's name, without making the element.
-    std::u16string getName() const;
-
     Iterator& operator++();
-    bool operator==(Iterator const& other) const noexcept { return index_ == other.index_; }
-    bool operator!=(Iterator const& other) const noexcept { return index_ != other.index_; }
+    bool operator==(Iterator const& other) const noexcept { return cursor_.index_ == other.cursor_.index_; }
+    bool operator!=(Iterator const& other) const noexcept { return !(*this == other); }
 
    private:
     friend class FolderListing;
-    Iterator(std::shared_ptr<State const> state, std::size_t index);
-    void settle();  // moves to the first match at or after the index
+    explicit Iterator(EntryCursor cursor) noexcept : cursor_(std::move(cursor)) {}
     void make() const;
 
-    std::shared_ptr<State const> state_;
-    std::size_t index_;
-    mutable T element_;
-    mutable bool isMade_ = false;
+    EntryCursor cursor_;
+    mutable std::optional<T> element_;
   };
 
   Iterator begin() const;
   Iterator end() const;
 
+  /// A cursor before the first entry.
+  EntryCursor cursor() const { return start_; }
+
  private:
   friend class Folder;
-  explicit FolderListing(std::shared_ptr<State const> state) noexcept;
+  explicit FolderListing(EntryCursor start) noexcept : start_(std::move(start)) {}
 
-  std::shared_ptr<State const> state_;
+  EntryCursor start_;
 };
 
 }  // namespace foundation::storage::vfs

@@ -9,10 +9,12 @@
 namespace foundation::storage::vfs {
 namespace {
 
-// The first eight bytes of a name as a number that orders as they do: most comparisons need no more.
-std::uint64_t sortKey(std::string_view name) {
+// The first eight bytes of a name as a number that orders as they do: most comparisons need no more. At least eight
+// bytes may be read there.
+std::uint64_t sortKey(char const* name, std::size_t length) {
   std::uint64_t key = 0;
-  std::memcpy(&key, name.data(), std::min(name.size(), sizeof key));
+  std::memcpy(&key, name, sizeof key);
+  if (length < sizeof key) key &= (std::uint64_t{1} << (8 * length)) - 1;
   return __builtin_bswap64(key);
 }
 
@@ -41,9 +43,13 @@ void EntryTable::sort() {
     std::uint64_t key;
     Record record;
   };
+  std::size_t const namesEnd = names_.size();
+  names_.append(sizeof(std::uint64_t), '\0');
   std::vector<Keyed> keyed;
   keyed.reserve(records_.size());
-  for (std::size_t i = 0; i < records_.size(); ++i) keyed.push_back({sortKey(name(i)), records_[i]});
+  for (Record const& record : records_) {
+    keyed.push_back({sortKey(names_.data() + record.offset, record.flags >> flagBits), record});
+  }
 
   auto const rest = [this](Record const& record) {
     std::size_t const length = record.flags >> flagBits;
@@ -72,6 +78,7 @@ void EntryTable::sort() {
   records_.erase(std::unique(records_.begin(), records_.end(),
                              [&](Record const& a, Record const& b) { return nameOf(a) == nameOf(b); }),
                  records_.end());
+  names_.resize(namesEnd);
 }
 
 void EntryTable::setKind(std::size_t index, PathKind kind) noexcept {
