@@ -1,7 +1,7 @@
 """The services that issue credentials, and a store that accepts nothing else, all in one server.
 
 The first element of a URL's path selects the behaviour: "well" issues credentials for an hour, "short" for two seconds,
-"once" the first time only, "refuse", "garbage" and "silent" never. The store is below "store": its buckets contain an object
+"once" the first time only, "refuse", "garbage" and "silent" never; the first of "revoke" are refused by the store. The store is below "store": its buckets contain an object
 that is named after the access key of the request; the bucket "long" has ten pages that take their time.
 """
 
@@ -99,7 +99,11 @@ class Handler(http.server.BaseHTTPRequestHandler):
             return 200, json.dumps({"accessToken": self.server.hidden[1], "expiresIn": 3600, "refreshToken": "next"})
         if kind == "instance-role":
             return 200, "a role\nanother"
-        return 200, self.issue(f"{kind}{count}", kind, 2 if behaviour == "short" else 3600)
+        access = f"{kind}{count}"
+        text = self.issue(access, kind, 2 if behaviour == "short" else 3600)
+        if behaviour == "revoke" and count == 1:
+            self.server.issued[access] = *self.server.issued[access][:2], 0
+        return 200, text
 
     def may(self, kind, form, query):
         if kind == "AssumeRole":

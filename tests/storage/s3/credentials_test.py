@@ -200,6 +200,10 @@ class Credentials(unittest.TestCase):
         found, errors = self.search(self.sources("once")["container"], pattern="s3://long/*")
         self.assertEqual((found.count("container1\n"), errors), (10, ""))
 
+    def test_credentials_that_the_store_rejects_are_renewed(self):
+        found, errors = self.search(self.sources("revoke")["container"])
+        self.assertEqual((found, errors, self.services.expired), ("s3://b/0-container2\n", "", 1))
+
     def test_a_command_gets_a_clean_start_and_ends_with_the_search(self):
         script = "grep 'Sig[BI]' /proc/self/status >&2; ls /proc/self/fd >&2; exit 3"
         _, errors = self.search(({}, f"credential_process = {script}\n", ""), close_fds=False,
