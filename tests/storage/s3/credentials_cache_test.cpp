@@ -115,7 +115,9 @@ TEST_F(S3CredentialsCache, AsksAgainForWhatDidNotExistAndForWhatTheStoreRejects)
 }
 
 TEST_F(S3CredentialsCache, OneThreadFetchesForAll) {
-  auto const ask = [&](std::string expected) { return std::thread([=, this] { EXPECT_EQ(current(), expected); }); };
+  auto const ask = [&](std::string const& expected) {
+    return std::thread([=, this] { EXPECT_EQ(current(), expected); });
+  };
   behaviour.lifetime = 100;
   behaviour.hangs = true;
   std::vector<std::thread> threads;
