@@ -22,13 +22,14 @@ bool MatchBlocks::append(Append appendTo) {
   return true;
 }
 
-bool MatchBlocks::add(std::u16string_view match) {
-  return append([match](Block& block) {
+bool MatchBlocks::add(std::u16string_view match, std::optional<Facts> facts) {
+  return append([&](Block& block) {
     std::string& matches = block.matches;
     std::size_t const before = matches.size();
     try {
       if (!foundation::core::text::appendBytes(matches, match)) throw std::invalid_argument("a match has no byte form");
       matches += '\0';
+      if (facts) block.facts.push_back(std::move(*facts));
     } catch (...) {
       matches.resize(before);
       throw;
@@ -37,7 +38,9 @@ bool MatchBlocks::add(std::u16string_view match) {
 }
 
 bool MatchBlocks::endPattern(std::optional<SearchFailure> error) {
-  return append([&error](Block& block) { block.ends.push_back({block.matches.size(), std::move(error)}); });
+  return append([&error](Block& block) {
+    block.ends.push_back({block.matches.size(), block.facts.size(), std::move(error)});
+  });
 }
 
 void MatchBlocks::end() noexcept {
@@ -65,6 +68,7 @@ std::optional<MatchBlocks::Step> MatchBlocks::next(std::optional<std::chrono::mi
         changed_.wait_until(lock.forWaiting(), until);
     }
     given_.matches.clear();
+    given_.facts.clear();
     given_.ends.clear();
     given_.position = given_.endsPassed = 0;
     std::swap(given_, filling_);
@@ -84,6 +88,13 @@ std::optional<MatchBlocks::Step> MatchBlocks::nextOfGiven() {
   if (end == nullptr) return std::nullopt;
   if (end->error) givenError_ = end->error->view();
   return Step{{}, end->error ? &givenError_ : nullptr};
+}
+
+MatchBlocks::Facts const* MatchBlocks::facts(std::size_t index) const noexcept {
+  std::size_t const begin = given_.endsPassed == 0 ? 0 : given_.ends[given_.endsPassed - 1].facts;
+  bool const endsHere = given_.endsPassed < given_.ends.size();
+  std::size_t const end = endsHere ? given_.ends[given_.endsPassed].facts : given_.facts.size();
+  return index < end - begin ? &given_.facts[begin + index] : nullptr;
 }
 
 void MatchBlocks::close() noexcept {

@@ -11,6 +11,7 @@
 #include "capi/search_failure.hpp"
 #include "foundation/core/threads/mutex.hpp"
 #include "foundation/core/threads/thread_annotations.hpp"
+#include "foundation/storage/vfs/entry_facts.hpp"
 
 namespace kglob {
 
@@ -22,9 +23,11 @@ class MatchBlocks {
   static constexpr std::size_t capacity = std::size_t{64} << 10;
   static constexpr std::chrono::milliseconds maxDelay{20};
 
-  /// Adds a match and a NUL; waits while the block is full. False if the consumer has closed: then nothing was added.
+  using Facts = foundation::storage::vfs::EntryFacts;
+
+  /// Adds a match and a NUL, with its facts for a search that has any; waits while the block is full. False if the consumer has closed: then nothing was added.
   /// Throws `std::bad_alloc`, and `std::invalid_argument` for a text that no bytes stand for. For the search.
-  bool add(std::u16string_view match);
+  bool add(std::u16string_view match, std::optional<Facts> facts = {});
 
   /// No further match of this pattern comes; what is added next belongs to the next one. Waits and throws as `add`. For
   /// the search.
@@ -44,6 +47,9 @@ class MatchBlocks {
   /// before; none waits as long as it takes. At the end of a pattern each call returns that end. For the consumer.
   std::optional<Step> next(std::optional<std::chrono::milliseconds> timeout);
 
+  /// The facts of the match with this index in the last step; null if there is none. For the consumer.
+  Facts const* facts(std::size_t index) const noexcept;
+
   /// Leaves the end of a pattern that `next` returned. For the consumer.
   void nextPattern() noexcept { ++given_.endsPassed; }
 
@@ -55,15 +61,19 @@ class MatchBlocks {
 
   struct PatternEnd {
     std::size_t offset;  // behind the pattern's last match
+    std::size_t facts;   // how many there are up to there
     std::optional<SearchFailure> error;
   };
   struct Block {
     std::string matches;
+    std::vector<Facts> facts;
     std::vector<PatternEnd> ends;
     std::size_t position = 0;
     std::size_t endsPassed = 0;
 
-    std::size_t size() const noexcept { return matches.size() + ends.size() * sizeof(PatternEnd); }
+    std::size_t size() const noexcept {
+      return matches.size() + facts.size() * sizeof(Facts) + ends.size() * sizeof(PatternEnd);
+    }
   };
 
   bool isDue(Clock::time_point now) const KORVAN_REQUIRES(mutex_);

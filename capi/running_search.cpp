@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+#include "capi/match_facts.hpp"
 #include "foundation/core/threads/signals_blocked.hpp"
 #include "korvan/io/glob.hpp"
 #include "quindarel/interrupt/interrupt_state.hpp"
@@ -53,7 +54,7 @@ bool RunningSearch::isInFork() const noexcept {
 void RunningSearch::run(SearchRequest const& request) noexcept {
   utInterruptScope const interrupted(&isCancelled_);
   try {
-    ReadSession const session(request.cacheBytes);
+    ReadSession session(request.cacheBytes, request.policy);
     setSession(&session);
     try {
       searchAll(request, session);
@@ -67,11 +68,12 @@ void RunningSearch::run(SearchRequest const& request) noexcept {
   blocks_.end();
 }
 
-void RunningSearch::searchAll(SearchRequest const& request, ReadSession const& session) {
+void RunningSearch::searchAll(SearchRequest const& request, ReadSession& session) {
   for (std::size_t pattern = 0; pattern < request.patterns.size(); ++pattern) {
     bool const asIRI = request.patterns[pattern].usesIRIs;
     std::optional<SearchFailure> error;
     try {
+      session.beginSearch();
       if (!search(request, pattern, session)) return;
     } catch (std::bad_alloc const&) {
       throw;
@@ -88,9 +90,12 @@ void RunningSearch::searchAll(SearchRequest const& request, ReadSession const& s
 bool RunningSearch::search(SearchRequest const& request, std::size_t pattern, ReadSession const& session) {
   auto const& [text, usesIRIs] = request.patterns[pattern];
   korvan::io::internal::GlobStream stream(text, request.rootFolder, request.includeDotFiles);
+  korvan::io::internal::Path const rootFolder(request.rootFolder);
   while (auto const match = stream.next()) {
+    std::optional<MatchBlocks::Facts> facts;
+    if (request.facts != KGLOB_NO_FACTS) facts = findFacts(*match, rootFolder, request.facts);
     takeFailures(pattern, usesIRIs, session);
-    if (!blocks_.add(*match)) return false;
+    if (!blocks_.add(*match, std::move(facts))) return false;
   }
   return true;
 }
@@ -144,6 +149,12 @@ bool RunningSearch::nextPattern() noexcept {
   reportedError_ = nullptr;
   blocks_.nextPattern();
   return true;
+}
+
+bool RunningSearch::readFacts(std::size_t index, kglob_facts& facts) const {
+  MatchBlocks::Facts const* const found = isInFork() || isAtEnd_ ? nullptr : blocks_.facts(index);
+  if (found != nullptr) facts = viewOf(*found);
+  return found != nullptr;
 }
 
 kglob_failure const* RunningSearch::nextFailure() {

@@ -33,6 +33,7 @@ class RunningSearch {
   bool nextPattern() noexcept;
   kglob_failure const* reportedError() const noexcept { return reportedError_; }
   kglob_failure const* nextFailure();
+  bool readFacts(std::size_t index, kglob_facts& facts) const;
   void cancel() noexcept { isCancelled_.store(true, std::memory_order_relaxed); }
 
   /// Sets all members but the size.
@@ -46,7 +47,7 @@ class RunningSearch {
   using ReadSession = foundation::storage::vfs::ReadSession;
 
   void run(SearchRequest const& request) noexcept;
-  void searchAll(SearchRequest const& request, ReadSession const& session);
+  void searchAll(SearchRequest const& request, ReadSession& session);
   bool search(SearchRequest const& request, std::size_t pattern, ReadSession const& session);
   void takeFailures(std::size_t pattern, bool asIRI, ReadSession const& session);
   void setSession(ReadSession const* session);

@@ -29,7 +29,8 @@ kglob_options knownOptions(kglob_options const* options) {
   std::memcpy(&known, bytes, std::min(size, sizeof known));
   bool const asksForMore =
       size > sizeof known && std::any_of(bytes + sizeof known, bytes + size, [](char byte) { return byte != 0; });
-  if (asksForMore || known.reserved != 0) throw std::invalid_argument("the options hold some that this library lacks");
+  if (asksForMore || known.facts > KGLOB_ALL_FACTS)
+    throw std::invalid_argument("the options hold some that this library lacks");
   return known;
 }
 
@@ -38,6 +39,21 @@ std::u16string absoluteFolder(std::u16string const& folder) {
   if (isAbsolute(path)) return folder;
   vfs::Folder const current = Kdispatcher::getDispatcher()->GetCurrentWorkingFolder()->get();
   return absolute(path, Path(vfs::fromAbsoluteIRI(current.getLocation()))).string(false);
+}
+
+vfs::SessionPolicy policyOf(kglob_options const& options) {
+  vfs::SessionPolicy policy{.followLinks = options.dont_follow_links == 0,
+                            .oneFileSystem = options.one_file_system != 0,
+                            .reportRefusals = options.report_refusals != 0,
+                            .collectFacts = options.facts == KGLOB_ALL_FACTS};
+  if (options.max_depth != 0) policy.maximumDepth = options.max_depth;
+  if (options.excluded_count > 0 && options.excluded_names == nullptr)
+    throw std::invalid_argument("the names are null");
+  for (std::size_t i = 0; i < options.excluded_count; ++i) {
+    if (options.excluded_names[i] == nullptr) throw std::invalid_argument("an excluded name is null");
+    policy.excludedNames.push_back(fromBytes(options.excluded_names[i]));
+  }
+  return policy;
 }
 
 }  // namespace
@@ -49,7 +65,9 @@ SearchRequest makeRequest(char const* const* patterns, std::size_t count, kglob_
   SearchRequest request{{},
                         absoluteFolder(folder),
                         known.cache_bytes == 0 ? vfs::ReadSession::defaultMemoryBound : known.cache_bytes,
-                        known.include_dot_files != 0};
+                        known.include_dot_files != 0,
+                        policyOf(known),
+                        static_cast<kglob_fact_level>(known.facts)};
   if (count > 0 && patterns == nullptr) throw std::invalid_argument("the patterns are null");
   request.patterns.reserve(std::max(count, std::size_t{1}));
   for (std::size_t i = 0; i < count; ++i) {

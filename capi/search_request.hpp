@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/storage/vfs/session_policy.hpp"
 #include "kglob.h"
 
 namespace kglob {
@@ -20,6 +21,8 @@ struct SearchRequest {
   std::u16string rootFolder;  ///< absolute
   std::size_t cacheBytes;
   bool includeDotFiles;
+  foundation::storage::vfs::SessionPolicy policy;
+  kglob_fact_level facts;
 };
 
 /// The request that the arguments of `kglob_open_patterns` describe; an empty pattern if there is none. Throws

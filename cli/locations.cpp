@@ -7,28 +7,25 @@
 #include "foundation/core/text/ascii.hpp"
 
 namespace kglob {
-namespace {
-
-/// The absolute path of the root folder; empty when the current folder is unknown.
-std::string absolutePath(std::string const& rootFolder) {
-  if (rootFolder.starts_with('/')) return rootFolder;
-  std::error_code error;
-  std::filesystem::path const current = std::filesystem::current_path(error);
-  return error ? std::string() : rootFolder.empty() ? current.string() : (current / rootFolder).string();
-}
-
-}  // namespace
 
 bool isIRI(std::string_view text) {
   std::size_t const end = text.find("://");
   return end != std::string_view::npos && end > 0 && foundation::core::text::isLetter(text[0]) &&
          std::ranges::all_of(text.substr(0, end), [](char c) {
-           return foundation::core::text::isLetter(c) || foundation::core::text::isDigit(c) || c == '+' || c == '-' || c == '.';
+           return foundation::core::text::isLetter(c) || foundation::core::text::isDigit(c) || c == '+' || c == '-' ||
+                  c == '.';
          });
 }
 
+std::string absoluteRoot(std::string const& rootFolder) {
+  if (rootFolder.starts_with('/') || isIRI(rootFolder)) return rootFolder;
+  std::error_code error;
+  std::filesystem::path const current = std::filesystem::current_path(error);
+  return error ? std::string() : rootFolder.empty() ? current.string() : (current / rootFolder).string();
+}
+
 std::string asWritten(std::string const& path, std::string const& rootFolder) {
-  std::string const root = absolutePath(rootFolder);
+  std::string const root = absoluteRoot(rootFolder);
   if (root.empty() || !path.starts_with(root)) return path;
   std::string_view below = std::string_view(path).substr(root.size());
   if (below.empty()) return rootFolder.empty() ? "." : rootFolder;
@@ -40,10 +37,11 @@ std::string asWritten(std::string const& path, std::string const& rootFolder) {
 }
 
 std::string absolutePatternHint(std::string const& pattern, std::string const& rootFolder) {
-  bool const inStore = isIRI(rootFolder) && foundation::core::text::lowerCase(std::string_view(rootFolder).substr(0, 7)) != "file://";
+  bool const inStore =
+      isIRI(rootFolder) && foundation::core::text::lowerCase(std::string_view(rootFolder).substr(0, 7)) != "file://";
   if (!inStore || !pattern.starts_with('/')) return {};
-  return "\"" + pattern + "\" is searched in the store of the root folder; for the local disk write \"file://" + pattern +
-         "\"";
+  return "\"" + pattern + "\" is searched in the store of the root folder; for the local disk write \"file://" +
+         pattern + "\"";
 }
 
 }  // namespace kglob

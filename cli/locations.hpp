@@ -9,6 +9,9 @@ namespace kglob {
 /// Whether the text begins with a scheme and "://".
 bool isIRI(std::string_view text);
 
+/// The absolute path of a local root folder; an IRI as it is. Empty when the current folder is unknown.
+std::string absoluteRoot(std::string const& rootFolder);
+
 /// An absolute local path as the user would write it: beginning with `rootFolder` if it is below that folder, unchanged
 /// otherwise.
 std::string asWritten(std::string const& path, std::string const& rootFolder);

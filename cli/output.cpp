@@ -8,9 +8,7 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include "cli/shown_text.hpp"
 #include "cli/signals.hpp"
-#include "foundation/core/text/bytes.hpp"
 
 namespace kglob {
 namespace {
@@ -51,19 +49,12 @@ void writePiece(std::string_view piece) {
 
 }  // namespace
 
-Output::Output(bool nullEnded) : end_(nullEnded ? '\0' : '\n'), escape_(!nullEnded && isatty(STDOUT_FILENO) == 1) {}
+Output::Output(bool nullEnded) : end_(nullEnded ? '\0' : '\n'), isTerminal_(isatty(STDOUT_FILENO) == 1) {}
 
 void Output::addMatches(std::string_view matches) {
-  if (!escape_) {
-    std::size_t const begin = buffer_.size();
-    buffer_ += matches;
-    if (end_ != '\0') std::replace(buffer_.begin() + static_cast<std::ptrdiff_t>(begin), buffer_.end(), '\0', end_);
-    return;
-  }
-  for (std::size_t end = 0; (end = matches.find('\0')) != std::string_view::npos; matches.remove_prefix(end + 1)) {
-    appendForTerminal(buffer_, foundation::core::text::fromBytes(matches.substr(0, end)));
-    buffer_ += end_;
-  }
+  std::size_t const begin = buffer_.size();
+  buffer_ += matches;
+  if (end_ != '\0') std::replace(buffer_.begin() + static_cast<std::ptrdiff_t>(begin), buffer_.end(), '\0', end_);
 }
 
 void Output::flush() {

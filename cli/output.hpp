@@ -17,12 +17,20 @@ class WriteError : public std::system_error {
 /// throws `EndedBySignal` for a pipe without readers and for an interrupt, and `WriteError` for every other failure.
 class Output {
  public:
-  /// Matches end with NUL and are never escaped, or else end with a newline and are escaped on a terminal; see
-  /// appendForTerminal.
+  /// Lines end with a newline, or with NUL.
   explicit Output(bool nullEnded);
 
-  /// Adds matches, each ended by NUL.
+  bool isTerminal() const noexcept { return isTerminal_; }
+
+  /// Adds matches, each ended by NUL, as one line each.
   void addMatches(std::string_view matches);
+
+  /// Adds a line: `append` adds its text to the end of the string that it is given.
+  template <class Append>
+  void addLine(Append append) {
+    append(buffer_);
+    buffer_ += end_;
+  }
 
   /// Adds whole lines as they are.
   void addText(std::string_view lines) { buffer_ += lines; }
@@ -38,7 +46,7 @@ class Output {
 
  private:
   char end_;
-  bool escape_;
+  bool isTerminal_;
   std::string buffer_;
 };
 

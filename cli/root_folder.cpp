@@ -14,7 +14,7 @@ bool checkRootFolder(std::string const& rootFolder) {
   if (isIRI(pattern))
     for (std::size_t star = 0; (star = pattern.find('*', star)) != std::string::npos;) pattern.replace(star, 1, "%2A");
   // On a disk a star in the root folder's name can't be escaped and matches other folders too.
-  Search search({pattern}, {}, true);
+  Search search({pattern}, {.dotFiles = true});
   std::string const wanted = pattern + '\0';
   bool const isLiteral = pattern.find('*') == std::string::npos;
   for (std::string_view matches; !(matches = search.nextBlock([] {})).empty();) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,12 +9,23 @@
 
 namespace kglob {
 
+/// Where and how a search looks; see `kglob_options`.
+struct Scope {
+  std::string rootFolder{};  ///< empty: the current folder
+  bool dotFiles = false;
+  bool follow = false;
+  bool oneFileSystem = false;
+  std::vector<std::string> excluded{};
+  std::uint32_t maxDepth = 0;
+  kglob_fact_level facts = KGLOB_NO_FACTS;
+};
+
 /// A search of the C interface (see `kglob.h`), closed by the destructor. While it lives an interrupt cancels it; there
 /// is one at a time.
 class Search {
  public:
-  /// Below the root folder, empty for the current one. Throws `std::bad_alloc`.
-  Search(std::vector<std::string> const& patterns, std::string const& rootFolder, bool dotFiles);
+  /// Throws `std::bad_alloc`.
+  Search(std::vector<std::string> const& patterns, Scope const& scope);
   ~Search();
   Search(Search const&) = delete;
   Search& operator=(Search const&) = delete;
@@ -32,6 +44,9 @@ class Search {
       idle();
     }
   }
+
+  /// What is known of the match with this index in the current block.
+  kglob_facts facts(std::size_t index) const;
 
   bool nextPattern() { return kglob_next_pattern(search_) != 0; }
 

@@ -79,18 +79,55 @@ typedef enum kglob_status {
   KGLOB_OUT_OF_MEMORY = 10
 } kglob_status;
 
+/// What a search tells about each match besides its text; see `kglob_get_facts`.
+typedef enum kglob_fact_level {
+  KGLOB_NO_FACTS = 0,
+  KGLOB_KINDS = 1,  ///< the kind only; costs nothing where a folder's listing says what its entries are
+  KGLOB_ALL_FACTS =
+      2  ///< everything; costs one system call for each match on a disk, and nothing in a store that was listed
+} kglob_fact_level;
+
 /// How to search. Initialised with `KGLOB_OPTIONS_INIT`; a member that is zero has its default.
+///
+/// What `excluded_names`, `dont_follow_links`, `one_file_system` and `max_depth` leave out is not read either. They apply
+/// below the start folder of each pattern, which is the part before its first wildcard: nothing that this part names is
+/// left out.
 typedef struct kglob_options {
   size_t size;              ///< sizeof(kglob_options)
   const char* root_folder;  ///< a local path or an IRI; null or empty: the process's current folder
   size_t cache_bytes;       ///< bound of the cache of folders, about; when exceeded, folders are read again; 0: 256 MiB
-  uint32_t include_dot_files;  ///< nonzero: wildcards also match names that begin with "."
-  uint32_t reserved;           ///< must be 0
+  uint32_t include_dot_files;         ///< nonzero: wildcards also match names that begin with "."
+  uint32_t dont_follow_links;         ///< nonzero: "**" lists a link to a folder and doesn't enter it
+  const char* const* excluded_names;  ///< entries to leave out, with all below; "*" is any run of characters
+  size_t excluded_count;
+  uint32_t one_file_system;  ///< nonzero: a folder on another file system than the start folder is listed, not entered
+  uint32_t report_refusals;  ///< nonzero: a name behind a wildcard that may not be looked up is a failure, not an error
+  uint32_t max_depth;        ///< how many levels below the start folder matches may be; 0: any number
+  uint32_t facts;            ///< a `kglob_fact_level`
 } kglob_options;
 
 /// The defaults, to initialise `kglob_options` with.
 #define KGLOB_OPTIONS_INIT \
-  { sizeof(kglob_options), NULL, 0, 0, 0 }
+  { sizeof(kglob_options), NULL, 0, 0, 0, NULL, 0, 0, 0, 0, KGLOB_NO_FACTS }
+
+/// What a match is. A link is neither a file nor a folder, whatever it points to.
+typedef enum kglob_kind { KGLOB_UNKNOWN = 0, KGLOB_FILE = 1, KGLOB_FOLDER = 2, KGLOB_LINK = 3 } kglob_kind;
+
+/// Bits of `kglob_facts.known`.
+enum { KGLOB_HAS_BYTES = 1, KGLOB_HAS_TIME = 2 };
+
+/// What is known of a match. No text is null; one that there is nothing for is empty.
+typedef struct kglob_facts {
+  size_t size;               ///< sizeof(kglob_facts), set by the caller
+  uint32_t kind;             ///< a `kglob_kind`; `KGLOB_UNKNOWN` if it couldn't be looked up or no longer exists
+  uint32_t known;            ///< `KGLOB_HAS_...`: which of the next members are set
+  uint64_t bytes;            ///< the size; folders in stores have none
+  int64_t modified_seconds;  ///< the time of the last change of the contents, since 1970-01-01T00:00:00Z
+  uint32_t modified_nanoseconds;
+  uint32_t reserved;
+  const char* etag;           ///< an object's entity tag, without quotation marks
+  const char* storage_class;  ///< an object's storage class as its store calls it, such as "STANDARD"
+} kglob_facts;
 
 /// An error that ended a search, or a folder that a search couldn't read. No text is null; one that there is nothing
 /// for is empty. The location is what the failure is about: a path or an IRI, the text that isn't a valid IRI, or the
@@ -144,6 +181,11 @@ KGLOB_API kglob_search* kglob_open_patterns(const char* const* patterns, size_t 
 /// After the end and after an error further calls return the same, until `kglob_next_pattern` is called. Unless a block
 /// is returned the length is 0 and `*bytes` is null.
 KGLOB_API kglob_status kglob_next_block(kglob_search* search, int timeout_ms, const char** bytes, size_t* length);
+
+/// Sets the members of `*facts` that its size includes, those that this library doesn't know to 0, to what is known of the
+/// match at `index` in the current block, counted from 0. The texts belong to the search and are valid as long as the
+/// block. Returns nonzero; if there is no such match or the options asked for no facts it returns 0, and nothing is known.
+KGLOB_API int kglob_get_facts(const kglob_search* search, size_t index, kglob_facts* facts);
 
 /// Goes on to the next pattern, whose matches `kglob_next_block` then returns, and returns nonzero. Returns 0 and does
 /// nothing if `kglob_next_block` hasn't returned the end or an error of the current pattern yet, if that pattern is the

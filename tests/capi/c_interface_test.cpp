@@ -220,12 +220,47 @@ TEST_F(CInterface, SearchesSeveralPatternsInOneSession) {
   EXPECT_EQ(kglob_next_pattern(cancelled), 0);
 }
 
+TEST_F(CInterface, TellsFactsOfTheMatchesOfABlock) {
+  TemporaryFolder const folder;
+  folder.addFile("a/file");
+  std::filesystem::create_symlink("nowhere", folder.path() + "/link");
+  std::filesystem::resize_file(folder.path() + "/a/file", 7);
+  std::string const root = folder.path();
+  kglob_options options = KGLOB_OPTIONS_INIT;
+  options.root_folder = root.c_str();
+  options.facts = KGLOB_ALL_FACTS;
+  CSearch search({"*", "none", "*/file", "**"}, &options);
+  kglob_facts facts{};
+  facts.size = sizeof facts;
+  std::vector<std::uint32_t> kinds;
+  do {
+    while (search.next() == KGLOB_OK && search.length > 0) {
+      std::size_t index = 0;
+      for (; kglob_get_facts(search, index, &facts) != 0; ++index) kinds.push_back(facts.kind);
+      EXPECT_EQ(facts.known, 0U) << "there is no further match";
+    }
+    EXPECT_EQ(kglob_get_facts(search, 0, &facts), 0) << "at the end";
+  } while (kglob_next_pattern(search) != 0);
+  EXPECT_EQ(search.matches, (Strings{"a", "link", "a/file", "a", "a/file", "link"}));
+  EXPECT_EQ(kinds, (decltype(kinds){KGLOB_FOLDER, KGLOB_LINK, KGLOB_FILE, KGLOB_FOLDER, KGLOB_FILE, KGLOB_LINK}));
+
+  CSearch file("a/file", &options);
+  EXPECT_EQ(file.next(), KGLOB_OK);
+  EXPECT_NE(kglob_get_facts(file, 0, &facts), 0);
+  EXPECT_EQ(facts.known, std::uint32_t{KGLOB_HAS_BYTES | KGLOB_HAS_TIME});
+  EXPECT_EQ(facts.bytes, 7U);
+  EXPECT_STREQ(facts.etag, "");
+}
+
 TEST_F(CInterface, ChecksItsArguments) {
   serve(Tree().addFile(".a").addFile("b"));
   struct Grown {
-    kglob_options known = {sizeof(Grown), "mem:///", 0, 1, 0};
+    kglob_options known = KGLOB_OPTIONS_INIT;
     std::size_t unknown = 0;
   } grown;
+  grown.known.size = sizeof grown;
+  grown.known.root_folder = "mem:///";
+  grown.known.include_dot_files = 1;
   auto const statusOf = [](char const* pattern, kglob_options const& options) {
     CSearch search(pattern, &options);
     return search.finish();
@@ -238,7 +273,7 @@ TEST_F(CInterface, ChecksItsArguments) {
   EXPECT_EQ(statusOf("*", grown.known), KGLOB_INVALID_ARGUMENT);
   grown.known.size = sizeof(kglob_options);
   EXPECT_EQ(statusOf("*", grown.known), KGLOB_OK);
-  grown.known.reserved = 1;
+  grown.known.facts = KGLOB_ALL_FACTS + 1;
   EXPECT_EQ(statusOf("*", grown.known), KGLOB_INVALID_ARGUMENT);
   grown.known.size = 0;
   EXPECT_EQ(statusOf("*", grown.known), KGLOB_INVALID_ARGUMENT);

@@ -3,7 +3,7 @@
 #include "foundation/storage/s3/credentials/json_credentials.hpp"
 #include "foundation/storage/s3/credentials/local_url.hpp"
 #include "foundation/storage/s3/credentials/sso_token.hpp"
-#include "foundation/storage/s3/credentials/timestamp.hpp"
+#include "foundation/storage/s3/timestamp.hpp"
 
 namespace foundation::storage::s3 {
 namespace {
@@ -24,7 +24,8 @@ TEST(S3CredentialsJson, MalformedTextsAreRefusedWithoutQuotingThem) {
   constexpr auto role = [](std::string const& text) { return written(*parseRoleCredentials(text).expiration); };
   constexpr auto token = [](std::string const& text) { return written(parseSsoToken(text).expiration); };
   constexpr auto renewal = [](std::string const& text) {
-    return written(parseSsoToken(renewedFile("{}", text, *parseTimestamp("1972-02-29T00:00:00Z"))).expiration);
+    return written(
+        parseSsoToken(renewedFile("{}", text, std::chrono::sys_days(std::chrono::year(1972) / 2 / 29))).expiration);
   };
   std::string const keys = R"("AccessKeyId": "hush", "SecretAccessKey": "hush")";
   std::string const roleKeys = R"("accessKeyId": "hush", "secretAccessKey": "hush", "sessionToken": "hush")";
@@ -61,12 +62,12 @@ TEST(S3CredentialsJson, MalformedTextsAreRefusedWithoutQuotingThem) {
   }
 }
 
-TEST(S3CredentialsTimestamp, IsoTimesOnly) {
-  std::pair<char const*, std::optional<int>> const cases[] = {
-      {"1970-01-01T00:01:40Z", 100},    {"1970-01-01T00:00:01.999Z", 1},    {"1970-01-01T02:30:00+02:30", 0},
-      {"1969-12-31T23:00:00-01:00", 0}, {"1972-02-29T00:00:00Z", 68169600}, {"1970-02-29T00:00:00Z", {}},
-      {"1970-01-01T24:00:00Z", {}},     {"1970-01-01 00:00:00Z", {}},       {"1970-01-01T00:00:00", {}},
-      {"1970-01-01T00:00:00Zx", {}},    {"1970-1-01T00:00:00Z", {}},        {"", {}},
+TEST(S3Timestamp, IsoTimesOnly) {
+  std::pair<char const*, std::optional<std::int64_t>> const cases[] = {
+      {"1970-01-01T00:01:40Z", 100000}, {"1970-01-01T00:00:01.999Z", 1999},    {"1970-01-01T02:30:00+02:30", 0},
+      {"1969-12-31T23:00:00-01:00", 0}, {"1972-02-29T00:00:00Z", 68169600000}, {"1970-02-29T00:00:00Z", {}},
+      {"1970-01-01T24:00:00Z", {}},     {"1970-01-01 00:00:00Z", {}},          {"1970-01-01T00:00:00", {}},
+      {"1970-01-01T00:00:00Zx", {}},    {"1970-1-01T00:00:00Z", {}},           {"", {}},
   };
   for (auto const& [text, expected] : cases) {
     auto const time = parseTimestamp(text);

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/storage/vfs/entry_facts.hpp"
+
 namespace foundation::storage::s3 {
 
 /// One page of a listing (ListObjectsV2), decoded.
@@ -13,6 +15,8 @@ struct ListPage {
   std::vector<std::string> commonPrefixes;
   bool truncated = false;         ///< whether more pages follow
   std::string continuationToken;  ///< what to request the next page with, if truncated
+  /// Of each of `keys`, if they were asked for.
+  std::vector<vfs::EntryFacts> facts = {};
 };
 
 /// A response that can't be a page of the requested listing. `what()` gives the reason in a few words.
@@ -22,9 +26,10 @@ class MalformedPage : public std::runtime_error {
 };
 
 /// Parses the XML of a page. Elements may come in any order; unknown ones are ignored. Keys and prefixes are decoded if
-/// the page says that they are encoded. Throws `MalformedPage` if the text isn't well-formed, isn't a page of a
+/// the page says that they are encoded. Facts that a page lacks, or that can't be understood, are left out of
+/// `ListPage::facts`. Throws `MalformedPage` if the text isn't well-formed, isn't a page of a
 /// listing, or doesn't say whether more pages follow.
-ListPage parseListPage(std::string_view body);
+ListPage parseListPage(std::string_view body, bool withFacts = false);
 
 /// Checks that the pages of one listing agree with the request and with each other: every name begins with the prefix;
 /// with a delimiter, no key continues past it and each common prefix ends with it; a page doesn't start before the end

@@ -43,19 +43,27 @@ bool anyKeyBelow(Client& client, std::string const& bucket, std::string const& p
   return true;
 }
 
-vfs::PathKind lookUpKind(Client& client, ObjectLocation const& target, vfs::AbsoluteIRI const& location) {
-  auto const folderOr = [&](vfs::PathKind otherwise) {
-    return anyKeyBelow(client, target.bucket, target.folderPrefix(), location) ? vfs::PathKind::isFolder : otherwise;
-  };
-  if (target.folderOnly || target.key.empty()) return folderOr(vfs::PathKind::notFound);
-
-  PageCheck check(target.key, true);
-  ListPage const page = firstNonEmptyPage(
-      client, {.bucket = target.bucket, .prefix = target.key, .delimited = true, .maximumKeys = lookUpPageSize}, check,
-      location);
-  if (contains(page.commonPrefixes, target.folderPrefix())) return vfs::PathKind::isFolder;
-  auto const otherwise = contains(page.keys, target.key) ? vfs::PathKind::isFile : vfs::PathKind::notFound;
-  return reachesPast(page, target.folderPrefix()) ? otherwise : folderOr(otherwise);
+// What exists at the location; the facts of an object only if they are asked for.
+std::optional<vfs::EntryFacts> lookUp(Client& client, ObjectLocation const& target, vfs::AbsoluteIRI const& location,
+                                      bool withFacts) {
+  vfs::EntryFacts const folder{.kind = vfs::EntryKind::folder};
+  std::optional<vfs::EntryFacts> object;
+  if (!target.folderOnly && !target.key.empty()) {
+    PageCheck check(target.key, true);
+    ListRequest const request{.bucket = target.bucket,
+                              .prefix = target.key,
+                              .delimited = true,
+                              .maximumKeys = lookUpPageSize,
+                              .withFacts = withFacts};
+    ListPage const page = firstNonEmptyPage(client, request, check, location);
+    if (contains(page.commonPrefixes, target.folderPrefix())) return folder;
+    auto const found = std::find(page.keys.begin(), page.keys.end(), target.key);
+    if (found != page.keys.end()) {
+      object = withFacts ? page.facts[static_cast<std::size_t>(found - page.keys.begin())] : vfs::EntryFacts();
+    }
+    if (reachesPast(page, target.folderPrefix())) return object;
+  }
+  return anyKeyBelow(client, target.bucket, target.folderPrefix(), location) ? folder : object;
 }
 
 }  // namespace
@@ -73,12 +81,22 @@ Client& S3Provider::client(vfs::AbsoluteIRI const& location) {
 }
 
 vfs::PathKind S3Provider::kind(vfs::AbsoluteIRI const& location) {
+  auto const found = find(location, false);
+  if (!found) return vfs::PathKind::notFound;
+  return found->kind == vfs::EntryKind::folder ? vfs::PathKind::isFolder : vfs::PathKind::isFile;
+}
+
+std::optional<vfs::EntryFacts> S3Provider::facts(vfs::AbsoluteIRI const& location) {
+  return find(location, true);
+}
+
+std::optional<vfs::EntryFacts> S3Provider::find(vfs::AbsoluteIRI const& location, bool withFacts) {
   ObjectLocation const target = objectLocationOf(location);
-  if (!target.canExist()) return vfs::PathKind::notFound;
+  if (!target.canExist()) return std::nullopt;
   try {
-    return lookUpKind(client(location), target, location);
+    return lookUp(client(location), target, location, withFacts);
   } catch (vfs::Exception const& error) {
-    if (error.getErrorCode() == static_cast<int>(vfs::ErrorCode::notFound)) return vfs::PathKind::notFound;
+    if (error.getErrorCode() == static_cast<int>(vfs::ErrorCode::notFound)) return std::nullopt;
     throw;
   }
 }
@@ -88,16 +106,21 @@ void S3Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefi
   bool found = target.canExist() && (target.key.empty() || !namePrefix.empty());
   if (target.canExist()) {
     std::string const folderPrefix = target.folderPrefix();
-    ListRequest request{
-        .bucket = target.bucket, .prefix = folderPrefix + validUtf8Prefix(namePrefix), .delimited = true};
+    ListRequest request{.bucket = target.bucket,
+                        .prefix = folderPrefix + validUtf8Prefix(namePrefix),
+                        .delimited = true,
+                        .withFacts = entries.wantsFacts()};
     PageCheck check(request.prefix, true);
     for (bool more = true; more;) {
       ListPage page = client(folder).list(request, check, folder);
       found = found || !page.keys.empty() || !page.commonPrefixes.empty();
-      auto const add = [&](std::string_view name, vfs::EntryKind kind) {
-        if (nameablePrefix(name) == name) entries.add(name, kind);
+      auto const add = [&](std::string_view name, auto const& kindOrFacts) {
+        if (nameablePrefix(name) == name) entries.add(name, kindOrFacts);
       };
-      for (std::string_view const key : page.keys) add(key.substr(folderPrefix.size()), vfs::EntryKind::file);
+      for (std::size_t i = 0; i < page.keys.size(); ++i) {
+        std::string_view const name = std::string_view(page.keys[i]).substr(folderPrefix.size());
+        request.withFacts ? add(name, page.facts[i]) : add(name, vfs::EntryKind::file);
+      }
       for (std::string_view prefix : page.commonPrefixes) {
         prefix.remove_prefix(folderPrefix.size());
         prefix.remove_suffix(1);
@@ -110,12 +133,14 @@ void S3Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefi
   if (!found) throw vfs::Exception(vfs::ErrorCode::notFound, folder, "no such folder");
 }
 
-vfs::SubtreePage S3Provider::subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after) {
+vfs::SubtreePage S3Provider::subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
+                                     bool withFacts) {
   vfs::SubtreePage result;
   ObjectLocation const target = objectLocationOf(folder);
   if (!target.canExist()) return result;
   std::string const folderPrefix = target.folderPrefix();
-  ListRequest request{.bucket = target.bucket, .prefix = folderPrefix + validUtf8Prefix(prefix)};
+  ListRequest request{
+      .bucket = target.bucket, .prefix = folderPrefix + validUtf8Prefix(prefix), .withFacts = withFacts};
   // Skips the folder's own marker, which isn't a path below it.
   request.startAfter = folderPrefix + validUtf8Prefix(after);
   PageCheck check(request.prefix, false, request.startAfter);
@@ -129,12 +154,13 @@ vfs::SubtreePage S3Provider::subtree(vfs::AbsoluteIRI const& folder, std::string
   if (!std::is_sorted(page.keys.begin(), page.keys.end()))
     throw vfs::Exception(vfs::ErrorCode::other, folder, "the store does not list keys in byte order");
   std::string_view reached = after;
-  for (std::string_view key : page.keys) {
-    key.remove_prefix(folderPrefix.size());
+  for (std::size_t i = 0; i < page.keys.size(); ++i) {
+    std::string_view const key = std::string_view(page.keys[i]).substr(folderPrefix.size());
     // For a key that no path can name, the deepest folder above it that one can, unless a path in it came before.
     std::string_view const path = nameablePrefix(key);
     if (path <= reached || !path.starts_with(prefix)) continue;
     result.paths.emplace_back(path);
+    if (withFacts) result.facts.push_back(page.facts[i]);
     reached = path;
   }
   result.last = !page.truncated;

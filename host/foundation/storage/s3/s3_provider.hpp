@@ -28,6 +28,9 @@ class S3Provider final : public vfs::Provider {
   /// store returns empty pages first. None for a key that no store can have.
   vfs::PathKind kind(vfs::AbsoluteIRI const& location) override;
 
+  /// Requests as for `kind`. A folder has no facts but its kind.
+  std::optional<vfs::EntryFacts> facts(vfs::AbsoluteIRI const& location) override;
+
   /// One request for each 1,000 entries whose names begin with `namePrefix`. If there are none and the prefix isn't
   /// empty, nothing shows whether the folder exists: the list is then empty.
   void list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) override;
@@ -35,10 +38,12 @@ class S3Provider final : public vfs::Provider {
   bool servesSubtrees() const noexcept override { return true; }
 
   /// One request for 1,000 keys.
-  vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after) override;
+  vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
+                           bool withFacts) override;
 
  private:
   Client& client(vfs::AbsoluteIRI const& location);
+  std::optional<vfs::EntryFacts> find(vfs::AbsoluteIRI const& location, bool withFacts);
 
   MakeClient makeClient_;
   core::threads::Mutex mutex_;

@@ -1,7 +1,7 @@
 #include "foundation/storage/s3/service_endpoint.hpp"
 
 #include "foundation/core/text/ascii.hpp"
-#include "foundation/storage/s3/configuration_error.hpp"
+#include "foundation/storage/s3/configuration.hpp"
 #include "foundation/storage/s3/url.hpp"
 
 namespace foundation::storage::s3 {
@@ -15,7 +15,11 @@ std::string configuredEndpoint(Environment const& environment, Profiles const& p
   if (std::string const services = profile.setting("services"); text.empty() && !services.empty())
     text = profiles.sectionSetting("services " + services, service + ".endpoint_url");
   if (text.empty()) text = profile.setting("endpoint_url");
-  if (text.empty()) return text;
+  return checkedEndpoint(text);
+}
+
+std::string checkedEndpoint(std::string const& text) {
+  if (text.empty()) return {};
   auto endpoint = normalizedEndpoint(text);
   // The message doesn't repeat the text, since it may contain a password.
   if (!endpoint)
@@ -25,14 +29,13 @@ std::string configuredEndpoint(Environment const& environment, Profiles const& p
 }
 
 std::string serviceHost(std::string const& service, std::string const& region) {
-  return service + '.' + region + (region.starts_with("cn-") ? ".amazonaws.com.cn" : ".amazonaws.com");
+  return service + '.' + region + '.' + std::string(domainOf(region));
 }
 
 std::string checkedRegion(std::string region) {
-  for (char const c : region)
-    if (!(c == '-' || core::text::isDigit(c) || core::text::isLetter(c)))
-      throw ConfigurationError("the region \"" + region +
-                               "\" is invalid: use letters, digits and \"-\" only (see AWS_REGION)");
+  if (!isRegion(region))
+    throw ConfigurationError("the region \"" + region +
+                             "\" is invalid: use letters, digits and \"-\" only (see AWS_REGION)");
   return region;
 }
 

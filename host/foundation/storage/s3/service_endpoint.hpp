@@ -12,6 +12,9 @@ namespace foundation::storage::s3 {
 std::string configuredEndpoint(Environment const& environment, Profiles const& profiles, Profile const& profile,
                                std::string const& service);
 
+/// The endpoint in that form; empty for an empty text. Throws `ConfigurationError` for an invalid one.
+std::string checkedEndpoint(std::string const& text);
+
 /// The host name of a service in a region, such as "sts.eu-west-1.amazonaws.com".
 std::string serviceHost(std::string const& service, std::string const& region);
 

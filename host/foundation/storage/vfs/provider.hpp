@@ -8,6 +8,7 @@
 
 #include "foundation/core/host_export.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
+#include "foundation/storage/vfs/entry_facts.hpp"
 #include "foundation/storage/vfs/entry_sink.hpp"
 #include "foundation/storage/vfs/path_kind.hpp"
 
@@ -30,6 +31,8 @@ struct SubtreePage {
   /// What the next page begins after, if that isn't the last of `paths`: a page may end with keys that no path can
   /// name. Empty for the last of `paths`.
   std::string position;
+  /// Of each of `paths`, if they were asked for.
+  std::vector<EntryFacts> facts{};
 };
 
 /// Serves the IRIs of one scheme: says what exists at a location and which entries a folder has. Think of it as remote:
@@ -66,15 +69,20 @@ class KORVAN_HOST_EXPORT Provider {
   /// is the default. One request. Throws if the folder doesn't exist.
   virtual std::optional<FolderIdentity> identity(AbsoluteIRI const& folder);
 
+  /// What storage says about the entry at the location, links not followed; nothing if there is none. At most two
+  /// requests. By default only the kind, as `kind` finds it out: for storage without links.
+  virtual std::optional<EntryFacts> facts(AbsoluteIRI const& location);
+
   /// Whether this is a store of flat keys: `subtree` is served, and `list` reads only what begins with its prefix. By
   /// default not.
   virtual bool servesSubtrees() const noexcept;
 
   /// The page of everything below the folder whose path below it begins with the bytes `prefix` and is greater than
   /// `after` (from the beginning if that is empty). One request. For a folder with nothing below it, and for a location
-  /// where nothing exists, the page is empty and the last one. Throws `Exception` with code `other` if this isn't
-  /// served.
-  virtual SubtreePage subtree(AbsoluteIRI const& folder, std::string_view prefix, std::string_view after);
+  /// where nothing exists, the page is empty and the last one. The facts of its paths only if they are asked for.
+  /// Throws `Exception` with code `other` if this isn't served.
+  virtual SubtreePage subtree(AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
+                              bool withFacts);
 };
 
 }  // namespace foundation::storage::vfs

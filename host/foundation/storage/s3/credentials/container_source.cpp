@@ -4,14 +4,13 @@
 
 #include "foundation/storage/s3/credentials/json_credentials.hpp"
 #include "foundation/storage/s3/credentials/local_url.hpp"
-#include "foundation/storage/s3/credentials/service_call.hpp"
 #include "foundation/storage/s3/credentials/token_file.hpp"
 
 namespace foundation::storage::s3 {
 namespace {
 
 constexpr char serviceUrl[] = "http://169.254.170.2";
-constexpr ServicePolicy policy{std::chrono::milliseconds(2000), std::chrono::milliseconds(10000), 3};
+constexpr ServicePolicy policy{std::chrono::seconds(2), std::chrono::seconds(10), 3};
 
 // Plain HTTP would show the credentials to a network, but not within the machine.
 std::string checkedUrl(std::string url) {
@@ -26,11 +25,11 @@ std::string checkedUrl(std::string url) {
 
 }  // namespace
 
-ContainerSource::ContainerSource(Environment const& environment, FileReader files, std::string caBundle)
+ContainerSource::ContainerSource(Environment const& environment, FileReader files, ServiceAccess access)
     : tokenFile_(environment("AWS_CONTAINER_AUTHORIZATION_TOKEN_FILE")),
       token_(environment("AWS_CONTAINER_AUTHORIZATION_TOKEN")),
       files_(std::move(files)),
-      caBundle_(std::move(caBundle)) {
+      access_(std::move(access)) {
   std::string const path = environment("AWS_CONTAINER_CREDENTIALS_RELATIVE_URI");
   if (!path.empty() && path.front() != '/')
     throw ConfigurationError("AWS_CONTAINER_CREDENTIALS_RELATIVE_URI doesn't begin with \"/\"");
@@ -44,10 +43,10 @@ bool ContainerSource::isConfigured(Environment const& environment) {
 
 std::optional<Credentials> ContainerSource::fetch() {
   std::string const token = tokenFile_.empty() ? token_ : readToken(files_, tokenFile_);
-  HttpRequest request{.url = url_, .viaProxy = false};
+  HttpRequest request{.url = url_, .direct = true};
   requireNoControl(token, "the authorization token");
   if (!token.empty()) request.headers.push_back("Authorization: " + token);
-  return parseServiceCredentials(successBody(callService(request, caBundle_, policy), {token}));
+  return parseServiceCredentials(successBody(callService(request, access_, policy), access_, {token}));
 }
 
 }  // namespace foundation::storage::s3

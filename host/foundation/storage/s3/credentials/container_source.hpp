@@ -3,6 +3,7 @@
 #include <string>
 
 #include "foundation/storage/s3/credentials/credentials_source.hpp"
+#include "foundation/storage/s3/credentials/service_call.hpp"
 #include "foundation/storage/s3/profiles.hpp"
 
 namespace foundation::storage::s3 {
@@ -14,7 +15,7 @@ class ContainerSource final : public CredentialsSource {
   /// AWS_CONTAINER_CREDENTIALS_FULL_URI; with the token in the file AWS_CONTAINER_AUTHORIZATION_TOKEN_FILE, which each
   /// fetch reads again, or else AWS_CONTAINER_AUTHORIZATION_TOKEN. Throws `ConfigurationError` for a URI over plain HTTP
   /// to any host but a loopback or link-local one.
-  ContainerSource(Environment const& environment, FileReader files, std::string caBundle);
+  ContainerSource(Environment const& environment, FileReader files, ServiceAccess access);
 
   /// Whether one of the two URIs is set.
   static bool isConfigured(Environment const& environment);
@@ -27,7 +28,7 @@ class ContainerSource final : public CredentialsSource {
   std::string tokenFile_;
   std::string token_;
   FileReader files_;
-  std::string caBundle_;
+  ServiceAccess access_;
 };
 
 }  // namespace foundation::storage::s3

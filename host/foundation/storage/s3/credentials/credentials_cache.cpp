@@ -73,17 +73,22 @@ void CredentialsCache::finish(Time began, std::optional<Credentials> fetched, st
   if (!failure_.empty()) {
     renewAt_ = now + std::clamp(2 * (now - began), shortestPause, longestPause);
   } else if (!fetched) {
-    credentials_ = nullptr;
     validUntil_ = renewAt_ = now + absenceTime;
+    replace(std::nullopt);
   } else if (!fetched->expiration) {
     validUntil_ = renewAt_ = Time::max();
-    credentials_ = std::make_shared<Credentials const>(*std::move(fetched));
+    replace(std::move(fetched));
   } else {
     validUntil_ = *fetched->expiration;
     renewAt_ = validUntil_ - std::min<Time::duration>(renewalWindow, (validUntil_ - now) / 2);
-    credentials_ = std::make_shared<Credentials const>(*std::move(fetched));
+    replace(std::move(fetched));
   }
   fetchEnded_.notify_all();
+}
+
+void CredentialsCache::replace(std::optional<Credentials> fetched) {
+  previous_ = std::move(credentials_);
+  credentials_ = fetched ? std::make_shared<Credentials const>(*std::move(fetched)) : nullptr;
 }
 
 void CredentialsCache::abandon() {
@@ -95,6 +100,14 @@ void CredentialsCache::abandon() {
 std::shared_ptr<Credentials const> CredentialsCache::latest() const {
   core::threads::MutexLock const lock(mutex_);
   return credentials_;
+}
+
+std::vector<std::string> CredentialsCache::secrets() const {
+  core::threads::MutexLock const lock(mutex_);
+  std::vector<std::string> secrets;
+  for (auto const& each : {credentials_, previous_})
+    if (each) secrets.insert(secrets.end(), {each->secret, each->sessionToken});
+  return secrets;
 }
 
 bool CredentialsCache::reject(std::shared_ptr<Credentials const> const& credentials) {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "foundation/core/threads/mutex.hpp"
 #include "foundation/storage/s3/credentials/credentials_source.hpp"
@@ -34,6 +35,9 @@ class CredentialsCache {
   /// The credentials that were fetched last, without fetching any; null if there are none.
   std::shared_ptr<Credentials const> latest() const;
 
+  /// The secrets of the credentials that were fetched last and of those before, which requests may still be signed with.
+  std::vector<std::string> secrets() const;
+
   /// Notes that the store takes these credentials for expired. Returns whether `current` may now give others.
   bool reject(std::shared_ptr<Credentials const> const& credentials);
 
@@ -43,6 +47,7 @@ class CredentialsCache {
   std::optional<std::shared_ptr<Credentials const>> presentOrBegin();
   void finish(Time began, std::optional<Credentials> fetched, std::string failure);
   void abandon();
+  void replace(std::optional<Credentials> fetched) KORVAN_REQUIRES(mutex_);
 
   std::unique_ptr<CredentialsSource> const source_;  // used by the thread that has set fetching_
   std::function<Time()> const now_;
@@ -51,6 +56,7 @@ class CredentialsCache {
   std::condition_variable fetchEnded_;
   bool fetching_ KORVAN_GUARDED_BY(mutex_) = false;
   std::shared_ptr<Credentials const> credentials_ KORVAN_GUARDED_BY(mutex_);
+  std::shared_ptr<Credentials const> previous_ KORVAN_GUARDED_BY(mutex_);
   // Up to when the credentials, or their absence, are valid, and when it is time to fetch others.
   Time validUntil_ KORVAN_GUARDED_BY(mutex_) = Time::min();
   Time renewAt_ KORVAN_GUARDED_BY(mutex_) = Time::min();

@@ -11,7 +11,7 @@
 namespace foundation::storage::s3 {
 namespace {
 
-constexpr ServicePolicy policy{std::chrono::milliseconds(1000), std::chrono::milliseconds(1000), 1};
+constexpr ServicePolicy policy{std::chrono::seconds(1), std::chrono::seconds(1), 1};
 constexpr std::chrono::minutes extension(10);
 constexpr char rolesPath[] = "/latest/meta-data/iam/security-credentials/";
 
@@ -44,19 +44,19 @@ bool InstanceSource::isEnabled(Environment const& environment) {
 std::optional<Credentials> InstanceSource::fetch() {
   RequestOutcome const opened = ask("/latest/api/token", "PUT", "X-aws-ec2-metadata-token-ttl-seconds: 21600");
   if (isAbsence(opened)) return std::nullopt;
-  std::string const token = successBody(opened, {});
+  std::string const token = successBody(opened, {}, {});
   requireNoControl(token, "the metadata service's token");
   std::string const authorization = "X-aws-ec2-metadata-token: " + token;
 
   RequestOutcome const roles = ask(rolesPath, "GET", authorization);
   auto const* const answer = std::get_if<Response>(&roles.last);
   if (answer != nullptr && answer->status == 404) return std::nullopt;  // a machine without a role
-  std::string role = successBody(roles, {token});
+  std::string role = successBody(roles, {}, {token});
   role.erase(std::min(role.find_first_of("\r\n"), role.size()));
   if (role.empty()) return std::nullopt;
 
   Credentials credentials =
-      parseServiceCredentials(successBody(ask(rolesPath + percentEncode(role), "GET", authorization), {token}));
+      parseServiceCredentials(successBody(ask(rolesPath + percentEncode(role), "GET", authorization), {}, {token}));
   // During an outage the service repeats credentials past their expiration, which stores then still accept.
   auto const now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
   if (credentials.expiration && *credentials.expiration <= now) credentials.expiration = now + extension;
@@ -64,7 +64,7 @@ std::optional<Credentials> InstanceSource::fetch() {
 }
 
 RequestOutcome InstanceSource::ask(std::string const& path, std::string const& method, std::string header) const {
-  return callService({.method = method, .url = endpoint_ + path, .headers = {std::move(header)}, .viaProxy = false}, {},
+  return callService({.method = method, .url = endpoint_ + path, .headers = {std::move(header)}, .direct = true}, {},
                      policy);
 }
 

@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "foundation/storage/s3/credentials/credentials.hpp"
-#include "foundation/storage/s3/credentials/timestamp.hpp"
+#include "foundation/storage/s3/timestamp.hpp"
 
 namespace foundation::storage::s3 {
 namespace {
@@ -38,7 +38,7 @@ std::optional<std::chrono::sys_seconds> timeIn(nlohmann::json const& object, cha
   if (value.empty()) return std::nullopt;
   auto const time = parseTimestamp(value);
   if (!time) fail(name, "isn't a time in ISO 8601 form");
-  return time;
+  return std::chrono::floor<std::chrono::seconds>(*time);
 }
 
 std::uint64_t numberIn(nlohmann::json const& object, char const* name) {

@@ -1,43 +1,42 @@
 #include "foundation/storage/s3/credentials/service_call.hpp"
 
 #include <algorithm>
-
-#include "foundation/storage/s3/curl_transport.hpp"
+#include <utility>
 
 namespace foundation::storage::s3 {
 namespace {
 
-/// Sends the same request, whatever the URL.
+/// Sends one and the same request.
 class OneRequest final : public Transport {
  public:
-  OneRequest(HttpRequest const& request, std::string const& caBundle, std::chrono::milliseconds attemptTime)
-      : request_(request), caBundle_(caBundle), attemptTime_(attemptTime) {}
+  OneRequest(HttpRequest request, std::string caBundle)
+      : request_(std::move(request)), options_{.caBundle = std::move(caBundle)} {}
 
-  AttemptOutcome get(std::string const&, std::chrono::milliseconds timeout) override {
-    return sendRequest(request_, caBundle_, std::min(timeout, attemptTime_));
-  }
+  AttemptOutcome get(StoreRequest const&) override { return sendRequest(request_, options_); }
 
  private:
-  HttpRequest const& request_;
-  std::string const& caBundle_;
-  std::chrono::milliseconds attemptTime_;
+  HttpRequest request_;
+  ConnectionOptions options_;
 };
 
 }  // namespace
 
-RequestOutcome callService(HttpRequest const& request, std::string const& caBundle, ServicePolicy const& policy) {
-  OneRequest transport(request, caBundle, policy.attemptTime);
+RequestOutcome callService(HttpRequest request, ServiceAccess const& access, ServicePolicy const& policy) {
+  request.timeout = policy.attemptTime;
+  OneRequest transport(std::move(request), access.caBundle);
   RetryPolicy retries;
   retries.maximumAttempts = policy.maximumAttempts;
   retries.totalTime = policy.totalTime;
   retries.unreachableTime = std::min(retries.unreachableTime, policy.totalTime);
-  return getWithRetries(transport, systemClock(), retries, request.url);
+  return getWithRetries(transport, systemClock(), retries, {},
+                        [](Response const&) { return std::optional<std::string>(); });
 }
 
-std::string const& successBody(RequestOutcome const& outcome, Secrets const& secrets) {
+std::string successBody(RequestOutcome const& outcome, ServiceAccess const& access, Secrets secrets) {
   auto const* const response = std::get_if<Response>(&outcome.last);
-  if (response == nullptr || response->status != 200) throw CredentialsError(failureReason(outcome, secrets));
-  return response->body;
+  if (response != nullptr && response->status == 200) return response->body;
+  addUserInformation(secrets, access.proxies);
+  throw CredentialsError(failureReason(outcome, secrets));
 }
 
 }  // namespace foundation::storage::s3

@@ -45,9 +45,9 @@ class Choice {
   Choice(CredentialsContext const& context, Profile const& active) : context_(context), active_(active) {}
 
   Source choose() const {
-    if (Source source = environment()) return source;
+    if (Source source = context_.profileIsExplicit ? nullptr : environment()) return source;
     if (assumesRole(active_)) return role(active_, {});
-    if (Source source = environmentWebIdentity()) return source;
+    if (Source source = context_.profileIsExplicit ? nullptr : environmentWebIdentity()) return source;
     if (Source source = profileSource(active_)) return source;
     if (!active_.setting("login_session").empty())
       throw ConfigurationError(quotedName(active_) + " sets login_session, which isn't supported");
@@ -63,7 +63,7 @@ class Choice {
 
   Source container() const {
     if (!ContainerSource::isConfigured(context_.environment)) return nullptr;
-    return std::make_unique<ContainerSource>(context_.environment, context_.files, context_.caBundle);
+    return std::make_unique<ContainerSource>(context_.environment, context_.files, context_.access);
   }
 
   Source instance() const {
@@ -170,7 +170,7 @@ class Choice {
                                  .account = required(profile, "sso_account_id", because),
                                  .role = required(profile, "sso_role_name", because),
                                  .home = context_.environment("HOME"),
-                                 .caBundle = context_.caBundle};
+                                 .access = context_.access};
     if (session.empty()) settings.session = required(profile, "sso_start_url", because);
     std::string const region =
         checkedRegion(session.empty() ? required(profile, "sso_region", because)
@@ -184,7 +184,7 @@ class Choice {
   }
 
   TokenService tokenService() const {
-    return {endpoint("sts", "sts", context_.region) + '/', context_.region, context_.caBundle};
+    return {endpoint("sts", "sts", context_.region) + '/', context_.region, context_.access};
   }
 
   std::string endpoint(std::string const& service, std::string const& host, std::string const& region) const {

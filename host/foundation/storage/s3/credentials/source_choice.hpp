@@ -4,6 +4,7 @@
 #include <string>
 
 #include "foundation/storage/s3/credentials/credentials_cache.hpp"
+#include "foundation/storage/s3/credentials/service_call.hpp"
 #include "foundation/storage/s3/profiles.hpp"
 
 namespace foundation::storage::s3 {
@@ -13,8 +14,9 @@ struct CredentialsContext {
   Environment const& environment;
   FileReader const& files;
   Profiles const& profiles;
+  bool profileIsExplicit;  ///< the host has set the profile: keys and web identity in the environment don't count
   std::string region;
-  std::string caBundle;  ///< for requests: a file of certificates to trust; empty for the system's
+  ServiceAccess access;
 };
 
 /// The credentials of the first of these sources that is configured; null if none is:

@@ -11,7 +11,6 @@
 #include <unistd.h>
 
 #include "foundation/storage/s3/credentials/json_credentials.hpp"
-#include "foundation/storage/s3/credentials/service_call.hpp"
 #include "foundation/storage/s3/url.hpp"
 
 namespace foundation::storage::s3 {
@@ -54,7 +53,7 @@ std::optional<Credentials> SsoSource::fetch() {
   HttpRequest const request{.url = settings_.portalUrl + "/federation/credentials?" +
                                    canonicalQuery({{"account_id", settings_.account}, {"role_name", settings_.role}}),
                             .headers = {"x-amz-sso_bearer_token: " + token}};
-  return parseRoleCredentials(successBody(callService(request, settings_.caBundle), {token}));
+  return parseRoleCredentials(successBody(callService(request, settings_.access), settings_.access, {token}));
 }
 
 std::string SsoSource::accessToken() {
@@ -87,8 +86,8 @@ std::string SsoSource::renewed(std::string const& file, SsoToken const& token) c
                             .headers = {"Content-Type: application/json"},
                             .body = renewalBody(token)};
   Secrets const secrets{token.accessToken, token.refreshToken, token.clientSecret};
-  RequestOutcome const outcome = callService(request, settings_.caBundle);
-  return renewedFile(file, successBody(outcome, secrets),
+  RequestOutcome const outcome = callService(request, settings_.access);
+  return renewedFile(file, successBody(outcome, settings_.access, secrets),
                      std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()));
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "foundation/storage/s3/credentials/credentials_source.hpp"
+#include "foundation/storage/s3/credentials/service_call.hpp"
 #include "foundation/storage/s3/credentials/sso_token.hpp"
 #include "foundation/storage/s3/profiles.hpp"
 
@@ -21,7 +22,7 @@ class SsoSource final : public CredentialsSource {
     std::string portalUrl = {};  ///< without a final "/", as the next one
     std::string tokenUrl = {};   ///< where tokens are renewed
     std::string home = {};       ///< the folder with ".aws/sso/cache"
-    std::string caBundle = {};
+    ServiceAccess access = {};
   };
 
   SsoSource(Settings settings, FileReader files);

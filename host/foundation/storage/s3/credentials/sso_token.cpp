@@ -1,14 +1,31 @@
 #include "foundation/storage/s3/credentials/sso_token.hpp"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 
 #include <nlohmann/json.hpp>
 
 #include "foundation/storage/s3/credentials/credentials.hpp"
 #include "foundation/storage/s3/credentials/json_object.hpp"
-#include "foundation/storage/s3/credentials/timestamp.hpp"
 
 namespace foundation::storage::s3 {
+namespace {
+
+// "2030-01-31T23:59:59Z"
+std::string writtenTimestamp(std::chrono::sys_seconds time) {
+  auto const day = std::chrono::floor<std::chrono::days>(time);
+  std::chrono::year_month_day const date(day);
+  std::chrono::hh_mm_ss const clock(time - day);
+  std::array<char, 64> text{};
+  (void)std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(date.year()),
+                      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                      static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                      static_cast<int>(clock.seconds().count()));
+  return text.data();
+}
+
+}  // namespace
 
 SsoToken parseSsoToken(std::string const& file) {
   nlohmann::json const object = parseObject(file);

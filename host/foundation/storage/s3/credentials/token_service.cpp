@@ -5,8 +5,7 @@
 
 #include <pugixml.hpp>
 
-#include "foundation/storage/s3/credentials/service_call.hpp"
-#include "foundation/storage/s3/credentials/timestamp.hpp"
+#include "foundation/storage/s3/timestamp.hpp"
 
 namespace foundation::storage::s3 {
 namespace {
@@ -22,10 +21,11 @@ Credentials parseResponse(std::string const& body, std::string const& action) {
   pugi::xml_node const node =
       document.child((action + "Response").c_str()).child((action + "Result").c_str()).child("Credentials");
   Credentials credentials{node.child_value("AccessKeyId"), node.child_value("SecretAccessKey"),
-                          node.child_value("SessionToken"), parseTimestamp(node.child_value("Expiration"))};
-  if (credentials.accessKey.empty() || credentials.secret.empty() || credentials.sessionToken.empty() ||
-      !credentials.expiration)
+                          node.child_value("SessionToken")};
+  auto const expiration = parseTimestamp(node.child_value("Expiration"));
+  if (credentials.accessKey.empty() || credentials.secret.empty() || credentials.sessionToken.empty() || !expiration)
     throw CredentialsError("the token service's response has no complete credentials");
+  credentials.expiration = std::chrono::floor<std::chrono::seconds>(*expiration);
   return credentials;
 }
 
@@ -38,14 +38,12 @@ Credentials callTokenService(TokenService const& service, Role const& role, std:
                      {"Version", "2011-06-15"},
                      {"RoleArn", role.arn},
                      {"RoleSessionName", role.sessionName.empty() ? defaultSessionName() : role.sessionName}});
-  HttpRequest const request{.method = "POST",
-                            .url = service.url,
-                            .body = canonicalQuery(std::move(parameters)),
-                            .credentials = credentials,
-                            .region = service.region,
-                            .service = "sts"};
-  if (credentials != nullptr) secrets.insert(secrets.end(), {credentials->secret, credentials->sessionToken});
-  return parseResponse(successBody(callService(request, service.caBundle), secrets), action);
+  HttpRequest request{.method = "POST", .url = service.url, .body = canonicalQuery(std::move(parameters))};
+  if (credentials != nullptr) {
+    request.signature = Signature{*credentials, service.region, "sts"};
+    secrets.insert(secrets.end(), {credentials->secret, credentials->sessionToken});
+  }
+  return parseResponse(successBody(callService(request, service.access), service.access, std::move(secrets)), action);
 }
 
 }  // namespace foundation::storage::s3

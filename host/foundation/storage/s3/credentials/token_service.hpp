@@ -3,7 +3,7 @@
 #include <string>
 
 #include "foundation/storage/s3/credentials/credentials.hpp"
-#include "foundation/storage/s3/error_mapping.hpp"
+#include "foundation/storage/s3/credentials/service_call.hpp"
 #include "foundation/storage/s3/url.hpp"
 
 namespace foundation::storage::s3 {
@@ -11,8 +11,8 @@ namespace foundation::storage::s3 {
 /// The service that issues temporary credentials for a role.
 struct TokenService {
   std::string url = {};
-  std::string region = {};    ///< for signatures
-  std::string caBundle = {};  ///< a file of certificates to trust; empty for the system's
+  std::string region = {};  ///< for signatures
+  ServiceAccess access = {};
 };
 
 /// The role that a profile or the environment names.

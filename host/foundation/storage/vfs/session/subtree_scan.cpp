@@ -5,6 +5,7 @@
 
 #include "foundation/core/text/bytes.hpp"
 #include "foundation/storage/vfs/detail/iri_text.hpp"
+#include "foundation/storage/vfs/detail/location_key.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
 
 namespace foundation::storage::vfs {
@@ -13,40 +14,26 @@ namespace {
 // Bounds the back-off to about a thousand lookups.
 constexpr std::size_t maximumUnhelpfulPages = 10;
 
-std::u16string_view withoutFinalSeparator(std::u16string_view text) {
-  if (!text.empty() && text.back() == u'/') text.remove_suffix(1);
-  return text;
-}
-
-// The written form of what leads from `root` to `location`, without a "/" at either end; empty for the root itself.
-// False when the location isn't below it.
-bool writtenBelow(AbsoluteIRI const& root, AbsoluteIRI const& location, std::u16string_view& below) {
-  std::u16string_view const base = withoutFinalSeparator(root.toString());
-  below = withoutFinalSeparator(location.toString());
-  if (!below.starts_with(base)) return false;
-  below.remove_prefix(base.size());
-  if (below.empty()) return true;
-  if (below.front() != u'/') return false;
-  below.remove_prefix(1);
-  return true;
-}
+// U+10FFFF: no character sorts after it.
+constexpr std::string_view greatestCharacter = "\xF4\x8F\xBF\xBF";
 
 }  // namespace
 
-SubtreeScan::SubtreeScan(AbsoluteIRI root, std::string prefix) : root_(std::move(root)), prefix_(std::move(prefix)) {}
+SubtreeScan::SubtreeScan(AbsoluteIRI root, std::string prefix, Visibility const& visibility)
+    : root_(std::move(root)), prefix_(std::move(prefix)), visibility_(visibility) {}
 
 bool SubtreeScan::reaches(AbsoluteIRI const& location, std::string_view prefix) const {
-  std::u16string_view below;
-  if (!writtenBelow(root_, location, below)) return false;
-  if (below.empty()) return prefix == prefix_;
+  auto const below = writtenBelow(root_, location);
+  if (!below) return false;
+  if (below->empty()) return prefix == prefix_;
   return pathBelowRoot(location).starts_with(prefix_);
 }
 
 std::string SubtreeScan::pathBelowRoot(AbsoluteIRI const& folder) const {
-  std::u16string_view below;
+  auto const below = writtenBelow(root_, folder);
   std::string path;
-  if (writtenBelow(root_, folder, below) && !below.empty()) {
-    iri_text::appendDecodedBytes(path, below);
+  if (below && !below->empty()) {
+    iri_text::appendDecodedBytes(path, *below);
     path.push_back('/');
   }
   return path;
@@ -64,11 +51,14 @@ void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, AddToCa
     helped = helped || pathBelowRoot(snapshot->location) == wanted;
     addToCache(std::move(snapshot));
   };
-  for (std::string const& path : page.paths) add(path, note);
+  for (std::size_t i = 0; i < page.paths.size(); ++i) {
+    add(page.paths[i], page.facts.empty() ? nullptr : &page.facts[i], note);
+  }
   if (!page.position.empty())
     position_ = page.position;
   else if (!page.paths.empty())
     position_ = page.paths.back();
+  skipHidden();
   if (page.last) {
     closeUntil({}, note);
     open_.clear();
@@ -81,7 +71,7 @@ void SubtreeScan::advance(Provider& provider, AbsoluteIRI const& folder, AddToCa
 // A failure concerns the folder that the page was read for, not the whole root.
 SubtreePage SubtreeScan::pageFor(Provider& provider, AbsoluteIRI const& folder) const {
   try {
-    return provider.subtree(root_, prefix_, position_);
+    return provider.subtree(root_, prefix_, position_, visibility_.collectsFacts());
   } catch (Exception const& failure) {
     throw Exception(static_cast<ErrorCode>(failure.getErrorCode()), folder, failure.reason());
   }
@@ -113,15 +103,31 @@ void SubtreeScan::open(std::string path, bool complete, bool exists) {
   open_.push_back({std::move(path), std::move(snapshot), exists});
 }
 
-void SubtreeScan::add(std::string_view path, AddToCache const& addToCache) {
+// Continues after everything that is in the same folder, if that is left out.
+void SubtreeScan::skipHidden() {
+  auto const hidden = visibility_.hiddenPart(root_, position_);
+  if (!hidden || position_[hidden->end - 1] != '/') return;
+  position_.resize(hidden->end);
+  position_ += greatestCharacter;
+}
+
+// Of a hidden path, what is above the hidden part is shown: it is a folder.
+void SubtreeScan::add(std::string_view path, EntryFacts const* facts, AddToCache const& addToCache) {
   closeUntil(path, addToCache);
+  if (auto const hidden = visibility_.hiddenPart(root_, path)) path = path.substr(0, hidden->begin);
   open_.back().exists = true;
   for (std::size_t start = open_.back().path.size(); start < path.size();) {
     std::size_t const end = path.find('/', start);
     std::string_view const name = path.substr(start, end == std::string_view::npos ? end : end - start);
     bool const isFolder = end != std::string_view::npos;
     if (FolderSnapshot* const snapshot = open_.back().snapshot.get()) {
-      snapshot->entries.add(name, isFolder ? EntryKind::folder : EntryKind::file);
+      if (isFolder) {
+        snapshot->entries.add(name, EntryKind::folder);
+      } else if (facts == nullptr) {
+        snapshot->entries.add(name, EntryKind::file);
+      } else {
+        snapshot->entries.add(name, *facts);
+      }
     }
     if (!isFolder) return;
     open(std::string(path.substr(0, end + 1)), true, true);

@@ -19,8 +19,9 @@ class SubtreeScan {
  public:
   using AddToCache = std::function<void(std::shared_ptr<FolderSnapshot>)>;
 
-  /// A scan of what exists below `root` and begins with `prefix`. Makes no request.
-  SubtreeScan(AbsoluteIRI root, std::string prefix);
+  /// A scan of what exists below `root`, begins with `prefix` and isn't hidden by `visibility`, which must outlive the
+  /// scan. Makes no request.
+  SubtreeScan(AbsoluteIRI root, std::string prefix, Visibility const& visibility);
 
   /// Whether the location is a folder below the root that the scan can reach (or the root, for the same prefix).
   bool reaches(AbsoluteIRI const& location, std::string_view prefix) const;
@@ -46,11 +47,13 @@ class SubtreeScan {
   std::string pathBelowRoot(AbsoluteIRI const& folder) const;
   void beginAt(std::string const& path);
   void open(std::string path, bool complete, bool exists);
-  void add(std::string_view path, AddToCache const& addToCache);
+  void add(std::string_view path, EntryFacts const* facts, AddToCache const& addToCache);
+  void skipHidden();
   void closeUntil(std::string_view path, AddToCache const& addToCache);
 
   AbsoluteIRI root_;
   std::string prefix_;
+  Visibility const& visibility_;
   std::string position_;  // the last path read; the next page begins after it
   std::vector<OpenFolder> open_;
   bool intact_ = true;  // whether the last page was processed to its end; otherwise open folders may lack keys

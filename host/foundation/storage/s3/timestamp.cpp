@@ -1,7 +1,4 @@
-#include "foundation/storage/s3/credentials/timestamp.hpp"
-
-#include <array>
-#include <cstdio>
+#include "foundation/storage/s3/timestamp.hpp"
 
 #include "foundation/core/text/ascii.hpp"
 
@@ -34,8 +31,14 @@ class Scanner {
 
   void require(std::string_view expected) { failed_ = !take(expected) || failed_; }
 
-  void skipDigits() {
-    while (!rest_.empty() && core::text::isDigit(rest_.front())) rest_.remove_prefix(1);
+  /// The first three of the digits that come next, as thousandths.
+  int fraction() {
+    int value = 0;
+    for (int unit = 100; !rest_.empty() && core::text::isDigit(rest_.front()); unit /= 10) {
+      value += unit * (rest_.front() - '0');
+      rest_.remove_prefix(1);
+    }
+    return value;
   }
 
   bool succeeded() const noexcept { return !failed_ && rest_.empty(); }
@@ -47,7 +50,7 @@ class Scanner {
 
 }  // namespace
 
-std::optional<std::chrono::sys_seconds> parseTimestamp(std::string_view text) {
+std::optional<std::chrono::sys_time<std::chrono::milliseconds>> parseTimestamp(std::string_view text) {
   using namespace std::chrono;
   Scanner scanner(text);
   int const yearNumber = scanner.number(4);
@@ -61,7 +64,7 @@ std::optional<std::chrono::sys_seconds> parseTimestamp(std::string_view text) {
   int const minute = scanner.number(2);
   scanner.require(":");
   int const second = scanner.number(2);
-  if (scanner.take(".")) scanner.skipDigits();
+  milliseconds const fraction(scanner.take(".") ? scanner.fraction() : 0);
   minutes offset(0);
   if (!scanner.take("Z") && !scanner.take("UTC")) {
     int const sign = scanner.take("-") ? -1 : 1;
@@ -73,19 +76,7 @@ std::optional<std::chrono::sys_seconds> parseTimestamp(std::string_view text) {
   year_month_day const date{year(yearNumber), month(static_cast<unsigned>(monthNumber)),
                             day(static_cast<unsigned>(dayNumber))};
   if (!scanner.succeeded() || !date.ok() || hour > 23 || minute > 59 || second > 60) return std::nullopt;
-  return sys_days(date) + hours(hour) + minutes(minute) + seconds(second) - offset;
-}
-
-std::string writtenTimestamp(std::chrono::sys_seconds time) {
-  auto const day = std::chrono::floor<std::chrono::days>(time);
-  std::chrono::year_month_day const date(day);
-  std::chrono::hh_mm_ss const clock(time - day);
-  std::array<char, 64> text{};
-  (void)std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(date.year()),
-                      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                      static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
-                      static_cast<int>(clock.seconds().count()));
-  return text.data();
+  return sys_days(date) + hours(hour) + minutes(minute) + seconds(second) + fraction - offset;
 }
 
 }  // namespace foundation::storage::s3
