@@ -64,7 +64,7 @@ class Credentials(unittest.TestCase):
         file.write_text(json.dumps({"accessToken": token, "expiresAt": end, **others}))
         return file
 
-    def start(self, *sources, pattern="s3://b/*", **options):
+    def start(self, *sources, arguments=("s3://b/*",), **options):
         environment = {name: value for name, value in os.environ.items() if not name.startswith("AWS_")}
         folder = Path(tempfile.mkdtemp(dir=self.home))
         config = credentials = "[default]\n"
@@ -76,7 +76,7 @@ class Credentials(unittest.TestCase):
         (folder / "credentials").write_text(credentials)
         environment.update(HOME=str(self.home), AWS_CONFIG_FILE=f"{folder}/config", AWS_SHARED_CREDENTIALS_FILE=f"{folder}/credentials",
                            AWS_ENDPOINT_URL_S3=f"{self.services.url}/store", http_proxy="http://127.0.0.1:1", no_proxy="127.0.0.1")
-        return subprocess.Popen([KGLOB, pattern], env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, **options)
+        return subprocess.Popen([KGLOB, *arguments], env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, **options)
 
     def search(self, *sources, **options):
         with self.start(*sources, **options) as run:
@@ -85,8 +85,8 @@ class Credentials(unittest.TestCase):
             self.assertNotIn(hidden, found + errors)
         return found, errors
 
-    def assert_identity(self, expected, *sources):
-        found, errors = self.search(*sources)
+    def assert_identity(self, expected, *sources, **options):
+        found, errors = self.search(*sources, **options)
         self.assertRegex(found, rf"^s3://b/0-{expected}\d*\n$", errors)
 
     def test_the_first_source_counts(self):
@@ -116,9 +116,16 @@ class Credentials(unittest.TestCase):
                 self.assert_identity(expected, (variables, profile, ""))
                 self.assertIn(base or self.services.signers[0], self.services.signers)
 
+    def test_options_go_before_the_environment(self):
+        well = self.sources("well")
+        environment = ({**well["env"][0], **well["AssumeRoleWithWebIdentity"][0]}, "", "")
+        self.assert_identity("AssumeRole", environment, arguments=["--profile=both", "s3://b/*"])
+        self.assert_identity("base", environment, arguments=["--profile=base", "s3://b/*"])
+        self.assert_identity("nobody", environment, arguments=["--no-sign-request", "s3://b/*"])
+
     def test_each_is_renewed_during_a_search(self):
         def run(name):
-            return self.search(self.sources("short")[name], pattern="s3://long/*")
+            return self.search(self.sources("short")[name], arguments=["s3://long/*"])
 
         names = ["AssumeRole", "AssumeRoleWithWebIdentity", "sso", "process", "container", "instance"]
         with concurrent.futures.ThreadPoolExecutor(6) as pool:
@@ -197,7 +204,7 @@ class Credentials(unittest.TestCase):
         self.assertEqual(len(list(self.cache.iterdir())), 4)
 
     def test_credentials_that_are_valid_outlive_a_failed_renewal(self):
-        found, errors = self.search(self.sources("once")["container"], pattern="s3://long/*")
+        found, errors = self.search(self.sources("once")["container"], arguments=["s3://long/*"])
         self.assertEqual((found.count("container1\n"), errors), (10, ""))
 
     def test_credentials_that_the_store_rejects_are_renewed(self):
