@@ -49,12 +49,12 @@ ListPage Client::list(ListRequest const& request, PageCheck& check, vfs::Absolut
   RequestOutcome outcome = getFrom(region);
   if (auto named = regionNamedBy(outcome); named && *named != region) {
     region = *std::move(named);
-    rememberRegion(request.bucket, region);
     outcome = getFrom(region);
   }
   auto const* const response = std::get_if<Response>(&outcome.last);
   try {
     if (response != nullptr && response->status == ok) {
+      if (region != configuration_.region) rememberRegion(request.bucket, region);
       check.accept(page);
       return page;
     }
