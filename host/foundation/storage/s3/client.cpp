@@ -51,7 +51,6 @@ ListPage Client::list(ListRequest const& request, PageCheck& check, vfs::Absolut
     outcome = getFrom(region);
     if (auto named = regionNamedBy(outcome); named && *named != region) {
       region = *std::move(named);
-      rememberRegion(request.bucket, region);
       outcome = getFrom(region);
     }
   } catch (CredentialsError const& error) {
@@ -60,6 +59,7 @@ ListPage Client::list(ListRequest const& request, PageCheck& check, vfs::Absolut
   auto const* const response = std::get_if<Response>(&outcome.last);
   try {
     if (response != nullptr && response->status == ok) {
+      if (region != configuration_.region) rememberRegion(request.bucket, region);
       check.accept(page);
       return page;
     }
