@@ -79,9 +79,8 @@ NoMatchHint missingFolderHint(std::string const& pattern, std::string const& roo
   for (std::string& folder : asked)
     if (!folder.ends_with('/')) folder += '/';
   std::vector<Presence> const found = lookUp(asked, rootFolder);
-  auto const missing = static_cast<std::size_t>(std::ranges::find_if_not(found, [](Presence each) {
-                                                  return each == Presence::present;
-                                                }) - found.begin());
+  auto const missing = static_cast<std::size_t>(
+      std::ranges::find_if_not(found, [](Presence each) { return each == Presence::present; }) - found.begin());
   if (missing == found.size() || found[missing] != Presence::absent) return {};
   if (missing == 0 && hasRoot) return {"\"" + folders[0] + "\" does not exist", true};
   return {"no folder " + folders[missing]};

@@ -38,7 +38,8 @@ std::string base64(std::string_view bytes) {
   for (std::size_t i = 0; i < bytes.size(); i += 3) {
     std::size_t const count = bytes.size() - i < 3 ? bytes.size() - i : 3;
     unsigned group = 0;
-    for (std::size_t k = 0; k < 3; ++k) group = group << 8 | (k < count ? static_cast<unsigned char>(bytes[i + k]) : 0U);
+    for (std::size_t k = 0; k < 3; ++k)
+      group = group << 8 | (k < count ? static_cast<unsigned char>(bytes[i + k]) : 0U);
     for (std::size_t k = 0; k < 4; ++k) encoded += k <= count ? digits[group >> (18 - 6 * k) & 63] : '=';
   }
   return encoded;

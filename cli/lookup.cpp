@@ -11,9 +11,7 @@ std::vector<Presence> lookUp(std::vector<std::string> const& patterns, std::stri
   do {
     bool isPresent = false;
     while (!search.nextBlock([] {}).empty()) isPresent = true;
-    results.push_back(isPresent              ? Presence::present
-                      : search.error() != nullptr ? Presence::unknown
-                                              : Presence::absent);
+    results.push_back(isPresent ? Presence::present : search.error() != nullptr ? Presence::unknown : Presence::absent);
   } while (search.nextPattern());
   return results;
 }

@@ -31,7 +31,9 @@ class MatchWriter {
   std::uint64_t count() const noexcept { return count_; }
 
  private:
-  bool wantsMore() const noexcept { return !(options_.limit && count_ >= *options_.limit) && !(options_.quiet && count_ > 0); }
+  bool wantsMore() const noexcept {
+    return !(options_.limit && count_ >= *options_.limit) && !(options_.quiet && count_ > 0);
+  }
   void addLine(Match const& match);
 
   Options const& options_;

@@ -18,13 +18,10 @@ struct Unit {
 };
 constexpr std::int64_t day = 86'400;
 constexpr Unit units[] = {
-    {1, " s sec secs second seconds "},
-    {60, " m min mins minute minutes "},
-    {3600, " h hr hrs hour hours "},
-    {day, " d day days "},
-    {7 * day, " w week weeks "},
-    {2'630'016, " M month months "},  // 30.44 days
-    {31'557'600, " y year years "},   // 365.25 days
+    {1, " s sec secs second seconds "}, {60, " m min mins minute minutes "},
+    {3600, " h hr hrs hour hours "},    {day, " d day days "},
+    {7 * day, " w week weeks "},        {2'630'016, " M month months "},  // 30.44 days
+    {31'557'600, " y year years "},                                       // 365.25 days
 };
 
 /// The number at the start of the text, which is removed from it.
@@ -61,9 +58,9 @@ std::optional<std::int64_t> parseDate(std::string const& text) {
     char const* text;
     bool hasZone;
   };
-  constexpr Format formats[] = {{"%Y-%m-%dT%H:%M:%S%z", true},  {"%Y-%m-%d %H:%M:%S%z", true},
-                                {"%Y-%m-%dT%H:%M:%S", false},   {"%Y-%m-%d %H:%M:%S", false},
-                                {"%Y-%m-%d %H:%M", false},      {"%Y-%m-%d", false}};
+  constexpr Format formats[] = {{"%Y-%m-%dT%H:%M:%S%z", true}, {"%Y-%m-%d %H:%M:%S%z", true},
+                                {"%Y-%m-%dT%H:%M:%S", false},  {"%Y-%m-%d %H:%M:%S", false},
+                                {"%Y-%m-%d %H:%M", false},     {"%Y-%m-%d", false}};
   for (Format const& format : formats) {
     std::tm time{};
     time.tm_isdst = -1;  // as the zone has it on that day
