@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -7,6 +8,7 @@
 
 #include "foundation/core/threads/mutex.hpp"
 #include "foundation/storage/s3/client.hpp"
+#include "foundation/storage/s3/object_location.hpp"
 #include "foundation/storage/vfs/provider.hpp"
 
 namespace foundation::storage::s3 {
@@ -35,14 +37,25 @@ class S3Provider final : public vfs::Provider {
   bool servesSubtrees() const noexcept override { return true; }
 
   /// One request for 1,000 keys.
-  vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after) override;
+  vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
+                           std::string_view page) override;
+
+  /// One request for each 1,000 entries.
+  void listRest(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view after,
+                vfs::EntrySink& entries) override;
 
  private:
+  class Pages;
+
   Client& client(vfs::AbsoluteIRI const& location);
+  bool anyKeyBelow(ObjectLocation const& target, vfs::AbsoluteIRI const& location);
+  bool listNames(vfs::AbsoluteIRI const& folder, ObjectLocation const& target, std::string_view namePrefix,
+                 std::string_view after, vfs::EntrySink& entries);
 
   MakeClient makeClient_;
   core::threads::Mutex mutex_;
   std::unique_ptr<Client> client_ KORVAN_GUARDED_BY(mutex_);
+  std::atomic<bool> isUnordered_ = false;  // whether the store was found not to list in byte order
 };
 
 }  // namespace foundation::storage::s3

@@ -14,8 +14,14 @@ bool Provider::servesSubtrees() const noexcept {
   return false;
 }
 
-SubtreePage Provider::subtree(AbsoluteIRI const& folder, std::string_view /*prefix*/, std::string_view /*after*/) {
+SubtreePage Provider::subtree(AbsoluteIRI const& folder, std::string_view /*prefix*/, std::string_view /*after*/,
+                              std::string_view /*page*/) {
   throw Exception(ErrorCode::other, folder, "this kind of storage has no flat listings");
+}
+
+void Provider::listRest(AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view /*after*/,
+                        EntrySink& entries) {
+  list(folder, namePrefix, entries);
 }
 
 }  // namespace foundation::storage::vfs

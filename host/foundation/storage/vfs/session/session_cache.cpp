@@ -40,6 +40,12 @@ bool covers(FolderSnapshot const& snapshot, std::u16string_view key, std::string
   return KeyEqual()(keyOf(snapshot.location), key) && prefix.starts_with(snapshot.prefix);
 }
 
+bool isAtOrBelow(AbsoluteIRI const& location, AbsoluteIRI const& folder) {
+  std::u16string_view const key = keyOf(location);
+  std::u16string_view const above = keyOf(folder);
+  return key.starts_with(above) && (key.size() == above.size() || key[above.size()] == u'/');
+}
+
 std::size_t memoryOf(FolderSnapshot const& snapshot) {
   // With the table's node and bucket and the shared pointer's counts.
   constexpr std::size_t perSnapshot = sizeof(FolderSnapshot) + 96;
@@ -93,9 +99,12 @@ std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> con
                                                    AbsoluteIRI const& location, std::string_view prefix) {
   Busy const busy(busy_);
   if (!provider->servesSubtrees()) return noteRequested(add(readAhead_.read(provider, location)));
-  scan(*provider, location, prefix);
-  if (CachedFolder* const cached = find(keyOf(location), prefix)) return noteRequested(*cached);
-  return noteRequested(add(readFolder(*provider, location, prefix)));
+  bool const descends = descent_ && isAtOrBelow(location, *descent_);
+  auto snapshot = scanFor(location, prefix).read(*provider, location, prefix, descends, [this](auto const& other) {
+    addScanned(other);
+  });
+  noteOrderOf(location);
+  return noteRequested(add(std::move(snapshot)));
 }
 
 // A folder that was read ahead, and may be requested later or never.
@@ -137,15 +146,14 @@ PathKind SessionCache::askKind(StorageSystem& system, AbsoluteIRI const& locatio
   std::shared_ptr<Provider> const provider = system.provider(location.scheme());
   Busy const busy(busy_);
   AbsoluteIRI const above = location.getParent();
-  bool const tryAPage = entry.snapshot == nullptr && scan_ && location.hasParent() && scan_->reaches(above, {});
-  if (tryAPage && scan_->isWorthAPage()) {
-    scan(*provider, above, {});
+  if (entry.snapshot == nullptr && scan_ && location.hasParent() && scan_->reaches(above, {})) {
+    scan_->readForLookup(*provider, above, [this](auto const& snapshot) { addScanned(snapshot); });
     entry = findEntry(location);
   }
   if (entry.snapshot != nullptr) {
     return entry.index == EntryTable::npos ? PathKind::notFound : kindOfEntry(*entry.snapshot, entry.index, *provider);
   }
-  PathKind const kind = provider->kind(location);
+  PathKind const kind = askStore(*provider, location);
   makeRoom(location.toString().size() * sizeof(char16_t));
   kinds_.emplace(location.toString(), kind);
   return kind;
@@ -219,11 +227,36 @@ std::size_t SessionCache::findNeighbour(std::u16string_view key) {
   return EntryTable::npos;
 }
 
-void SessionCache::scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix) {
-  if (!scan_ || !scan_->reaches(location, prefix)) scan_.emplace(location, std::string(prefix));
-  scan_->advance(provider, location, [this](std::shared_ptr<FolderSnapshot> snapshot) {
-    if (find(keyOf(snapshot->location), snapshot->prefix) == nullptr) add(std::move(snapshot));
-  });
+// The provider's answer; a store that doesn't exist has no entries.
+PathKind SessionCache::askStore(Provider& provider, AbsoluteIRI const& location) {
+  try {
+    return stores_.ask(location, [&] { return provider.kind(location); });
+  } catch (Exception const& failure) {
+    if (failure.getErrorCode() != static_cast<int>(ErrorCode::notFound)) throw;
+    return PathKind::notFound;
+  }
+}
+
+void SessionCache::expectDescent(AbsoluteIRI const& folder) {
+  if (!descent_ || !isAtOrBelow(folder, *descent_)) descent_ = folder;
+}
+
+SubtreeScan& SessionCache::scanFor(AbsoluteIRI const& location, std::string_view prefix) {
+  if (!scan_ || !scan_->reaches(location, prefix)) scan_.emplace(location, std::string(prefix), memoryBound_, stores_);
+  return *scan_;
+}
+
+void SessionCache::addScanned(std::shared_ptr<FolderSnapshot> snapshot) {
+  if (find(keyOf(snapshot->location), snapshot->prefix) == nullptr) add(std::move(snapshot));
+}
+
+void SessionCache::noteOrderOf(AbsoluteIRI const& location) {
+  if (!scan_->isUnordered()) return;
+  AbsoluteIRI const store(location, u"/");
+  for (Exception const& note : notes_)
+    if (note.getLocation() == store) return;
+  notes_.emplace_back(ErrorCode::other, store,
+                      "the store does not list its keys in byte order, so each folder is listed alone");
 }
 
 SessionCache::CachedFolder& SessionCache::add(std::shared_ptr<FolderSnapshot> snapshot) {
