@@ -22,6 +22,11 @@ std::u16string shownLocation(vfs::AbsoluteIRI const& location, std::u16string co
 }  // namespace
 
 void FailedFolders::reportNew(std::u16string const& pattern) {
+  auto const& notes = session_.notes();
+  for (; notesSeen_ < notes.size(); ++notesSeen_) {
+    report(shownLocation(notes[notesSeen_].getLocation(), pattern, scope_) + u": " +
+           foundation::core::text::fromBytes(notes[notesSeen_].reason()));
+  }
   auto const& failures = session_.failedListings();
   for (; seen_ < failures.size(); ++seen_) {
     if (seen_ >= maximumLines) continue;

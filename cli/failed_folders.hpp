@@ -18,7 +18,7 @@ class FailedFolders {
   FailedFolders(foundation::storage::vfs::ReadSession const& session, Scope const& scope)
       : session_(session), scope_(scope) {}
 
-  /// Reports the failures since the last call, in a search for `pattern`. Local folders are written the way the matches
+  /// Reports the session's notes and the failures since the last call, in a search for `pattern`. Local folders are written the way the matches
   /// of that pattern are, below the root folder as the user wrote it; as IRIs if the pattern or the root folder is one.
   /// Folders in stores are always written as IRIs.
   void reportNew(std::u16string const& pattern);
@@ -30,6 +30,7 @@ class FailedFolders {
   foundation::storage::vfs::ReadSession const& session_;
   Scope const& scope_;
   std::size_t seen_ = 0;
+  std::size_t notesSeen_ = 0;
 };
 
 }  // namespace kglob

@@ -13,8 +13,12 @@ SECRET = "se+cr/e%t: x"
 NAMES = ["three", "tree", "two"]
 
 
-def page(names=NAMES, token=None):
+KEYS = sorted([f"f{folder}/x{number}" for folder in range(3) for number in range(15)] + [f"f0/{name}/x" for name in ("S", "t", "U")])
+
+
+def page(names=NAMES, token=None, prefixes=()):
     inside = "".join(f"<Contents><Key>{name}</Key></Contents>" for name in names)
+    inside += "".join(f"<CommonPrefixes><Prefix>{prefix}</Prefix></CommonPrefixes>" for prefix in prefixes)
     inside += f"<IsTruncated>true</IsTruncated><NextContinuationToken>{token}</NextContinuationToken>" if token else \
         "<IsTruncated>false</IsTruncated>"
     return f"<?xml version='1.0'?><ListBucketResult>{inside}</ListBucketResult>".encode()
@@ -22,6 +26,21 @@ def page(names=NAMES, token=None):
 
 def error(code):
     return f"<Error><Code>{code}</Code><Message>as configured</Message><RequestId>id-{code}</RequestId></Error>".encode()
+
+
+def listing(query, keys=KEYS):
+    """A page of at most ten keys and prefixes, as a store would answer that lists in the order of `keys`."""
+    prefix, delimiter, token = query.get("prefix", ""), query.get("delimiter"), query.get("continuation-token")
+    names, after = [], query.get("start-after", "")
+    for key in keys:
+        end = key.find("/", len(prefix)) if delimiter else -1
+        name = key[:end + 1] if end >= 0 else key
+        if key.startswith(prefix) and key > after and name not in names:
+            names.append(name)
+    begin = names.index(token) + 1 if token else 0
+    chosen, more = names[begin:begin + 10], len(names) > begin + 10
+    is_prefix = lambda name: name.endswith("/")
+    return 200, page(itertools.filterfalse(is_prefix, chosen), chosen[-1] if more else None, filter(is_prefix, chosen)), {}
 
 
 WELL = (200, page(), {})
@@ -35,22 +54,31 @@ def slowly(body):
         time.sleep(0.1)
 
 
-# bucket: the response (status, body, headers) to a request with this number, from 1, and continuation token; None hangs up.
+# bucket: the response (status, body, headers) to a request with this number, from 1, and query; None hangs up.
 BEHAVIOURS = {
-    "well": lambda number, token: WELL,
-    "trickle": lambda number, token: (200, slowly(page()), {"Content-Length": str(len(page()))}),
-    "busy-thrice": lambda number, token: BUSY if number <= 3 else WELL,
-    "busy": lambda number, token: BUSY,
-    "retry-after": lambda number, token: (503, b"", {"Retry-After": "1"}) if number == 1 else WELL,
-    "dropped-once": lambda number, token: None if number == 1 else WELL,
-    "silent": lambda number, token: time.sleep(60),
-    "cut-second-page": lambda number, token: (200, page(["three"], "1"), {}) if token == "0" else CUT,
-    "garbage": lambda number, token: (200, bytes(range(256)) * 10, {}),
-    "same-token": lambda number, token: (200, page([f"t{number:06}"], "again"), {}),
-    "empty-forever": lambda number, token: (200, page([], f"token{number}"), {}),
-    "flood": lambda number, token: (200, itertools.repeat(b"<Contents>" * 100000), {}),
-    "moved": lambda number, token: (301, error("PermanentRedirect"), {"x-amz-bucket-region": "eu-far-1", "Location": "/well"}),
+    "well": lambda number, query: WELL,
+    "trickle": lambda number, query: (200, slowly(page()), {"Content-Length": str(len(page()))}),
+    "busy-thrice": lambda number, query: BUSY if number <= 3 else WELL,
+    "busy": lambda number, query: BUSY,
+    "retry-after": lambda number, query: (503, b"", {"Retry-After": "1"}) if number == 1 else WELL,
+    "dropped-once": lambda number, query: None if number == 1 else WELL,
+    "silent": lambda number, query: time.sleep(60),
+    "cut-second-page": lambda number, query: (200, page(["three"], "1"), {}) if "continuation-token" not in query else CUT,
+    "garbage": lambda number, query: (200, bytes(range(256)) * 10, {}),
+    "same-token": lambda number, query: (200, page([f"t{number:06}"], "again"), {}),
+    "empty-forever": lambda number, query: (200, page([], f"token{number}"), {}),
+    "flood": lambda number, query: (200, itertools.repeat(b"<Contents>" * 100000), {}),
+    "moved": lambda number, query: (301, error("PermanentRedirect"), {"x-amz-bucket-region": "eu-far-1", "Location": "/well"}),
+    "collated": lambda number, query: listing(query, sorted(KEYS, key=str.lower)),
+    "limited": lambda number, query: listing(query) if query.get("prefix", "").startswith("f0/") else (403, error("AccessDenied"), {}),
 }
+
+
+def behaviour(bucket):
+    """That of the bucket "gone-7" is to be absent at the seventh request only."""
+    if not bucket.startswith("gone-"):
+        return BEHAVIOURS[bucket]
+    return lambda number, query: (404, error("NoSuchBucket"), {}) if bucket.endswith(f"-{number}") else listing(query)
 
 
 class Handler(http.server.BaseHTTPRequestHandler):
@@ -60,8 +88,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
         address = urllib.parse.urlsplit(self.path)
         bucket = address.path.split("/")[1]
         self.server.requests[bucket] += 1
-        token = dict(urllib.parse.parse_qsl(address.query)).get("continuation-token", "0")
-        response = BEHAVIOURS[bucket](self.server.requests[bucket], token)
+        response = behaviour(bucket)(self.server.requests[bucket], dict(urllib.parse.parse_qsl(address.query)))
         self.close_connection = True
         if response is None:
             return

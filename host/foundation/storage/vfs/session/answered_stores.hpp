@@ -1,6 +1,6 @@
 #pragma once
 
-#include <set>
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -8,30 +8,32 @@
 
 namespace foundation::storage::vfs {
 
-/// The stores (IRI authorities, such as buckets) that have answered in this session. One of them can't be absent: when
-/// it claims to be, in the middle of a search, what follows would be missing from the result without a word. Internal to
-/// the session.
+/// Which stores (IRI authorities, such as buckets) exist, as their first answers in this session say. When one of them
+/// claims to be absent in the middle of a search, what follows would be missing from the result without a word. Internal
+/// to the session.
 class AnsweredStores {
  public:
   /// The result of `ask`, which asks a provider about the location. Throws what that throws, except that the absence of
-  /// a store that has answered before is a failure with the code `other`.
+  /// a store that has answered before is a failure with the code `other`. A store that was absent isn't asked again.
   template <class Ask>
   auto ask(AbsoluteIRI const& location, Ask ask) {
+    throwIfAbsent(location);
     try {
       auto result = ask();
       add(location);
       return result;
     } catch (Exception const& failure) {
-      throwIfLost(location, failure);
+      noteAbsence(location, failure);
       throw;
     }
   }
 
  private:
   void add(AbsoluteIRI const& location);
-  void throwIfLost(AbsoluteIRI const& location, Exception const& failure) const;
+  void noteAbsence(AbsoluteIRI const& location, Exception const& failure);
+  void throwIfAbsent(AbsoluteIRI const& location) const;
 
-  std::set<std::u16string, std::less<>> stores_;
+  std::map<std::u16string, bool, std::less<>> exists_;
 };
 
 }  // namespace foundation::storage::vfs
