@@ -22,8 +22,8 @@ from searches import FIND, GETDENTS, KGLOB, RIVALS, Search
 HERE = Path(__file__).resolve().parent
 
 # Folders and visible entries.
-TREES = {"medium": (10_000, 100_000), "large": (100_000, 1_000_000)}
-ROUNDS = {"medium": 15, "large": 5}
+TREES = {"small": (1_000, 10_000), "medium": (10_000, 100_000), "large": (100_000, 1_000_000)}
+ROUNDS = {"small": 15, "medium": 15, "large": 5}
 
 
 @dataclass
@@ -182,7 +182,7 @@ def main() -> int:
     arguments.programs = arguments.programs.resolve()
     arguments.folder = arguments.folder.resolve()
     measure = Measure(arguments.programs)
-    names = list(TREES) if arguments.tree == "both" else [arguments.tree]
+    names = ["medium", "large"] if arguments.tree == "both" else [arguments.tree]
     return 0 if all([compare(name, arguments, measure) for name in names]) else 1
 
 

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <deque>
 #include <optional>
 #include <string_view>
@@ -23,14 +24,16 @@ namespace kglob {
 class RunningSearch {
  public:
   /// Throws `std::bad_alloc`; every other failure becomes the search's error.
-  RunningSearch(char const* pattern, kglob_options const* options);
+  RunningSearch(char const* const* patterns, std::size_t count, kglob_options const* options);
   ~RunningSearch();
   RunningSearch(RunningSearch const&) = delete;
   RunningSearch& operator=(RunningSearch const&) = delete;
 
   kglob_status nextBlock(std::optional<std::chrono::milliseconds> timeout, std::string_view& block);
-  kglob_failure const* reportedError() const noexcept;
+  bool nextPattern() noexcept;
+  kglob_failure const* reportedError() const noexcept { return reportedError_; }
   kglob_failure const* nextFailure();
+  bool readFacts(std::size_t index, kglob_facts& facts) const;
   void cancel() noexcept { isCancelled_.store(true, std::memory_order_relaxed); }
 
   /// Sets all members but the size.
@@ -44,26 +47,32 @@ class RunningSearch {
   using ReadSession = foundation::storage::vfs::ReadSession;
 
   void run(SearchRequest const& request) noexcept;
-  void search(SearchRequest const& request, ReadSession const& session);
-  void takeFailures(ReadSession const& session, bool asIRI);
-  void setError(bool asIRI) noexcept;
+  void searchAll(SearchRequest const& request, ReadSession& session);
+  bool search(SearchRequest const& request, std::size_t pattern, ReadSession const& session);
+  void takeFailures(std::size_t pattern, bool asIRI, ReadSession const& session);
   void setSession(ReadSession const* session);
 
   pid_t const process_;
   std::atomic<bool> isCancelled_{false};
   MatchBlocks blocks_;
 
-  // Written by the search before `blocks_` ends, read by the consumer after that.
-  SearchFailure errorText_{};
-  std::optional<kglob_failure> error_;
-  bool isErrorReported_ = false;
+  // The consumer's.
+  std::size_t patternCount_ = 1;
+  std::size_t currentPattern_ = 0;
+  bool isAtEnd_ = false;
+  kglob_failure const* reportedError_ = nullptr;
 
   mutable foundation::core::threads::Mutex mutex_;
   ReadSession const* session_ KORVAN_GUARDED_BY(mutex_) = nullptr;
   kglob_progress lastProgress_ KORVAN_GUARDED_BY(mutex_){};
-  std::deque<SearchFailure> failures_ KORVAN_GUARDED_BY(mutex_);
+  struct FailureOfPattern {
+    std::size_t pattern;
+    SearchFailure failure;
+  };
+  std::deque<FailureOfPattern> failures_ KORVAN_GUARDED_BY(mutex_);
 
   std::size_t failuresTaken_ = 0;  // by the search, from its session
+  std::size_t notesTaken_ = 0;     // the same
   SearchFailure givenFailure_{};
   kglob_failure givenFailureView_{};
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include "foundation/core/text/bytes.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
@@ -28,7 +29,8 @@ kglob_options knownOptions(kglob_options const* options) {
   std::memcpy(&known, bytes, std::min(size, sizeof known));
   bool const asksForMore =
       size > sizeof known && std::any_of(bytes + sizeof known, bytes + size, [](char byte) { return byte != 0; });
-  if (asksForMore || known.reserved != 0) throw std::invalid_argument("the options hold some that this library lacks");
+  if (asksForMore || known.facts > KGLOB_ALL_FACTS)
+    throw std::invalid_argument("the options hold some that this library lacks");
   return known;
 }
 
@@ -39,16 +41,43 @@ std::u16string absoluteFolder(std::u16string const& folder) {
   return absolute(path, Path(vfs::fromAbsoluteIRI(current.getLocation()))).string(false);
 }
 
+vfs::SessionPolicy policyOf(kglob_options const& options) {
+  vfs::SessionPolicy policy{.followLinks = options.dont_follow_links == 0,
+                            .oneFileSystem = options.one_file_system != 0,
+                            .reportRefusals = options.report_refusals != 0,
+                            .collectFacts = options.facts == KGLOB_ALL_FACTS};
+  if (options.max_depth != 0) policy.maximumDepth = options.max_depth;
+  if (options.excluded_count > 0 && options.excluded_names == nullptr)
+    throw std::invalid_argument("the names are null");
+  for (std::size_t i = 0; i < options.excluded_count; ++i) {
+    if (options.excluded_names[i] == nullptr) throw std::invalid_argument("an excluded name is null");
+    policy.excludedNames.push_back(fromBytes(options.excluded_names[i]));
+  }
+  return policy;
+}
+
 }  // namespace
 
-SearchRequest makeRequest(char const* pattern, kglob_options const* options) {
-  if (pattern == nullptr) throw std::invalid_argument("the pattern is null");
+SearchRequest makeRequest(char const* const* patterns, std::size_t count, kglob_options const* options) {
   kglob_options const known = knownOptions(options);
-  std::u16string const text = fromBytes(pattern);
   std::u16string const folder = fromBytes(known.root_folder == nullptr ? "" : known.root_folder);
-  return {text, absoluteFolder(folder),
-          known.cache_bytes == 0 ? vfs::ReadSession::defaultMemoryBound : known.cache_bytes,
-          known.include_dot_files != 0, vfs::hasIRIPrefix(text) || vfs::hasIRIPrefix(folder)};
+  bool const rootIsIRI = vfs::hasIRIPrefix(folder);
+  SearchRequest request{{},
+                        absoluteFolder(folder),
+                        known.cache_bytes == 0 ? vfs::ReadSession::defaultMemoryBound : known.cache_bytes,
+                        known.include_dot_files != 0,
+                        policyOf(known),
+                        static_cast<kglob_fact_level>(known.facts)};
+  if (count > 0 && patterns == nullptr) throw std::invalid_argument("the patterns are null");
+  request.patterns.reserve(std::max(count, std::size_t{1}));
+  for (std::size_t i = 0; i < count; ++i) {
+    if (patterns[i] == nullptr) throw std::invalid_argument("the pattern is null");
+    std::u16string text = fromBytes(patterns[i]);
+    bool const usesIRIs = rootIsIRI || vfs::hasIRIPrefix(text);
+    request.patterns.push_back({std::move(text), usesIRIs});
+  }
+  if (count == 0) request.patterns.push_back({{}, rootIsIRI});
+  return request;
 }
 
 }  // namespace kglob

@@ -4,33 +4,30 @@
 #include <string>
 
 #include "cli/search.hpp"
-#include "foundation/storage/vfs/read_session.hpp"
 
 namespace kglob {
 
-/// Reports the folders that a session couldn't read, so that an incomplete result isn't taken for a complete one: one
+/// Reports the folders that a search couldn't read, so that an incomplete result isn't taken for a complete one: one
 /// line each, ten at most, then a count.
 class FailedFolders {
  public:
   static constexpr std::size_t maximumLines = 10;
 
-  /// The session and the scope must outlive this.
-  FailedFolders(foundation::storage::vfs::ReadSession const& session, Scope const& scope)
-      : session_(session), scope_(scope) {}
+  /// The search and the root folder must outlive this.
+  FailedFolders(Search& search, std::string const& rootFolder) : search_(search), rootFolder_(rootFolder) {}
 
-  /// Reports the session's notes and the failures since the last call, in a search for `pattern`. Local folders are written the way the matches
+  /// Reports the notes and failures since the last call, in the search for `pattern`. Local folders are written the way the matches
   /// of that pattern are, below the root folder as the user wrote it; as IRIs if the pattern or the root folder is one.
   /// Folders in stores are always written as IRIs.
-  void reportNew(std::u16string const& pattern);
+  void reportNew(std::string const& pattern);
 
   /// Reports how many were not reported one by one. Returns whether there was any failure.
   bool finish() const;
 
  private:
-  foundation::storage::vfs::ReadSession const& session_;
-  Scope const& scope_;
-  std::size_t seen_ = 0;
-  std::size_t notesSeen_ = 0;
+  Search& search_;
+  std::string const& rootFolder_;
+  std::size_t count_ = 0;
 };
 
 }  // namespace kglob

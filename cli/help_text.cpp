@@ -21,6 +21,7 @@ Examples:
   kglob '**/*.csv'                        every CSV file below this folder
   kglob -r /var/log '*/'                  the folders in /var/log
   kglob 's3://bucket/data/**/*.parquet'   the same in an object store
+  kglob -E node_modules '**/*.js'         not the scripts of packages
   kglob -0 '**/*.log' | xargs -0 wc -l    any names, passed to another program
   kglob -- '-*'                           names that begin with a dash
 

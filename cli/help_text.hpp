@@ -4,7 +4,7 @@
 
 namespace kglob {
 
-/// The text of `--help`: one screen of 24 lines by 80 columns.
+/// The text of `--help`, at most 80 columns wide.
 std::string helpText();
 
 }  // namespace kglob

@@ -10,7 +10,6 @@
 #include "cli/process_setup.hpp"
 #include "cli/search_all.hpp"
 #include "cli/signals.hpp"
-#include "quindarel/interrupt/interrupt_exception.hpp"
 
 namespace kglob {
 namespace {
@@ -35,8 +34,6 @@ void reportException() {
     throw;
   } catch (EndedBySignal const& end) {
     endBySignal(end.signal);
-  } catch (Quindarel::System::InterruptException const&) {
-    endBySignal(SIGINT);
   } catch (UsageError const& error) {
     report(std::string(error.what()) + "; see kglob --help");
   } catch (WriteError const& error) {
@@ -53,7 +50,6 @@ void reportException() {
 
 int main(int argc, char** argv) {
   using namespace kglob;
-  useHeapForLargeBlocks();
   reserveStandardDescriptors();
   try {
     try {

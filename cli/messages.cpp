@@ -18,16 +18,18 @@ void writeLine(std::string_view line) noexcept {
 
 }  // namespace
 
-void report(std::u16string_view message, std::string_view identifier) {
+void report(std::string_view message, std::string_view identifier) {
   std::u16string line = u"kglob: ";
-  text::appendOneLine(line, message);
+  text::appendOneLine(line, text::fromBytes(message));
   std::string bytes = text::toBytesLossy(line);
   if (!identifier.empty()) ((bytes += " [") += identifier) += ']';
   writeLine(bytes += '\n');
 }
 
-void report(std::string_view message) {
-  report(text::fromBytes(message));
+void report(kglob_failure const& error) {
+  std::string message = error.message;
+  if (message.find(error.reason) == std::string::npos) ((message += " (") += error.reason) += ')';
+  report(message, error.identifier);
 }
 
 void reportOutOfMemory() noexcept {

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <string_view>
+#include <type_traits>
 
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <CLI/Validators.hpp>
 
 #include "cli/option_table.hpp"
 
@@ -24,12 +26,22 @@ void refuseEmptyValues(int argc, char const* const* argv) {
 void addOption(CLI::App& app, OptionRow const& row, Options& options) {
   std::string names = "--" + std::string(row.name);
   if (row.letter) ((names += ",-") += row.letter);
-  if (auto const* const flag = std::get_if<bool Options::*>(&row.target))
-    app.add_flag(names, options.*(*flag))->disable_flag_override();
-  else
-    app.add_option(names, options.*std::get<std::string Options::*>(row.target))
-        ->type_name(std::string(row.placeholder))
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+  auto const add = [&](auto target) {
+    if constexpr (std::is_same_v<decltype(target), bool Options::*>) {
+      app.add_flag(names, options.*target)->disable_flag_override();
+    } else {
+      CLI::Option* const option = app.add_option(names, options.*target);
+      if constexpr (std::is_same_v<decltype(target), std::optional<std::uint64_t> Options::*>)
+        option->check(CLI::PositiveNumber);
+      option->type_name(std::string(row.placeholder))
+          ->type_size(1)
+          ->expected(1)
+          ->allow_extra_args(false)  // or a value like "[a,b]" would be split at the commas
+          ->multi_option_policy(row.isRepeatable() ? CLI::MultiOptionPolicy::TakeAll
+                                                   : CLI::MultiOptionPolicy::TakeLast);
+    }
+  };
+  std::visit(add, row.target);
 }
 
 /// The patterns among the arguments that aren't known options.
@@ -60,7 +72,9 @@ Options parseOptions(int argc, char const* const* argv) {
     throw UsageError(error.what());
   }
   options.patterns = patternsOf(app.remaining());
-  if (options.patterns.empty() && !options.help && !options.version) throw UsageError("no PATTERN given");
+  if (options.humanSizes && !options.longFormat) options.help = true;
+  bool const searches = !options.help && !options.version;
+  if (searches && options.patterns.empty() && options.patternsFrom.empty()) throw UsageError("no PATTERN given");
   return options;
 }
 

@@ -1,5 +1,6 @@
 #include "cli/output.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <csignal>
@@ -7,15 +8,10 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include "cli/shown_text.hpp"
 #include "cli/signals.hpp"
-#include "foundation/core/text/bytes.hpp"
-#include "quindarel/interrupt/interrupt_state.hpp"
 
 namespace kglob {
 namespace {
-
-constexpr std::size_t bufferSize = std::size_t{64} << 10;
 
 [[noreturn]] void fail(int error) {
   if (error == EPIPE) throw EndedBySignal{SIGPIPE};  // where the caller had SIGPIPE ignored
@@ -40,7 +36,7 @@ std::string_view firstPiece(std::string_view lines, char end) {
 /// An interrupt takes effect before a piece, not within it.
 void writePiece(std::string_view piece) {
   for (std::size_t size = 0; size < piece.size();) {
-    if (size == 0 && utIsInterruptPending()) throw EndedBySignal{SIGINT};
+    if (size == 0 && isInterrupted()) throw EndedBySignal{SIGINT};
     ssize_t const written = write(STDOUT_FILENO, piece.data() + size, piece.size() - size);
     if (written >= 0)
       size += static_cast<std::size_t>(written);
@@ -53,15 +49,12 @@ void writePiece(std::string_view piece) {
 
 }  // namespace
 
-Output::Output(bool nullEnded) : end_(nullEnded ? '\0' : '\n'), escape_(!nullEnded && isatty(STDOUT_FILENO) == 1) {}
+Output::Output(bool nullEnded) : end_(nullEnded ? '\0' : '\n'), isTerminal_(isatty(STDOUT_FILENO) == 1) {}
 
-void Output::addMatch(std::u16string_view match) {
-  if (escape_)
-    appendForTerminal(buffer_, match);
-  else if (std::size_t const size = buffer_.size(); !foundation::core::text::appendBytes(buffer_, match))
-    buffer_.replace(size, std::string::npos, foundation::core::text::toBytesLossy(match));
-  buffer_ += end_;
-  if (buffer_.size() >= bufferSize) flush();
+void Output::addMatches(std::string_view matches) {
+  std::size_t const begin = buffer_.size();
+  buffer_ += matches;
+  if (end_ != '\0') std::replace(buffer_.begin() + static_cast<std::ptrdiff_t>(begin), buffer_.end(), '\0', end_);
 }
 
 void Output::flush() {
@@ -71,6 +64,11 @@ void Output::flush() {
     rest.remove_prefix(piece.size());
   }
   buffer_.clear();
+}
+
+void Output::checkForReader() {
+  pollfd descriptor{STDOUT_FILENO, 0, 0};
+  if (poll(&descriptor, 1, 0) == 1 && (descriptor.revents & POLLERR) != 0) throw EndedBySignal{SIGPIPE};
 }
 
 void Output::close() {

@@ -12,18 +12,25 @@ class WriteError : public std::system_error {
   using std::system_error::system_error;
 };
 
-/// Standard output, buffered (64 KiB or so). Readers get whole lines only, however kglob ends: it is written in pieces
-/// of whole lines, which a pipe accepts entirely or not at all, and a piece of which only a part was written is
-/// completed first. Writing throws `EndedBySignal` for a pipe without readers and for an interrupt, and `WriteError`
-/// for every other failure.
+/// Standard output, buffered. Readers get whole lines only, however kglob ends: it is written in pieces of whole lines,
+/// which a pipe accepts entirely or not at all, and a piece of which only a part was written is completed first. Writing
+/// throws `EndedBySignal` for a pipe without readers and for an interrupt, and `WriteError` for every other failure.
 class Output {
  public:
-  /// Matches end with NUL and are never escaped, or else end with a newline and are escaped on a terminal; see
-  /// appendForTerminal.
+  /// Lines end with a newline, or with NUL.
   explicit Output(bool nullEnded);
 
-  /// Adds a match and the byte that ends it.
-  void addMatch(std::u16string_view match);
+  bool isTerminal() const noexcept { return isTerminal_; }
+
+  /// Adds matches, each ended by NUL, as one line each.
+  void addMatches(std::string_view matches);
+
+  /// Adds a line: `append` adds its text to the end of the string that it is given.
+  template <class Append>
+  void addLine(Append append) {
+    append(buffer_);
+    buffer_ += end_;
+  }
 
   /// Adds whole lines as they are.
   void addText(std::string_view lines) { buffer_ += lines; }
@@ -31,12 +38,15 @@ class Output {
   /// Writes what was added.
   void flush();
 
+  /// Throws `EndedBySignal` if standard output is a pipe without readers. One system call.
+  static void checkForReader();
+
   /// Flushes and closes: some file systems report only then that they couldn't store what was written.
   void close();
 
  private:
   char end_;
-  bool escape_;
+  bool isTerminal_;
   std::string buffer_;
 };
 

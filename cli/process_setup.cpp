@@ -6,7 +6,6 @@
 #include <new>
 
 #include <fcntl.h>
-#include <malloc.h>
 #include <unistd.h>
 
 #include "cli/exit_status.hpp"
@@ -53,13 +52,6 @@ bool isOutOfMemory() {
 void reserveStandardDescriptors() noexcept {
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor)
     if (fcntl(descriptor, F_GETFD) < 0 && errno == EBADF) open("/dev/null", O_RDONLY);
-}
-
-void useHeapForLargeBlocks() noexcept {
-  constexpr int threshold = 1 << 30;
-  mallopt(M_MMAP_THRESHOLD, threshold);
-  mallopt(M_TRIM_THRESHOLD, threshold);
-  mallopt(M_TOP_PAD, 1 << 20);
 }
 
 }  // namespace kglob

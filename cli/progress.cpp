@@ -18,12 +18,11 @@ namespace {
 
 using foundation::core::threads::MutexLock;
 using namespace std::chrono_literals;
-constexpr auto delay = 1s;
 constexpr auto period = 200ms;
 constexpr std::string_view eraseLine = "\r\x1B[K";
 
-void show(std::string_view text) {
-  [[maybe_unused]] auto const written = write(STDERR_FILENO, text.data(), text.size());
+void write(std::string_view text) {
+  [[maybe_unused]] auto const written = ::write(STDERR_FILENO, text.data(), text.size());
 }
 
 bool inForeground() noexcept {
@@ -46,8 +45,9 @@ bool isPossible() noexcept {
 
 }  // namespace
 
-Progress::Progress(foundation::storage::vfs::Activity const& activity) : activity_(activity) {
+Progress::Progress(Search const& search) : search_(search), visibleFrom_(std::chrono::steady_clock::now() + delay) {
   if (!isPossible()) return;
+  sharesTerminal_ = isatty(STDOUT_FILENO) == 1;
   try {
     // Signals are to end the system calls of the main thread.
     foundation::core::threads::SignalsBlocked const blocked;
@@ -69,19 +69,30 @@ Progress::~Progress() {
 
 void Progress::run() {
   MutexLock lock(mutex_);
-  bool shown = false;
-  auto const ended = [this]() KORVAN_REQUIRES(mutex_) { return end_; };
-  for (auto wait = std::chrono::milliseconds(delay); !ended_.wait_for(lock.forWaiting(), wait, ended); wait = period) {
-    if (!inForeground()) continue;
-    // No allocation: nothing could handle its failure on this thread.
-    std::array<char, 128> line;
-    int const size = std::snprintf(line.data(), line.size(), "\r\x1B[Kkglob: read %llu folders, %llu entries",
-                                   static_cast<unsigned long long>(activity_.folders),
-                                   static_cast<unsigned long long>(activity_.entries));
-    show({line.data(), std::min(static_cast<std::size_t>(size), eraseLine.size() + widestLine())});
-    shown = true;
+  while (!end_) {
+    auto const now = std::chrono::steady_clock::now();
+    bool const isDue = now >= visibleFrom_;
+    if (isDue) show();
+    ended_.wait_until(lock.forWaiting(), isDue ? now + period : visibleFrom_);
   }
-  if (shown) show(eraseLine);
+  hide();
+}
+
+void Progress::show() {
+  if (!inForeground()) return;
+  kglob_progress const read = search_.progress();
+  // No allocation: nothing could handle its failure on this thread.
+  std::array<char, 128> line;
+  int const size =
+      std::snprintf(line.data(), line.size(), "\r\x1B[Kkglob: read %llu folders, %llu entries",
+                    static_cast<unsigned long long>(read.folders), static_cast<unsigned long long>(read.entries));
+  write({line.data(), std::min(static_cast<std::size_t>(size), eraseLine.size() + widestLine())});
+  isShown_ = true;
+}
+
+void Progress::hide() {
+  if (isShown_) write(eraseLine);
+  isShown_ = false;
 }
 
 }  // namespace kglob

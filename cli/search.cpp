@@ -1,41 +1,70 @@
 #include "cli/search.hpp"
 
-#include <stdexcept>
-#include <vector>
+#include <algorithm>
+#include <csignal>
+#include <new>
 
-#include "quindarel/interpreter/array.hpp"
-#include "quindarel/interpreter/string_array.hpp"
+#include "cli/locations.hpp"
+#include "cli/signals.hpp"
 
 namespace kglob {
 namespace {
 
-using matrix::detail::ArrayPtr;
+// Enough for the folders that a descent is in. What was forgotten is read again, which a disk does fast, whereas a store
+// has to be asked.
+constexpr std::size_t diskCacheBytes = std::size_t{12} << 20;
+constexpr std::size_t storeCacheBytes = std::size_t{32} << 20;
 
-ArrayPtr stringScalar(std::u16string const& text) {
-  ArrayPtr array = Quindarel::String::createStringArray(1, 1);
-  Quindarel::String::getString(array).setText(0, text);
-  return array;
+std::vector<char const*> pointersTo(std::vector<std::string> const& texts) {
+  std::vector<char const*> pointers;
+  pointers.reserve(texts.size());
+  for (std::string const& text : texts) pointers.push_back(text.c_str());
+  return pointers;
 }
 
 }  // namespace
 
-ArrayPtr search(SearchLibrary const& library, std::u16string const& pattern, Scope const& scope) {
-  std::vector<ArrayPtr> inputs;
-  inputs.push_back(stringScalar(pattern));
-  auto const addOption = [&](char16_t const* name, ArrayPtr value) {
-    inputs.push_back(Quindarel::createCharacterRow(name));
-    inputs.push_back(std::move(value));
-  };
-  if (!scope.rootFolder.empty()) addOption(u"RootFolder", stringScalar(scope.rootFolder));
-  if (scope.dotFiles) addOption(u"IncludeDotFiles", Quindarel::createLogicalScalar(true));
+Search::Search(std::vector<std::string> const& patterns, Scope const& scope) {
+  std::vector<char const*> const texts = pointersTo(patterns);
+  std::vector<char const*> const excluded = pointersTo(scope.excluded);
+  kglob_options options = KGLOB_OPTIONS_INIT;
+  options.root_folder = scope.rootFolder.c_str();
+  options.cache_bytes =
+      isIRI(scope.rootFolder) || std::ranges::any_of(patterns, isIRI) ? storeCacheBytes : diskCacheBytes;
+  options.include_dot_files = scope.dotFiles ? 1 : 0;
+  options.dont_follow_links = scope.follow ? 0 : 1;
+  options.excluded_names = excluded.data();
+  options.excluded_count = excluded.size();
+  options.one_file_system = scope.oneFileSystem ? 1 : 0;
+  options.report_refusals = 1;
+  options.max_depth = scope.maxDepth;
+  options.facts = scope.facts;
+  search_ = kglob_open_patterns(texts.data(), texts.size(), &options);
+  cancelOnInterrupt(search_);
+}
 
-  std::vector<vxArray_tag const*> arguments;
-  arguments.reserve(inputs.size());
-  for (ArrayPtr const& input : inputs) arguments.push_back(input.get());
-  ArrayPtr output;
-  library.call(1, &output, static_cast<int>(arguments.size()), arguments.data());
-  if (!Quindarel::String::isString(output.get())) throw std::logic_error("the search library returned no string array");
-  return output;
+Search::~Search() {
+  cancelOnInterrupt(nullptr);
+  kglob_close(search_);
+}
+
+kglob_facts Search::facts(std::size_t index) const {
+  kglob_facts facts{};
+  facts.size = sizeof facts;
+  kglob_get_facts(search_, index, &facts);
+  return facts;
+}
+
+kglob_progress Search::progress() const {
+  kglob_progress progress{};
+  progress.size = sizeof progress;
+  kglob_get_progress(search_, &progress);
+  return progress;
+}
+
+void Search::throwIfEnded(kglob_status status) {
+  if (status == KGLOB_INTERRUPTED) throw EndedBySignal{SIGINT};
+  if (status == KGLOB_OUT_OF_MEMORY) throw std::bad_alloc();
 }
 
 }  // namespace kglob

@@ -6,9 +6,8 @@
 
 namespace kglob {
 
-/// Searches the patterns one after the other in one read session, and writes the matches of each when its search has
-/// ended. An error of a search is reported and ends that search only. Throws `LibraryError`, what `Output` throws, and
-/// `InterruptException` when the user interrupts a search.
+/// Searches the patterns one after the other and writes the matches as they are found. An error of a pattern is reported
+/// and the others are searched all the same. Throws what `Output` and `Search` throw.
 ExitStatus searchAll(Options const& options, Output& output);
 
 }  // namespace kglob

@@ -1,23 +1,37 @@
 #include "cli/signals.hpp"
 
+#include <atomic>
 #include <csignal>
 
 #include <pthread.h>
 #include <unistd.h>
 
-#include "quindarel/interrupt/interrupt_state.hpp"
-
 namespace kglob {
 namespace {
 
 // Looked up before any signal can arrive: the dynamic linker's lazy binding isn't safe in a signal handler.
-auto* const setInterruptPending = &utSetInterruptPending;
+auto* const cancel = &kglob_cancel;
+
+// The handler may run on any thread that doesn't block signals, and between any two instructions.
+std::atomic<bool> interrupted{false};
+std::atomic<kglob_search*> running{nullptr};
+static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<kglob_search*>::is_always_lock_free);
 
 extern "C" void onInterrupt(int) {
-  setInterruptPending(true);
+  interrupted = true;
+  cancel(running);
 }
 
 }  // namespace
+
+void cancelOnInterrupt(kglob_search* search) noexcept {
+  running = search;
+  if (interrupted) cancel(search);
+}
+
+bool isInterrupted() noexcept {
+  return interrupted;
+}
 
 void deferInterrupts() noexcept {
   struct sigaction found = {};

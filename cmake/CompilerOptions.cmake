@@ -3,6 +3,9 @@ add_library(korvan_library_options INTERFACE)
 target_compile_options(korvan_library_options INTERFACE -fno-semantic-interposition)
 target_link_options(korvan_library_options INTERFACE "LINKER:-Bsymbolic-functions")
 
+# No file name in what is built, such as in a failed assertion, depends on the folder of the sources.
+add_compile_options("-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
+
 # An undefined symbol is an error when a library is linked, not only when a program loads it. With clang, only programs
 # contain the run-time library of a sanitizer, so the shared libraries' references to it must stay undefined.
 if(NOT (CMAKE_CXX_COMPILER_ID MATCHES "Clang" AND CMAKE_CXX_FLAGS MATCHES "-fsanitize="))
@@ -23,7 +26,7 @@ target_compile_options(
             -Wnon-virtual-dtor
             -Woverloaded-virtual
             -Wnull-dereference
-            -Werror)
+            $<$<BOOL:${KORVAN_WARNINGS_AS_ERRORS}>:-Werror>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # GCC 12 reports false positives of these two inside the standard library's own strings and vectors at -O2.
   target_compile_options(korvan_warnings INTERFACE -Wno-null-dereference -Wno-restrict)

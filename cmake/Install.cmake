@@ -32,7 +32,9 @@ install(
            DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
            COMPONENT Development)
 # The folder in which StorageSystem looks for the modules of schemes.
-install(TARGETS korvan_storage_s3 LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/korvanhost" COMPONENT Runtime)
+if(KORVAN_BUILD_S3)
+  install(TARGETS korvan_storage_s3 LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/korvanhost" COMPONENT Runtime)
+endif()
 
 configure_package_config_file(
   cmake/${PROJECT_NAME}Config.cmake.in "${PROJECT_BINARY_DIR}/${PROJECT_NAME}Config.cmake"
@@ -60,25 +62,27 @@ install(
   DESTINATION "${korvan_pkgconfig_folder}"
   COMPONENT Development)
 
-install(TARGETS kglob RUNTIME COMPONENT Program)
-set(korvan_documents "${PROJECT_BINARY_DIR}/cli/documents")  # made by the target kglob-documents
-install(
-  FILES "${korvan_documents}/kglob.1"
-  DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
-  COMPONENT Program)
-install(
-  FILES "${korvan_documents}/kglob.bash"
-  RENAME kglob
-  DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
-  COMPONENT Program)
-install(
-  FILES "${korvan_documents}/_kglob"
-  DESTINATION "${KORVAN_ZSH_COMPLETIONS_DIR}"
-  COMPONENT Program)
-install(
-  FILES "${korvan_documents}/kglob.fish"
-  DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d"
-  COMPONENT Program)
+if(KORVAN_BUILD_PROGRAM)
+  install(TARGETS kglob RUNTIME COMPONENT Program)
+  set(korvan_documents "${PROJECT_BINARY_DIR}/cli/documents")  # made by the target kglob-documents
+  install(
+    FILES "${korvan_documents}/kglob.1"
+    DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
+    COMPONENT Program)
+  install(
+    FILES "${korvan_documents}/kglob.bash"
+    RENAME kglob
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
+    COMPONENT Program)
+  install(
+    FILES "${korvan_documents}/_kglob"
+    DESTINATION "${KORVAN_ZSH_COMPLETIONS_DIR}"
+    COMPONENT Program)
+  install(
+    FILES "${korvan_documents}/kglob.fish"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d"
+    COMPONENT Program)
+endif()
 
 # pip, which installs from python/ alone, has the version from there.
 file(STRINGS python/pyproject.toml korvan_python_version REGEX "^version = ")
@@ -92,3 +96,29 @@ install(
   FILES_MATCHING
   REGEX "/(.*[.]py|py[.]typed)$"
   PATTERN __pycache__ EXCLUDE)
+
+# Documents. Those of a component are in a folder named like its Debian package.
+set(korvan_runtime_documents "lib${PROJECT_NAME}${PROJECT_VERSION_MAJOR}")
+set(korvan_development_documents "lib${PROJECT_NAME}-dev")
+set(korvan_program_documents kglob)
+set(korvan_python_documents python3-kglob)
+foreach(component IN ITEMS Runtime Development Program Python)
+  string(TOLOWER "${component}" component_lower)
+  install(
+    FILES cmake/debian/copyright cmake/debian/changelog
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${korvan_${component_lower}_documents}"
+    COMPONENT ${component})
+endforeach()
+install(
+  FILES README.md CHANGELOG.md docs/patterns.md docs/object-stores.md
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${korvan_program_documents}"
+  COMPONENT Program)
+install(
+  FILES docs/embedding.md
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${korvan_development_documents}"
+  COMPONENT Development)
+install(
+  DIRECTORY examples
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${korvan_development_documents}"
+  COMPONENT Development
+  PATTERN fetch_content EXCLUDE)

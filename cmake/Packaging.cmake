@@ -5,6 +5,7 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "file search over local disks and object s
 set(CPACK_COMPONENTS_ALL Runtime Development Program Python)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)
+set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/debian/CompressDocuments.cmake")
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -20,11 +21,22 @@ set(korvan_runtime_dependency "${korvan_runtime_package} (= ${PROJECT_VERSION})"
 # The libraries that the module for "s3" needs (HTTP, XML) are ordinary dependencies, so that the scheme works once the
 # package is installed.
 configure_file(cmake/debian/shlibs.in debian/shlibs @ONLY)
+add_custom_command(
+  OUTPUT "${PROJECT_BINARY_DIR}/debian/symbols"
+  COMMAND
+    sh "${PROJECT_SOURCE_DIR}/cmake/debian/write-symbols" ${korvan_runtime_package} ${PROJECT_VERSION}
+    $<TARGET_FILE:qdkorvanautomationio> $<TARGET_FILE:korvan_host> $<TARGET_FILE:kglob_library> >
+    "${PROJECT_BINARY_DIR}/debian/symbols"
+  DEPENDS cmake/debian/write-symbols qdkorvanautomationio korvan_host kglob_library)
+add_custom_target(kglob-debian-symbols DEPENDS "${PROJECT_BINARY_DIR}/debian/symbols")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME "${korvan_runtime_package}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_BINARY_DIR}/debian/shlibs")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_BINARY_DIR}/debian/shlibs" "${PROJECT_BINARY_DIR}/debian/symbols"
+                                               "${PROJECT_SOURCE_DIR}/cmake/debian/triggers")
+# The certificates with which the module for "s3" checks a store's identity.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS ca-certificates)
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
-    "The library that an interpreter host loads, the C interface, the platform libraries that both use, and the storage module for object stores.")
+    "The library that an interpreter host loads, the C interface, the platform\nlibraries that both use, and the storage module for object stores.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME "lib${PROJECT_NAME}-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)

@@ -27,13 +27,17 @@ target_sources(
          host/foundation/core/text/utf16.hpp
          host/foundation/storage/vfs/absolute_iri.hpp
          host/foundation/storage/vfs/conversion.hpp
+         host/foundation/storage/vfs/entry_facts.hpp
+         host/foundation/storage/vfs/entry_kind.hpp
          host/foundation/storage/vfs/entry_sink.hpp
          host/foundation/storage/vfs/storage_exception.hpp
          host/foundation/storage/vfs/exists.hpp
+         host/foundation/storage/vfs/facts.hpp
          host/foundation/storage/vfs/folder.hpp
          host/foundation/storage/vfs/path_kind.hpp
          host/foundation/storage/vfs/provider.hpp
          host/foundation/storage/vfs/read_session.hpp
+         host/foundation/storage/vfs/session_policy.hpp
          host/foundation/storage/vfs/storage_system.hpp
          host/quindarel/interpreter/array.hpp
          host/quindarel/interpreter/array_ptr.hpp

@@ -13,7 +13,7 @@ namespace s3 = foundation::storage::s3;
 
 std::optional<s3::ListPage> parsed(std::string const& body) {
   try {
-    return s3::parseListPage(body);
+    return s3::parseListPage(body, true);
   } catch (s3::MalformedPage const&) {
     return std::nullopt;
   }

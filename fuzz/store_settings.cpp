@@ -35,9 +35,9 @@ std::string hostOf(std::string const& url) {
 
 // No bucket's name leads a request to another host.
 void checkHost(s3::Configuration const& configuration, std::string const& bucket) {
-  std::string const host = hostOf(s3::bucketUrl(configuration, bucket));
+  std::string const host = hostOf(s3::bucketUrl(configuration, configuration.region, bucket));
   if (configuration.endpoint.empty())
-    require(host.empty() || host.ends_with('.' + configuration.region + ".amazonaws.com"));
+    require(host.empty() || host.find('.' + configuration.region + ".") != std::string::npos);
   else
     require(host == hostOf(configuration.endpoint));
 }

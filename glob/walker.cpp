@@ -119,31 +119,33 @@ Walker::Frame& Walker::push(std::size_t segment, bool isDescent) {
   frame.isOpen = false;
   frame.hasStarted = false;
   frame.metCycle = false;
+  frame.isAbsent = false;
   return frame;
 }
 
 // Opens the topmost frame.
 void Walker::open(Frame& frame) {
   frame.isOpen = true;
-  if (plan_->revisits(frame.segment) && deadEnds_.contains(frame.segment, PathAccess::text(frame.at))) return;
-  if (frame.isBelow) {
-    if (!openBelow(frame)) return;
-  } else if (!frame.folder) {
+  bool const isDeadEnd =
+      plan_->revisits(frame.segment) && deadEnds_.contains(frame.segment, PathAccess::text(frame.at));
+  if (frame.isBelow && !openBelow(frame)) frame.metCycle = !frame.isAbsent && !isDeadEnd;
+  if (isDeadEnd || (frame.isBelow && !frame.folder)) return;
+  if (!frame.folder) {
     frame.folder.emplace(PathAccess::toIRI(absolute(frame.at, root_)), storage_);
   }
   if (frame.isDescent && !frame.isBelow) frame.folder->expectDescent();
   list(frame);
 }
 
-// Whether the subfolder, the last entry visited by the frame below on the stack, could be opened. One that closes a cycle
-// of links is refused.
+// Whether the subfolder, the last entry visited by the frame below on the stack, could be opened. The storage layer
+// refuses one that closes a cycle of links; it may also say that a descent finds no folder there.
 bool Walker::openBelow(Frame& frame) {
   Frame const& above = frames_[depth_ - 2];
   try {
     frame.folder = above.entries.enter();
     return true;
-  } catch (vfs::Exception const&) {
-    frame.metCycle = true;
+  } catch (vfs::Exception const& failure) {
+    frame.isAbsent = failure.getErrorCode() == static_cast<int>(vfs::ErrorCode::notFound);
     return false;
   }
 }
@@ -161,7 +163,7 @@ void Walker::close() {
   frame.entries = MatchingEntries();
   if (frame.metCycle && frame.isBelow) {
     frames_[depth_ - 1].metCycle = true;
-  } else if (frame.matchesBefore == matches_ && plan_->revisits(frame.segment)) {
+  } else if (frame.matchesBefore == matches_ && plan_->revisits(frame.segment) && !frame.isAbsent) {
     deadEnds_.add(frame.segment, PathAccess::text(frame.at));
   }
 }
@@ -193,8 +195,15 @@ void Walker::visit(Frame& frame) {
     below.isBelow = true;
     // Listed before the segments after this one are matched in it: the storage layer answers them from the listing.
     if (!isLast) open(below);
+    if (below.isAbsent && !onlyFoldersFollow(segment + 1)) return;
   }
   if (!isLast) enter(segment + 1);
+}
+
+// Whether the pattern from this segment on is no more than a final separator, which the entry reached so far matches if
+// it is a folder, without anything being looked up in it.
+bool Walker::onlyFoldersFollow(std::size_t segment) const noexcept {
+  return segment + 1 == plan_->size() && plan_->text(segment).empty();
 }
 
 // Whether the entry visited last is a folder: according to the listing, or else to an existence test.

@@ -48,6 +48,7 @@ class Walker {
     bool isOpen = false;
     bool hasStarted = false;  // whether the walk has asked for an entry
     bool metCycle = false;  // whether this descent was refused a folder, which another descent may be allowed to enter
+    bool isAbsent = false;  // whether no descent finds this folder below the one above
   };
 
   void begin();
@@ -61,6 +62,7 @@ class Walker {
   void moveTo(Frame& frame);
   bool isFolder(Frame const& frame, ListedKind listed) const;
   bool openBelow(Frame& frame);
+  bool onlyFoldersFollow(std::size_t segment) const noexcept;
   bool matchesLiteral(std::size_t segment) const;
 
   bool foldersOnlyAt(std::size_t segment) const noexcept { return foldersOnly_ || segment + 1 < plan_->size(); }

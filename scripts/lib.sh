@@ -2,10 +2,13 @@
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-build_packages=(cmake ninja-build g++ pkg-config libpcre2-dev libboost-dev libcli11-dev libcurl4-openssl-dev libpugixml-dev
+build_packages=(cmake ninja-build g++ pkg-config libpcre2-dev libboost-dev libcli11-dev nlohmann-json3-dev libcurl4-openssl-dev libpugixml-dev
   libgtest-dev libgmock-dev libbenchmark-dev python3)
 
-test_packages=(python3-swift openssl)
+test_packages=(python3-swift openssl zsh fish)
+
+# The second object store, for the tests on demand. Its packages come with services, which nothing starts.
+ceph_packages=(ceph-mon ceph-osd radosgw ceph-common)
 
 # What pip needs to install the Python package without a package index.
 python_packages=(python3-pip python3-setuptools python3-wheel)
@@ -17,10 +20,10 @@ clang_packages=(clang)
 fuzz_packages=("${clang_packages[@]}" libclang-rt-dev)
 
 # The tools that kglob is compared with, and strace, which counts its system calls.
-bench_packages=(fd-find ripgrep zsh rclone s3cmd strace)
+bench_packages=(fd-find gnuplot-nox ripgrep zsh rclone s3cmd strace)
 
 # The tools that build Debian packages.
-package_packages=(dpkg-dev fakeroot file)
+package_packages=(dpkg-dev fakeroot file lintian)
 
 # require_packages NAME...: installs those of the Debian packages that are missing; silent if none is.
 require_packages() {

@@ -27,6 +27,14 @@
 /// what is below it. A match found in two ways is given twice. Each folder is read once, so all matches show it in the
 /// same state.
 ///
+/// A search may have several patterns (`kglob_open_patterns`). They are searched one after the other and share what was
+/// read. Each has an end of its own, and an error ends only the pattern that it concerns:
+///
+///     do {
+///       while ((status = kglob_next_block(search, -1, &block, &length)) == KGLOB_OK && length > 0) ...
+///       if (status != KGLOB_OK) ...
+///     } while (kglob_next_pattern(search));
+///
 /// Text: every text is a sequence of bytes ended by NUL. Names are bytes as the disk has them, in no particular
 /// encoding; they are neither checked nor changed. Messages are one line of UTF-8.
 ///
@@ -71,18 +79,55 @@ typedef enum kglob_status {
   KGLOB_OUT_OF_MEMORY = 10
 } kglob_status;
 
+/// What a search tells about each match besides its text; see `kglob_get_facts`.
+typedef enum kglob_fact_level {
+  KGLOB_NO_FACTS = 0,
+  KGLOB_KINDS = 1,  ///< the kind only; costs nothing where a folder's listing says what its entries are
+  KGLOB_ALL_FACTS =
+      2  ///< everything; costs one system call for each match on a disk, and nothing in a store that was listed
+} kglob_fact_level;
+
 /// How to search. Initialised with `KGLOB_OPTIONS_INIT`; a member that is zero has its default.
+///
+/// What `excluded_names`, `dont_follow_links`, `one_file_system` and `max_depth` leave out is not read either. They apply
+/// below the start folder of each pattern, which is the part before its first wildcard: nothing that this part names is
+/// left out.
 typedef struct kglob_options {
   size_t size;              ///< sizeof(kglob_options)
   const char* root_folder;  ///< a local path or an IRI; null or empty: the process's current folder
   size_t cache_bytes;       ///< bound of the cache of folders, about; when exceeded, folders are read again; 0: 256 MiB
-  uint32_t include_dot_files;  ///< nonzero: wildcards also match names that begin with "."
-  uint32_t reserved;           ///< must be 0
+  uint32_t include_dot_files;         ///< nonzero: wildcards also match names that begin with "."
+  uint32_t dont_follow_links;         ///< nonzero: "**" lists a link to a folder and doesn't enter it
+  const char* const* excluded_names;  ///< entries to leave out, with all below; "*" is any run of characters
+  size_t excluded_count;
+  uint32_t one_file_system;  ///< nonzero: a folder on another file system than the start folder is listed, not entered
+  uint32_t report_refusals;  ///< nonzero: a name behind a wildcard that may not be looked up is a failure, not an error
+  uint32_t max_depth;        ///< how many levels below the start folder matches may be; 0: any number
+  uint32_t facts;            ///< a `kglob_fact_level`
 } kglob_options;
 
 /// The defaults, to initialise `kglob_options` with.
 #define KGLOB_OPTIONS_INIT \
-  { sizeof(kglob_options), NULL, 0, 0, 0 }
+  { sizeof(kglob_options), NULL, 0, 0, 0, NULL, 0, 0, 0, 0, KGLOB_NO_FACTS }
+
+/// What a match is. A link is neither a file nor a folder, whatever it points to.
+typedef enum kglob_kind { KGLOB_UNKNOWN = 0, KGLOB_FILE = 1, KGLOB_FOLDER = 2, KGLOB_LINK = 3 } kglob_kind;
+
+/// Bits of `kglob_facts.known`.
+enum { KGLOB_HAS_BYTES = 1, KGLOB_HAS_TIME = 2 };
+
+/// What is known of a match. No text is null; one that there is nothing for is empty.
+typedef struct kglob_facts {
+  size_t size;               ///< sizeof(kglob_facts), set by the caller
+  uint32_t kind;             ///< a `kglob_kind`; `KGLOB_UNKNOWN` if it couldn't be looked up or no longer exists
+  uint32_t known;            ///< `KGLOB_HAS_...`: which of the next members are set
+  uint64_t bytes;            ///< the size; folders in stores have none
+  int64_t modified_seconds;  ///< the time of the last change of the contents, since 1970-01-01T00:00:00Z
+  uint32_t modified_nanoseconds;
+  uint32_t reserved;
+  const char* etag;           ///< an object's entity tag, without quotation marks
+  const char* storage_class;  ///< an object's storage class as its store calls it, such as "STANDARD"
+} kglob_facts;
 
 /// An error that ended a search, or a folder that a search couldn't read. No text is null; one that there is nothing
 /// for is empty. The location is what the failure is about: a path or an IRI, the text that isn't a valid IRI, or the
@@ -117,31 +162,48 @@ typedef struct kglob_progress {
 /// else happens on the search's thread.
 KGLOB_API kglob_search* kglob_open(const char* pattern, const kglob_options* options);
 
-/// The next matches: sets `*bytes` to a block of whole matches, each ended by NUL, and `*length` to the block's size.
-/// The block belongs to the search and is valid until the next call or `kglob_close`. It comes as soon as it holds 64
-/// KiB, or 20 milliseconds have passed since its first match was found, or the search is at its end; the first match of
-/// a search comes at once.
+/// As `kglob_open`, for `count` patterns in this order; none at all match nothing. An invalid argument, such as a null
+/// pattern, a root folder that can't be resolved and a thread that can't be started are errors of the whole search.
+KGLOB_API kglob_search* kglob_open_patterns(const char* const* patterns, size_t count, const kglob_options* options);
+
+/// The next matches of the current pattern, at first the only or first one: sets `*bytes` to a block of whole matches,
+/// each ended by NUL, and `*length` to the block's size. The block belongs to the search and is valid until the next
+/// call, `kglob_next_pattern` or `kglob_close`. It comes as soon as 64 KiB of matches are there, or 20 milliseconds have
+/// passed since its first match was found, or the search is at its end; the first match of a search comes at once.
 ///
 /// - `KGLOB_OK` with a length greater than 0: a block.
-/// - `KGLOB_OK` with the length 0: the end; all matches have been given.
+/// - `KGLOB_OK` with the length 0: the end; all matches of the pattern have been given.
 /// - `KGLOB_TIMED_OUT`: there was no block within `timeout_ms` milliseconds, and the search goes on. A negative timeout
 ///   waits as long as it takes; 0 doesn't wait.
-/// - Anything else: the error that ended the search; see `kglob_error`. The matches found before it have been given.
+/// - Anything else: the error that ended the search for the pattern; see `kglob_error`. The matches found before it have
+///   been given.
 ///
-/// After the end and after an error further calls return the same. Unless a block is returned the length is 0 and
-/// `*bytes` is null.
+/// After the end and after an error further calls return the same, until `kglob_next_pattern` is called. Unless a block
+/// is returned the length is 0 and `*bytes` is null.
 KGLOB_API kglob_status kglob_next_block(kglob_search* search, int timeout_ms, const char** bytes, size_t* length);
 
-/// The error that `kglob_next_block` returned, valid until `kglob_close`; null if it hasn't returned one. Owned by the
-/// search.
+/// Sets the members of `*facts` that its size includes, those that this library doesn't know to 0, to what is known of the
+/// match at `index` in the current block, counted from 0. The texts belong to the search and are valid as long as the
+/// block. Returns nonzero; if there is no such match or the options asked for no facts it returns 0, and nothing is known.
+KGLOB_API int kglob_get_facts(const kglob_search* search, size_t index, kglob_facts* facts);
+
+/// Goes on to the next pattern, whose matches `kglob_next_block` then returns, and returns nonzero. Returns 0 and does
+/// nothing if `kglob_next_block` hasn't returned the end or an error of the current pattern yet, if that pattern is the
+/// last, or after an error of the whole search: `KGLOB_INTERRUPTED`, `KGLOB_OUT_OF_MEMORY`, or one that
+/// `kglob_open_patterns` lists. Never waits.
+KGLOB_API int kglob_next_pattern(kglob_search* search);
+
+/// The error of the current pattern that `kglob_next_block` returned, valid until `kglob_next_pattern` or
+/// `kglob_close`; null if it hasn't returned one. Owned by the search.
 KGLOB_API const kglob_failure* kglob_error(const kglob_search* search);
 
-/// The next folder that couldn't be read, or entry that couldn't be looked at, and that the search passed over: each
-/// once, in the order of the failures. If there is none, the matches are complete. A folder that doesn't exist is no
-/// failure, nor is one that is passed over because it closes a cycle of links.
+/// The next folder that couldn't be read, or entry that couldn't be looked at, and that the search for the current or an
+/// earlier pattern passed over: each once, in the order of the failures. If there is none, the matches are complete. A
+/// folder that doesn't exist is no failure, nor is one that is passed over because it closes a cycle of links. One with the
+/// status `KGLOB_OK` is a note: the matches are complete, but cost more than usual, and the reason says why.
 ///
 /// Owned by the search, and valid until the next call or `kglob_close`. Null if there is no further one at the moment;
-/// once `kglob_next_block` has returned the end or an error, all are known. Never waits.
+/// once `kglob_next_block` has returned the end or an error, all those of the pattern are known. Never waits.
 KGLOB_API const kglob_failure* kglob_next_failure(kglob_search* search);
 
 /// Ends a search that is still running: it stops within about a tenth of a second, or when the system call in progress

@@ -13,7 +13,6 @@
 
 namespace {
 
-using kglob::Completion;
 using kglob::OptionRow;
 using kglob::Options;
 using kglob::optionTable;
@@ -37,12 +36,24 @@ std::string manualText(std::string_view text) {
   return "\\&" + replaceAll(replaceAll(std::string(text), "\\", "\\e"), "-", "\\-");
 }
 
+/// Replaces a word, which nothing that could be part of a word is next to.
+std::string replaceWord(std::string text, std::string_view word, std::string_view replacement) {
+  using foundation::core::text::isLetter;
+  for (std::size_t at = 0; (at = text.find(word, at)) != std::string::npos;) {
+    std::size_t const end = at + word.size();
+    bool const isWord = (at == 0 || !isLetter(text[at - 1])) && (end == text.size() || !isLetter(text[end]));
+    if (isWord) text.replace(at, word.size(), replacement);
+    at += isWord ? replacement.size() : word.size();
+  }
+  return text;
+}
+
 std::string manualOptions() {
   std::string lines;
   for (OptionRow const& row : optionTable) {
     std::string const value = "\\fI" + std::string(row.placeholder) + "\\fR";
-    std::string text = manualText(row.manual);
-    if (row.takesValue()) text = replaceAll(text, row.placeholder, value);
+    std::string text = manualText(row.help) + (row.more.empty() ? "" : ".\n" + manualText(row.more));
+    if (row.takesValue()) text = replaceWord(text, row.placeholder, value);
     std::string const term = replaceAll(forms(row, "\\fR, \\fB"), "-", "\\-");
     lines += ".TP\n\\fB" + term + "\\fR" + (row.takesValue() ? " " + value : "") + '\n' + text + '\n';
   }
@@ -56,19 +67,26 @@ std::string bashOptions() {
   return words + "--";
 }
 
-/// The pattern of a "case" for the options whose value is of a kind.
-std::string bashCase(Completion completion) {
-  std::string pattern;
-  for (OptionRow const& row : optionTable)
-    if (row.completion == completion && row.takesValue()) pattern += (pattern.empty() ? "" : " | ") + forms(row, " | ");
-  return pattern;
+/// A branch of a "case" for each option with a value, which sets what the value is completed with.
+std::string bashCases() {
+  std::string cases;
+  for (OptionRow const& row : optionTable) {
+    if (!row.takesValue()) continue;
+    std::string const action = row.values == kglob::folders ? "-d"
+                               : row.values == kglob::files ? "-f"
+                                                            : "-W '" + std::string(row.values) + "'";
+    cases += "    " + forms(row, " | ") + ") action=(" + action + ") ;;\n";
+  }
+  cases.pop_back();
+  return cases;
 }
 
 std::string zshValue(OptionRow const& row) {
   if (!row.takesValue()) return {};
-  std::string const action = row.completion == Completion::folders ? "_directories"
-                             : row.completion == Completion::files ? "_files"
-                                                                   : "";
+  std::string const action = row.values == kglob::folders ? "_path_files -/"
+                             : row.values == kglob::files ? "_files"
+                             : row.values.empty()         ? ""
+                                                          : "(" + std::string(row.values) + ")";
   return ":" + foundation::core::text::lowerCase(row.placeholder) + ":" + action;
 }
 
@@ -82,7 +100,10 @@ std::string zshOptions() {
   for (OptionRow const& row : optionTable) {
     std::string const name = "--" + std::string(row.name) + (row.takesValue() ? "=" : "");
     std::string const rest = "[" + std::string(row.help) + "]" + zshValue(row) + "'";
-    std::string const others = excludesOthers(row) ? "(- *)" : row.letter ? "(" + forms(row, " ") + ")" : "";
+    std::string const others = excludesOthers(row)  ? "(- *)"
+                               : row.isRepeatable() ? "*"
+                               : row.letter         ? "(" + forms(row, " ") + ")"
+                                                    : "";
     std::string const letter = std::string{'-', row.letter} + (row.takesValue() ? "+" : "");
     lines += "  '" + others + (row.letter ? "'{" + letter + "," + name + "}'" : name) + rest + " \\\n";
   }
@@ -96,9 +117,12 @@ std::string fishOptions() {
     lines += "complete -c kglob";
     if (row.letter) lines += std::string(" -s ") + row.letter;
     (lines += " -l ") += row.name;
-    if (row.completion == Completion::folders) lines += " -x -a '(__kglob_folders)'";
-    if (row.completion == Completion::files) lines += " -r -F";
-    if (row.completion == Completion::none && row.takesValue()) lines += " -x";
+    if (row.values == kglob::folders)
+      lines += " -x -a '(__kglob_folders)'";
+    else if (row.values == kglob::files)
+      lines += " -r -F";
+    else if (row.takesValue())
+      lines += " -x -a '" + std::string(row.values) + "'";
     lines += " -d '" + std::string(row.help) + "'\n";
   }
   lines.pop_back();
@@ -122,13 +146,8 @@ std::string_view firstPlaceholder(std::string_view text) {
 
 void generate(char const* templatePath, char const* outputPath, char const* version) {
   std::map<std::string, std::string> const placeholders{
-      {"@VERSION@", version},
-      {"@MANUAL_OPTIONS@", manualOptions()},
-      {"@BASH_OPTIONS@", bashOptions()},
-      {"@BASH_FOLDER_OPTIONS@", bashCase(Completion::folders)},
-      {"@BASH_FILE_OPTIONS@", bashCase(Completion::files)},
-      {"@ZSH_OPTIONS@", zshOptions()},
-      {"@FISH_OPTIONS@", fishOptions()},
+      {"@VERSION@", version},        {"@MANUAL_OPTIONS@", manualOptions()}, {"@BASH_OPTIONS@", bashOptions()},
+      {"@BASH_CASES@", bashCases()}, {"@ZSH_OPTIONS@", zshOptions()},       {"@FISH_OPTIONS@", fishOptions()},
   };
   std::string text = read(templatePath);
   for (auto const& [placeholder, replacement] : placeholders) text = replaceAll(text, placeholder, replacement);

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -12,6 +13,8 @@
 
 namespace korvan::test {
 namespace {
+
+namespace vfs = foundation::storage::vfs;
 
 TEST(RealFolders, EveryNameIsFoundListedAndAddressed) {
   Tree tree;
@@ -121,9 +124,31 @@ TEST(RealFolders, AFolderWithoutPermissionIsSkipped) {
       for (auto const& c : cases) EXPECT_EQ(search(c.pattern, folder.path()), c.matches) << c.pattern;
       // If a literal name can't be looked up, that is an error, since it may exist.
       for (std::string const pattern : {"locked/x", "*/x", "**/x"}) {
-        EXPECT_THROW(search(pattern, folder.path()), foundation::storage::vfs::Exception) << pattern;
+        EXPECT_THROW(search(pattern, folder.path()), vfs::Exception) << pattern;
       }
       EXPECT_TRUE(!session || !session->failedListings().empty());
+    }
+    // By policy it is one more folder that can't be read, unless the user wrote out the whole name.
+    struct {
+      std::string pattern;
+      Strings matches, reported;
+    } const reports[] = {{"**/x", {"a/x", "names/x", "through/x"}, {"into-locked", "locked", "names/d", "through"}},
+                         {"*/x", {"a/x", "through/x"}, {"into-locked", "locked", "names"}},
+                         {"**/into-locked", {"into-locked"}, {"into-locked", "locked", "names/d", "through"}}};
+    for (auto const& c : reports) {
+      for (std::size_t const memory : {ReadSession::defaultMemoryBound, std::size_t{300}}) {
+        ReadSession session(memory, {.reportRefusals = true});
+        EXPECT_EQ(search(c.pattern, folder.path()), c.matches) << c.pattern;
+        Strings reported;
+        for (auto const& failure : session.failedListings()) {
+          reported.push_back(
+              toBytes(failure.getLocation().toString()).substr(("file://" + folder.path() + "/").size()));
+        }
+        std::sort(reported.begin(), reported.end());
+        EXPECT_EQ(reported, c.reported) << c.pattern;
+        session.beginSearch();
+        EXPECT_THROW(search("locked/x", folder.path()), vfs::Exception);
+      }
     }
   }));
   for (auto const* const name : {"locked", "names", "through"}) setMode(name, 0755);

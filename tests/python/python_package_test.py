@@ -71,7 +71,7 @@ class PackageTest(unittest.TestCase):
                 matches = kglob.glob(pattern, root_dir=root, include_hidden=hidden)
                 self.assertEqual(kglob.glob(os.fsencode(pattern), root_dir="file://" + root, include_hidden=hidden),
                                  [os.fsencode(match) for match in matches])
-                program = subprocess.run([KGLOB, "-0" + "d" * hidden, "--", pattern], cwd=root, stdout=subprocess.PIPE)
+                program = subprocess.run([KGLOB, "-L0" + "d" * hidden, "--", pattern], cwd=root, stdout=subprocess.PIPE)
                 self.assertEqual(os.fsdecode(program.stdout), "".join(match + "\0" for match in matches))
                 literal = pattern.replace("[", "[[]").replace("?", "[?]")
                 expected = glob.glob(literal, root_dir=root, include_hidden=hidden, recursive=True)

@@ -18,6 +18,8 @@ class CSearch {
     options.include_dot_files = includeDotFiles ? 1 : 0;
     search_ = kglob_open(pattern.c_str(), &options);
   }
+  CSearch(std::vector<char const*> const& patterns, kglob_options const* options)
+      : search_(kglob_open_patterns(patterns.data(), patterns.size(), options)) {}
   ~CSearch() { kglob_close(search_); }
   CSearch(CSearch const&) = delete;
   CSearch& operator=(CSearch const&) = delete;

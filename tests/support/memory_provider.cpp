@@ -29,6 +29,13 @@ std::size_t MemoryProvider::mostRequests(Operation operation) const {
   return most;
 }
 
+std::size_t MemoryProvider::requestsIn(std::string_view text) const {
+  std::lock_guard const lock(mutex_);
+  std::size_t sum = 0;
+  for (auto const& [key, count] : requests_) sum += key.second.find(text) != std::string::npos ? count : 0;
+  return sum;
+}
+
 // Counts the request. Returns the path from the tree's root, without needless separators, so that each location is
 // counted once.
 std::string MemoryProvider::note(Operation operation, vfs::AbsoluteIRI const& location) {
@@ -75,11 +82,22 @@ std::optional<vfs::FolderIdentity> MemoryProvider::identity(vfs::AbsoluteIRI con
   std::string const path = note(Operation::identity, folder);
   if (servesSubtrees()) return std::nullopt;
   if (!tree.isFolder(path)) throw vfs::Exception(vfs::ErrorCode::notFound, folder, "there is no such folder");
-  return vfs::FolderIdentity{1, std::hash<std::string>()(*tree.resolve(path))};
+  std::string const resolved = *tree.resolve(path);
+  bool const isMounted = !options_.mountPoint.empty() && beginsWith(resolved + "/", options_.mountPoint + "/");
+  return vfs::FolderIdentity{isMounted ? 2U : 1U, std::hash<std::string>()(resolved)};
+}
+
+std::optional<vfs::EntryFacts> MemoryProvider::facts(vfs::AbsoluteIRI const& location) {
+  std::string const path = note(Operation::facts, location);
+  auto const parent = tree.resolve(path.substr(0, path.rfind('/') + 1));
+  for (auto const& [name, kind] : parent ? tree.children(*parent) : Tree::Entries()) {
+    if (name == path.substr(path.rfind('/') + 1)) return vfs::EntryFacts{.kind = kind};
+  }
+  return std::nullopt;
 }
 
 vfs::SubtreePage MemoryProvider::subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix,
-                                         std::string_view after, std::string_view /*page*/) {
+                                         std::string_view after, std::string_view /*page*/, bool withFacts) {
   std::string const path = note(Operation::subtree, folder);
   std::vector<std::string> all;
   if (tree.isFolder(path)) {
@@ -94,6 +112,7 @@ vfs::SubtreePage MemoryProvider::subtree(vfs::AbsoluteIRI const& folder, std::st
     if (!page.last) continue;
     onEntry();
     page.paths.push_back(all[i]);
+    if (withFacts) page.facts.push_back({.size = all[i].size(), .etag = all[i]});
   }
   return page;
 }

@@ -24,7 +24,7 @@ namespace vfs = foundation::storage::vfs;
 /// that aren't operations of storage.
 class MemoryProvider final : public vfs::Provider {
  public:
-  enum class Operation { kind, list, identity, subtree };
+  enum class Operation { kind, list, identity, facts, subtree };
   using Key = std::pair<Operation, std::string>;
 
   struct Options {
@@ -35,6 +35,8 @@ class MemoryProvider final : public vfs::Provider {
     bool marksEveryFolder = false;
     /// Whether a folder doesn't say the kinds of its entries, as in some file systems.
     bool hidesKinds = false;
+    /// A folder that is on another device, with everything below it.
+    std::string mountPoint{};
   };
 
   explicit MemoryProvider(Tree served) : MemoryProvider(std::move(served), Options()) {}
@@ -49,15 +51,18 @@ class MemoryProvider final : public vfs::Provider {
   std::size_t requests() const;
   /// The most requests for any one location.
   std::size_t mostRequests(Operation operation) const;
+  /// All requests for locations in whose paths the text occurs.
+  std::size_t requestsIn(std::string_view text) const;
   void forgetRequests() { requests_.clear(); }
 
   Authority authority() const noexcept override { return options_.authority; }
   vfs::PathKind kind(vfs::AbsoluteIRI const& location) override;
   void list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) override;
   std::optional<vfs::FolderIdentity> identity(vfs::AbsoluteIRI const& folder) override;
+  std::optional<vfs::EntryFacts> facts(vfs::AbsoluteIRI const& location) override;
   bool servesSubtrees() const noexcept override { return options_.subtreePage != 0; }
   vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
-                           std::string_view page) override;
+                           std::string_view page, bool withFacts) override;
   void listRest(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view after,
                 vfs::EntrySink& entries) override;
 

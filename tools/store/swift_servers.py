@@ -10,18 +10,13 @@ import socket
 import sys
 import time
 
-REGION = "us-east-1"
+from local_store import AWKWARD, GUEST, OWNER, REGION, SECRETS
 
-# Access key → secret and groups. All users belong to one account, since accounts can't see each other's buckets.
-OWNER = "test:tester"
-GUEST = "test:guest"
-AWKWARD = "test:o'wner+%3A =&"
-USERS = {
-    OWNER: ("testing", ["test", OWNER, ".admin", "AUTH_test"]),
-    # Valid credentials without access to any bucket.
-    GUEST: ("guest-secret", ["test", GUEST]),
-    # Characters that are easily signed wrongly.
-    AWKWARD: ("s+e/c%2Fr:e t=\"ä&'", ["test", AWKWARD, ".admin", "AUTH_test"]),
+# Access key → groups. All users belong to one account, since accounts can't see each other's buckets.
+_GROUPS = {
+    OWNER: ["test", OWNER, ".admin", "AUTH_test"],
+    GUEST: ["test", GUEST],
+    AWKWARD: ["test", AWKWARD, ".admin", "AUTH_test"],
 }
 
 _PROXY_PIPELINE = ("catch_errors gatekeeper healthcheck cache proxy-logging listing_formats bulk s3api tempauth copy slo dlo "
@@ -154,8 +149,7 @@ def serve(kind, configuration, listener):
     def with_users(self, app, conf):
         # The configuration file can't represent every secret.
         make(self, app, conf)
-        self.users = {name: {"key": secret, "url": "$HOST/v1/AUTH_test", "groups": groups}
-                      for name, (secret, groups) in USERS.items()}
+        self.users = {name: {"key": SECRETS[name], "url": "$HOST/v1/AUTH_test", "groups": groups} for name, groups in _GROUPS.items()}
 
     tempauth.TempAuth.__init__ = with_users
     extra = {"global_conf_callback": swift.obj.server.global_conf_callback} if kind == "object" else {}

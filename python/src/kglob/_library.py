@@ -10,7 +10,7 @@ PERMISSION_DENIED, INACCESSIBLE, INTERRUPTED, OUT_OF_MEMORY = range(7, 11)
 
 class Options(ctypes.Structure):
     _fields_ = [("size", ctypes.c_size_t), ("root_folder", ctypes.c_char_p), ("cache_bytes", ctypes.c_size_t),
-                ("include_dot_files", ctypes.c_uint32), ("reserved", ctypes.c_uint32)]
+                ("include_dot_files", ctypes.c_uint32), ("dont_follow_links", ctypes.c_uint32)]
 
 
 class Failure(ctypes.Structure):

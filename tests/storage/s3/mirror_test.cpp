@@ -1,3 +1,4 @@
+#include <chrono>
 #include <cstdlib>
 #include <optional>
 #include <random>
@@ -5,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include "foundation/storage/vfs/absolute_iri.hpp"
+#include "foundation/storage/vfs/facts.hpp"
 #include "foundation/storage/vfs/read_session.hpp"
 #include "korvan/io/glob.hpp"
 #include "support/text.hpp"
@@ -76,6 +78,31 @@ TEST(Mirror, RandomPatternsFindTheSame) {
     }
   }
   EXPECT_GE(something, 200U);
+}
+
+TEST(Mirror, FactsComeWithTheListing) {
+  auto const storage = Quindarel::KorvanStorageSystem::GetStorageSystemReference();
+  vfs::ReadSession const session(vfs::ReadSession::defaultMemoryBound, {.collectFacts = true});
+  std::vector<vfs::EntryFacts> found;
+  for (std::u16string const pattern : {u"s3://facts/*", u"s3://facts/*/*", u"s3://mirror/wide/00*"}) {
+    auto const matches = glob(pattern, u"/", false);
+    std::uint64_t const requests = session.activity().requests;
+    for (auto const& match : matches) found.push_back(vfs::facts(vfs::AbsoluteIRI(match), storage).value());
+    EXPECT_EQ(session.activity().requests, requests);
+  }
+  ASSERT_EQ(found.size(), 2U + 1U + 100U);
+  EXPECT_EQ(found[0], vfs::EntryFacts{.kind = vfs::EntryKind::folder});
+  EXPECT_EQ(found[2].size, 5U);
+  EXPECT_EQ(found[2].etag, "827ccb0eea8a706c4c34a16891f84e7b");  // of "12345", by MD5
+  auto const now = std::chrono::system_clock::now().time_since_epoch() / std::chrono::seconds(1);
+  for (vfs::EntryFacts const& facts : found) {
+    if (facts.kind == vfs::EntryKind::folder) continue;
+    EXPECT_EQ(facts.storageClass, "STANDARD");
+    ASSERT_TRUE(facts.size && facts.modified);
+    EXPECT_NEAR(static_cast<double>(facts.modified->seconds), static_cast<double>(now), 3600);
+  }
+  // A literal pattern lists nothing.
+  EXPECT_EQ(vfs::facts(vfs::AbsoluteIRI(u"s3://facts/none"), storage), found[1]);
 }
 
 }  // namespace

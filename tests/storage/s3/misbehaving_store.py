@@ -1,10 +1,14 @@
 """An object store that misbehaves in a way that the bucket's name selects, so that one server serves every case."""
 
+import base64
 import collections
 import contextlib
 import http.server
 import itertools
+import random
+import socket
 import ssl
+import struct
 import threading
 import time
 import urllib.parse
@@ -24,8 +28,8 @@ def page(names=NAMES, token=None, prefixes=()):
     return f"<?xml version='1.0'?><ListBucketResult>{inside}</ListBucketResult>".encode()
 
 
-def error(code):
-    return f"<Error><Code>{code}</Code><Message>as configured</Message><RequestId>id-{code}</RequestId></Error>".encode()
+def error(code, more=""):
+    return f"<Error><Code>{code}</Code><Message>as configured</Message><RequestId>id-{code}</RequestId>{more}</Error>".encode()
 
 
 def listing(query, keys=KEYS):
@@ -54,23 +58,59 @@ def slowly(body):
         time.sleep(0.1)
 
 
-# bucket: the response (status, body, headers) to a request with this number, from 1, and query; None hangs up.
+def in_region(request):
+    """A bucket in the region "eu-far-1"."""
+    return WELL if request.region == "eu-far-1" else (301, error("PermanentRedirect"), {"x-amz-bucket-region": "eu-far-1", "Location": "/well"})
+
+
+def with_the_password(request):
+    """What a proxy could repeat of the user information that it was sent."""
+    sent = request.headers.get("Proxy-Authorization", "Basic ").split()[1]
+    user = base64.b64decode(sent).decode()
+    return 403, f"{sent} {user} {user.split(':')[1]} {urllib.parse.quote(user, safe='')}".encode(), {}
+
+
+def cut(request):
+    """Cuts off a share of the responses, which the bucket's name ends with, in percent: somewhere between the connection and the end."""
+    chunked = b"%x\r\n%b\r\n0\r\n\r\n" % (len(page()), page())
+    header, body = random.choice([(f"Content-Length: {len(page())}\r\n", page()), ("Transfer-Encoding: chunked\r\n", chunked), ("", page())])
+    response = f"HTTP/1.1 200 OK\r\n{header}x-amz-request-id: 1\r\n\r\n".encode() + body
+    if random.random() * 100 < int(request.bucket.split("-")[1]):
+        response = response[:random.randrange(len(response))]
+        if random.random() < 0.5:  # a reset
+            request.connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+    request.wfile.write(response)
+
+
+# bucket: the response (status, body, headers) to a request, which has the attributes `number` (from 1, for each bucket), `query`, `token` (of
+# continuation), `region` (that it is signed for) and `bucket`; None hangs up.
 BEHAVIOURS = {
-    "well": lambda number, query: WELL,
-    "trickle": lambda number, query: (200, slowly(page()), {"Content-Length": str(len(page()))}),
-    "busy-thrice": lambda number, query: BUSY if number <= 3 else WELL,
-    "busy": lambda number, query: BUSY,
-    "retry-after": lambda number, query: (503, b"", {"Retry-After": "1"}) if number == 1 else WELL,
-    "dropped-once": lambda number, query: None if number == 1 else WELL,
-    "silent": lambda number, query: time.sleep(60),
-    "cut-second-page": lambda number, query: (200, page(["three"], "1"), {}) if "continuation-token" not in query else CUT,
-    "garbage": lambda number, query: (200, bytes(range(256)) * 10, {}),
-    "same-token": lambda number, query: (200, page([f"t{number:06}"], "again"), {}),
-    "empty-forever": lambda number, query: (200, page([], f"token{number}"), {}),
-    "flood": lambda number, query: (200, itertools.repeat(b"<Contents>" * 100000), {}),
-    "moved": lambda number, query: (301, error("PermanentRedirect"), {"x-amz-bucket-region": "eu-far-1", "Location": "/well"}),
-    "collated": lambda number, query: listing(query, sorted(KEYS, key=str.lower)),
-    "limited": lambda number, query: listing(query) if query.get("prefix", "").startswith("f0/") else (403, error("AccessDenied"), {}),
+    "well": lambda request: WELL,
+    "trickle": lambda request: (200, slowly(page()), {"Content-Length": str(len(page()))}),
+    "busy-thrice": lambda request: BUSY if request.number <= 3 else WELL,
+    "busy": lambda request: BUSY,
+    "retry-after": lambda request: (503, b"", {"Retry-After": "1"}) if request.number == 1 else WELL,
+    "dropped-once": lambda request: None if request.number == 1 else WELL,
+    "late": lambda request: time.sleep(11) or WELL,
+    "silent": lambda request: time.sleep(60),
+    "silent-body": lambda request: (200, (time.sleep(60) for _ in range(1)), {}),
+    "cut-second-page": lambda request: (200, page(["three"], "1"), {}) if request.token == "0" else CUT,
+    "cut-5": cut,
+    "cut-20": cut,
+    "garbage": lambda request: (200, bytes(range(256)) * 10, {}),
+    "long-header": lambda request: (200, page(), {"x-long": "x" * 200000}),
+    "same-token": lambda request: (200, page([f"t{request.number:06}"], "again"), {}),
+    "empty-forever": lambda request: (200, page([], f"token{request.number}"), {}),
+    "flood": lambda request: (200, itertools.repeat(b"<Contents>" * 100000), {}),
+    "moved": in_region,
+    "moving": lambda request: (400, error("AuthorizationHeaderMalformed", f"<Region>eu-{request.number}</Region>"), {}),
+    "moved-away": lambda request: (301, error("PermanentRedirect"), {"x-amz-bucket-region": "elsewhere.example/"}),
+    "password": with_the_password,
+    "in-host": lambda request: WELL if request.headers["Host"].startswith("in-host.") else (400, b"", {}),
+    "payer": lambda request: WELL if request.headers.get("x-amz-request-payer") == "requester" else (403, error("AccessDenied"), {}),
+    "collated": lambda request: listing(request.query, sorted(KEYS, key=str.lower)),
+    "limited": lambda request: listing(request.query) if request.query["prefix"].startswith("f0/") else (403, error("AccessDenied"), {}),
+    "unsigned": lambda request: (403, error("AccessDenied"), {}) if "Authorization" in request.headers else WELL,
 }
 
 
@@ -78,7 +118,7 @@ def behaviour(bucket):
     """That of the bucket "gone-7" is to be absent at the seventh request only."""
     if not bucket.startswith("gone-"):
         return BEHAVIOURS[bucket]
-    return lambda number, query: (404, error("NoSuchBucket"), {}) if bucket.endswith(f"-{number}") else listing(query)
+    return lambda request: (404, error("NoSuchBucket"), {}) if bucket.endswith(f"-{request.number}") else listing(request.query)
 
 
 class Handler(http.server.BaseHTTPRequestHandler):
@@ -86,9 +126,13 @@ class Handler(http.server.BaseHTTPRequestHandler):
 
     def do_GET(self):
         address = urllib.parse.urlsplit(self.path)
-        bucket = address.path.split("/")[1]
-        self.server.requests[bucket] += 1
-        response = behaviour(bucket)(self.server.requests[bucket], dict(urllib.parse.parse_qsl(address.query)))
+        self.bucket = address.path.split("/")[1] or self.headers["Host"].split(".")[0]
+        self.server.requests[self.bucket] += 1
+        self.number = self.server.requests[self.bucket]
+        self.query = dict(urllib.parse.parse_qsl(address.query, keep_blank_values=True))
+        self.token = self.query.get("continuation-token", "0")
+        self.region = (self.headers.get("Authorization", "").split("/") + [""] * 3)[2]
+        response = behaviour(self.bucket)(self)
         self.close_connection = True
         if response is None:
             return

@@ -20,8 +20,8 @@ class FakeStore : public Clock, public Transport {
   milliseconds now() override { return now_; }
   double random01() override { return random_; }
   void wait(milliseconds time) override { now_ += time; }
-  AttemptOutcome get(std::string const&, milliseconds timeout) override {
-    now_ += std::min(each_, timeout);
+  AttemptOutcome get(StoreRequest const&) override {
+    now_ += each_;
     return outcome_;
   }
 
@@ -54,7 +54,8 @@ TEST(S3Retry, RetriesTransientFailuresWithinItsLimits) {
       {status(500), milliseconds(1), 0.5, 4, 4, milliseconds(4 + 50 + 100 + 200)},
       {status(503), milliseconds(1), 0.5, 2, 2, milliseconds(2 + 50)},
       {lost, seconds(10), 0, usual, 3, seconds(30)},
-      {lost, seconds(100), 0, usual, 1, seconds(30)},
+      {lost, seconds(100), 0, usual, 1, seconds(100)},
+      {status(200), milliseconds(1), 0, 3, 3, milliseconds(3)},
       {status(503, seconds(4)), milliseconds(0), 0, usual, 8, seconds(28)},
       {status(503, seconds(1000000000000)), milliseconds(1), 0, usual, 1, milliseconds(1)},
   };
@@ -62,7 +63,8 @@ TEST(S3Retry, RetriesTransientFailuresWithinItsLimits) {
     FakeStore store(c.outcome, c.each, c.random);
     RetryPolicy policy;
     policy.maximumAttempts = c.maximum;
-    RequestOutcome const outcome = getWithRetries(store, store, policy, "");
+    RequestOutcome const outcome =
+        getWithRetries(store, store, policy, {}, [](Response const&) { return "malformed"; });
     EXPECT_EQ(outcome.attempts, c.attempts);
     EXPECT_EQ(outcome.elapsed, c.elapsed) << outcome.elapsed.count() << " ms";
   }

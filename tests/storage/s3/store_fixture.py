@@ -4,7 +4,7 @@
     store_fixture.py run FOLDER COMMAND...    runs the command with the environment of a client
 
 It also ends when the process that started it does (ctest), so that an interrupted run leaves nothing behind. FOLDER/mirror
-is a local copy of the bucket "mirror"; KORVAN_TEST_MIRROR names it.
+is a local copy of the bucket "mirror"; KORVAN_TEST_MIRROR names it. The store is Swift, or Ceph if KORVAN_TEST_STORE=ceph is set.
 """
 
 import contextlib
@@ -20,7 +20,9 @@ import urllib.parse
 from pathlib import Path
 
 import sample_trees
-import swift_store
+from ceph_store import CephStore
+from local_store import AWKWARD, OWNER
+from swift_store import SwiftStore
 
 
 def conformance_keys():
@@ -31,13 +33,16 @@ def conformance_keys():
 def serve(folder, starter):
     """The server process of the fixture: runs until the process `starter` ends or SIGTERM arrives."""
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(0))
-    with swift_store.SwiftStore() as store:
+    is_ceph = os.environ.get("KORVAN_TEST_STORE") == "ceph"
+    dots_user = OWNER if is_ceph else AWKWARD  # Ceph's gateway doesn't parse such an access key
+    with CephStore() if is_ceph else SwiftStore() as store:
         store.fill("conformance", conformance_keys())
         store.fill("odd", sample_trees.odd()[0])
+        store.fill("facts", {"d/five": b"12345", "none": b""})
         store.fill("mirror", sample_trees.mirror())
-        store.fill("a-bucket.with-dots", ["plus+and space/100%.txt"], user=swift_store.AWKWARD)
+        store.fill("a-bucket.with-dots", ["plus+and space/100%.txt"], user=dots_user)
         sample_trees.write_locally(folder / "mirror", sample_trees.mirror())
-        environment = {**store.environment(), "KORVAN_TEST_MIRROR": str(folder / "mirror")}
+        environment = {**store.environment(), "KORVAN_TEST_MIRROR": str(folder / "mirror"), "KORVAN_TEST_DOTS_USER": dots_user}
         (folder / "new").write_text(json.dumps(environment), encoding="ascii")
         (folder / "new").rename(folder / "environment")
         select.select([os.pidfd_open(int(starter))], [], [])

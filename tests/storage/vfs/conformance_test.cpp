@@ -8,6 +8,7 @@
 #include "foundation/storage/s3/url.hpp"
 #include "foundation/storage/vfs/conversion.hpp"
 #include "foundation/storage/vfs/exists.hpp"
+#include "foundation/storage/vfs/facts.hpp"
 #include "foundation/storage/vfs/folder.hpp"
 #include "foundation/storage/vfs/read_session.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
@@ -166,6 +167,8 @@ TEST_P(Conformance, EveryFolderListsWhatItHoldsAndEachIsFoundByItsName) {
       // The text of the IRI leads back to the same place.
       EXPECT_EQ(vfs::exists(vfs::AbsoluteIRI(location.toString()), storage()), isAFolder ? isFolder : isFile)
           << path << "/" << name;
+      vfs::EntryKind const kind = isAFolder ? vfs::EntryKind::folder : vfs::EntryKind::file;
+      EXPECT_EQ(vfs::entryKind(location, storage()), kind) << path << "/" << name;
     }
     EXPECT_THAT(all(path), ElementsAreArray(names)) << path;
     EXPECT_THAT(folders(path), ElementsAreArray(folderNames)) << path;
@@ -219,6 +222,11 @@ TEST_P(Conformance, LinksCountAsWhatTheyLeadTo) {
       {"broken", isFile}, {"chain", isFolder},     {"file", isFile},           {"self", isFile},
       {"up", isFolder},   {"chain/below", isFile}, {"broken/below", notFound}, {"file/below", notFound}};
   for (auto const& [path, kind] : cases) EXPECT_EQ(kindOf("links/" + path), kind) << path;
+  for (std::string const& name : all("links")) {
+    EXPECT_EQ(vfs::entryKind(at("links/" + name + "/"), storage()), vfs::EntryKind::link);
+    EXPECT_EQ(vfs::facts(at("links/" + name), storage()).value().kind, vfs::EntryKind::link);
+  }
+  EXPECT_EQ(vfs::entryKind(at("links/nothing"), storage()), std::nullopt);
   EXPECT_EQ(errorCode([&] { all("links/broken"); }), 1);
 
   // A folder that would be its own ancestor is refused; one that is reached by a harmless link isn't.

@@ -20,6 +20,7 @@ namespace foundation::storage::file {
 namespace {
 
 using vfs::AbsoluteIRI;
+using vfs::EntryFacts;
 using vfs::EntryKind;
 using vfs::FolderIdentity;
 using vfs::PathKind;
@@ -125,6 +126,22 @@ std::optional<FolderIdentity> FileProvider::identity(AbsoluteIRI const& folder) 
   int const error = path.empty() ? ENOENT : getStatus(path, true, status);
   if (error != 0) throw vfs::exceptionOfErrno(error, folder);
   return FolderIdentity{status.st_dev, status.st_ino};
+}
+
+std::optional<EntryFacts> FileProvider::facts(AbsoluteIRI const& location) {
+  std::string path = systemPath(location);
+  if (path.size() > 1 && path.ends_with('/')) path.pop_back();  // it would follow a link
+  struct stat status = {};
+  int const error = path.empty() ? ENOENT : getStatus(path, false, status);
+  if (error != 0 && namesNothing(error)) return std::nullopt;
+  if (error != 0) throw vfs::exceptionOfErrno(error, location);
+  EntryKind const kind = S_ISDIR(status.st_mode)   ? EntryKind::folder
+                         : S_ISLNK(status.st_mode) ? EntryKind::link
+                                                   : EntryKind::file;
+  return EntryFacts{
+      .kind = kind,
+      .size = static_cast<std::uint64_t>(status.st_size),
+      .modified = vfs::Timestamp{status.st_mtim.tv_sec, static_cast<std::uint32_t>(status.st_mtim.tv_nsec)}};
 }
 
 }  // namespace foundation::storage::file

@@ -22,6 +22,9 @@ class FileProvider final : public vfs::Provider {
 
   /// One `stat`.
   std::optional<vfs::FolderIdentity> identity(vfs::AbsoluteIRI const& folder) override;
+
+  /// One `lstat`. The size is that of the content, also of a folder or link (POSIX st_size).
+  std::optional<vfs::EntryFacts> facts(vfs::AbsoluteIRI const& location) override;
 };
 
 }  // namespace foundation::storage::file

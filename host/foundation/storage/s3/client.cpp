@@ -1,5 +1,6 @@
 #include "foundation/storage/s3/client.hpp"
 
+#include <algorithm>
 #include <utility>
 
 #include "foundation/storage/s3/error_mapping.hpp"
@@ -26,28 +27,63 @@ Query queryOf(ListRequest const& request) {
 Client::Client(Configuration configuration, std::unique_ptr<Transport> transport, Clock& clock)
     : configuration_(std::move(configuration)), transport_(std::move(transport)), clock_(clock) {
   if (configuration_.maximumAttempts != 0) policy_.maximumAttempts = configuration_.maximumAttempts;
+  // A request that timed out is made once more.
+  policy_.totalTime = std::max<std::chrono::milliseconds>(
+      policy_.totalTime, std::chrono::seconds(2) * configuration_.connection.readTimeout);
 }
 
 ListPage Client::list(ListRequest const& request, PageCheck& check, vfs::AbsoluteIRI const& location) {
-  RequestOutcome const outcome =
-      get(bucketUrl(configuration_, request.bucket) + '?' + canonicalQuery(queryOf(request)));
-  auto const* const response = std::get_if<Response>(&outcome.last);
-  if (response == nullptr || response->status != ok) throw exceptionFor(outcome, configuration_, location);
-  try {
-    ListPage page = parseListPage(response->body);
-    check.accept(page);
-    return page;
-  } catch (MalformedPage const& page) {
-    throw malformedResponseException(*response, page.what(), configuration_, location);
+  std::string const query = canonicalQuery(queryOf(request));
+  ListPage page;
+  auto const getFrom = [&](std::string const& region) {
+    return get({bucketUrl(configuration_, region, request.bucket) + '?' + query, region},
+               [&](Response const& response) {
+                 try {
+                   page = parseListPage(response.body, request.withFacts);
+                   return std::optional<std::string>();
+                 } catch (MalformedPage const& error) {
+                   return std::optional(malformedReason(response, error.what()));
+                 }
+               });
+  };
+  std::string region = regionOf(request.bucket);
+  RequestOutcome outcome = getFrom(region);
+  if (auto named = regionNamedBy(outcome); named && *named != region) {
+    region = *std::move(named);
+    rememberRegion(request.bucket, region);
+    outcome = getFrom(region);
   }
+  auto const* const response = std::get_if<Response>(&outcome.last);
+  try {
+    if (response != nullptr && response->status == ok) {
+      check.accept(page);
+      return page;
+    }
+  } catch (MalformedPage const& error) {
+    outcome.last = Failure{Failure::Kind::permanent, malformedReason(*response, error.what())};
+  }
+  Configuration used = configuration_;
+  used.region = region;
+  throw exceptionFor(outcome, used, location);
 }
 
-RequestOutcome Client::get(std::string const& url) {
+std::string Client::regionOf(std::string const& bucket) {
+  core::threads::MutexLock const lock(regionMutex_);
+  auto const found = regions_.find(bucket);
+  return found == regions_.end() ? configuration_.region : found->second;
+}
+
+void Client::rememberRegion(std::string const& bucket, std::string const& region) {
+  core::threads::MutexLock const lock(regionMutex_);
+  regions_.insert_or_assign(bucket, region);
+}
+
+RequestOutcome Client::get(StoreRequest const& request, ResponseCheck const& check) {
   {
     core::threads::MutexLock const lock(circuitMutex_);
     if (openCircuit_ && clock_.now() < circuitOpenUntil_) return *openCircuit_;
   }
-  RequestOutcome outcome = getWithRetries(*transport_, clock_, policy_, url);
+  RequestOutcome outcome = getWithRetries(*transport_, clock_, policy_, request, check);
   core::threads::MutexLock const lock(circuitMutex_);
   auto const* const failure = std::get_if<Failure>(&outcome.last);
   if (failure == nullptr || failure->kind == Failure::Kind::permanent) {

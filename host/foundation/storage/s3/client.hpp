@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,6 +23,7 @@ struct ListRequest {
   std::string continuationToken = {};
   bool delimited = false;  ///< roll up the keys below the next "/" into common prefixes
   unsigned maximumKeys = 0;
+  bool withFacts = false;  ///< not sent: whether `ListPage::facts` is wanted
 };
 
 /// A client of the store that the configuration describes. Safe to use from several threads at once.
@@ -30,8 +32,9 @@ class Client {
   /// Requests go through `transport`; `clock` must outlive the client.
   Client(Configuration configuration, std::unique_ptr<Transport> transport, Clock& clock);
 
-  /// One page of a listing, checked by `check`: one request, more if it has to be retried. Throws `vfs::Exception` with
-  /// the location for every failure and for a malformed page, and `Quindarel::System::InterruptException`.
+  /// One page of a listing, checked by `check`: one request, more if it has to be retried, and one more if the bucket
+  /// turns out to be in another region, which is remembered for the bucket. Throws `vfs::Exception` with the location
+  /// for every failure and for a malformed page, and `Quindarel::System::InterruptException`.
   ListPage list(ListRequest const& request, PageCheck& check, vfs::AbsoluteIRI const& location);
 
  private:
@@ -39,7 +42,11 @@ class Client {
   /// a dead store once for each of them. The circuit opens after one request that found the store unreachable, or two
   /// in a row without a response. For twice the time that the last one took, every request then fails at once with that
   /// outcome.
-  RequestOutcome get(std::string const& url);
+  RequestOutcome get(StoreRequest const& request, ResponseCheck const& check);
+
+  /// The region to sign a request for the bucket for: the configured one, unless the store has named another.
+  std::string regionOf(std::string const& bucket);
+  void rememberRegion(std::string const& bucket, std::string const& region);
 
   Configuration configuration_;
   RetryPolicy policy_;
@@ -51,6 +58,9 @@ class Client {
   // The outcome of every request while the circuit is open.
   std::optional<RequestOutcome> openCircuit_ KORVAN_GUARDED_BY(circuitMutex_);
   std::chrono::milliseconds circuitOpenUntil_ KORVAN_GUARDED_BY(circuitMutex_){0};
+
+  core::threads::Mutex regionMutex_;
+  std::map<std::string, std::string> regions_ KORVAN_GUARDED_BY(regionMutex_);  // by bucket, where it isn't the usual
 };
 
 }  // namespace foundation::storage::s3

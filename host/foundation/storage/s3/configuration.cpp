@@ -1,5 +1,6 @@
 #include "foundation/storage/s3/configuration.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
@@ -7,6 +8,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <memory>
+#include <utility>
 
 #include "foundation/core/text/ascii.hpp"
 #include "foundation/storage/s3/profile_file.hpp"
@@ -18,8 +20,8 @@ namespace {
 /// The sections of one profile in both files.
 class Profile {
  public:
-  Profile(Environment const& environment, FileReader const& files)
-      : name_(environment("AWS_PROFILE")),
+  Profile(std::string name, Environment const& environment, FileReader const& files)
+      : name_(std::move(name)),
         credentialsFile_(read(environment, files, "AWS_SHARED_CREDENTIALS_FILE", "credentials")),
         configurationFile_(read(environment, files, "AWS_CONFIG_FILE", "config")) {
     bool const isExplicit = !name_.empty();
@@ -28,8 +30,8 @@ class Profile {
     configuration_ = section(configurationFile_, "profile " + name_);
     if (configuration_ == nullptr && name_ == "default") configuration_ = section(configurationFile_, name_);
     if (isExplicit && credentials_ == nullptr && configuration_ == nullptr)
-      throw ConfigurationError("AWS_PROFILE names the profile \"" + name_ +
-                               "\", but neither the credentials file nor the config file has it");
+      throw ConfigurationError("the profile \"" + name_ +
+                               "\" (see AWS_PROFILE) is in neither the credentials file nor the config file");
   }
 
   /// A setting of the profile, from the credentials file or else the config file; empty if neither has it.
@@ -106,10 +108,9 @@ std::optional<Credentials> environmentCredentials(Environment const& environment
 
 // The region becomes part of a host name and of the signature.
 std::string checkedRegion(std::string region) {
-  for (char const c : region)
-    if (!(c == '-' || core::text::isDigit(c) || core::text::isLetter(c)))
-      throw ConfigurationError("the region \"" + region +
-                               "\" is invalid: use letters, digits and \"-\" only (see AWS_REGION)");
+  if (!isRegion(region))
+    throw ConfigurationError("the region \"" + region +
+                             "\" is invalid: use letters, digits and \"-\" only (see AWS_REGION)");
   return region;
 }
 
@@ -123,14 +124,50 @@ std::string checkedEndpoint(std::string const& text) {
   return *std::move(endpoint);
 }
 
-unsigned checkedAttempts(std::string const& text) {
-  if (text.empty()) return 0;
-  unsigned attempts = 0;
-  auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), attempts);
-  if (error != std::errc() || end != text.data() + text.size() || attempts == 0)
-    throw ConfigurationError(
-        "the number of attempts (AWS_MAX_ATTEMPTS or max_attempts) must be a whole number above 0");
-  return attempts;
+unsigned checkedNumber(std::string const& text, unsigned otherwise, unsigned least, unsigned most, char const* name) {
+  if (text.empty()) return otherwise;
+  unsigned number = 0;
+  auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size() || number < least || number > most)
+    throw ConfigurationError(std::string(name) + " must be a whole number from " + std::to_string(least) + " to " +
+                             std::to_string(most));
+  return number;
+}
+
+bool checkedFlag(std::string const& text) {
+  std::string const value = core::text::lowerCase(std::string_view(text));
+  if (value == "true" || value == "yes" || value == "1") return true;
+  if (value.empty() || value == "false" || value == "no" || value == "0") return false;
+  throw ConfigurationError("AWS_NO_SIGN_REQUEST must be \"true\" or \"false\"");
+}
+
+bool checkedPayer(std::string const& text) {
+  if (text == "requester") return true;
+  if (text.empty()) return false;
+  throw ConfigurationError("AWS_REQUEST_PAYER must be \"requester\" if it is set");
+}
+
+Addressing checkedAddressing(std::string const& text) {
+  if (text.empty() || text == "auto") return Addressing::automatic;
+  if (text == "path") return Addressing::path;
+  if (text == "virtual") return Addressing::virtualHost;
+  throw ConfigurationError(
+      "the addressing style (AWS_S3_ADDRESSING_STYLE or addressing_style) must be \"auto\", \"path\" or \"virtual\"");
+}
+
+ConnectionOptions connectionOptions(Environment const& environment, Profile const& profile) {
+  constexpr unsigned longest = 86400;
+  auto const timeout = [&](char const* variable, char const* setting, unsigned otherwise, char const* name) {
+    return checkedNumber(firstNonEmpty({environment(variable), profile.setting(setting)}), otherwise, 0, longest, name);
+  };
+  ConnectionOptions options;
+  options.caBundle = firstNonEmpty({environment("AWS_CA_BUNDLE"), profile.setting("ca_bundle")});
+  options.connectTimeout =
+      timeout("AWS_CLI_CONNECT_TIMEOUT", "cli_connect_timeout", options.connectTimeout,
+              "the seconds for making a connection (AWS_CLI_CONNECT_TIMEOUT or cli_connect_timeout)");
+  options.readTimeout = timeout("AWS_CLI_READ_TIMEOUT", "cli_read_timeout", options.readTimeout,
+                                "the seconds without a response (AWS_CLI_READ_TIMEOUT or cli_read_timeout)");
+  return options;
 }
 
 std::optional<std::string> readFile(std::string const& path) {
@@ -148,19 +185,35 @@ std::optional<std::string> readFile(std::string const& path) {
 
 }  // namespace
 
-Configuration makeConfiguration(Environment const& environment, FileReader const& files) {
-  Profile const profile(environment, files);
+bool isRegion(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return c == '-' || core::text::isDigit(c) || core::text::isLetter(c); });
+}
+
+Configuration makeConfiguration(Environment const& environment, FileReader const& files,
+                                vfs::ObjectStoreSettings const& settings) {
+  Profile const profile(firstNonEmpty({settings.profile, environment("AWS_PROFILE")}), environment, files);
   Configuration configuration;
-  configuration.credentials = environmentCredentials(environment);
-  if (!configuration.credentials) configuration.credentials = profile.credentials();
-  configuration.region = checkedRegion(firstNonEmpty(
-      {environment("AWS_REGION"), environment("AWS_DEFAULT_REGION"), profile.setting("region"), "us-east-1"}));
-  configuration.endpoint =
-      checkedEndpoint(firstNonEmpty({environment("AWS_ENDPOINT_URL_S3"), environment("AWS_ENDPOINT_URL"),
-                                     profile.serviceSetting("endpoint_url"), profile.setting("endpoint_url")}));
-  configuration.caBundle = firstNonEmpty({environment("AWS_CA_BUNDLE"), profile.setting("ca_bundle")});
+  configuration.noSignRequest = settings.noSignRequest || checkedFlag(environment("AWS_NO_SIGN_REQUEST"));
+  if (!configuration.noSignRequest) {
+    if (settings.profile.empty()) configuration.credentials = environmentCredentials(environment);
+    if (!configuration.credentials) configuration.credentials = profile.credentials();
+  }
+  configuration.requesterPays = settings.requesterPays || checkedPayer(environment("AWS_REQUEST_PAYER"));
+  configuration.region =
+      checkedRegion(firstNonEmpty({settings.region, environment("AWS_REGION"), environment("AWS_DEFAULT_REGION"),
+                                   profile.setting("region"), "us-east-1"}));
+  configuration.endpoint = checkedEndpoint(
+      firstNonEmpty({settings.endpointUrl, environment("AWS_ENDPOINT_URL_S3"), environment("AWS_ENDPOINT_URL"),
+                     profile.serviceSetting("endpoint_url"), profile.setting("endpoint_url")}));
+  configuration.addressing = checkedAddressing(
+      firstNonEmpty({environment("AWS_S3_ADDRESSING_STYLE"), profile.setting("s3.addressing_style")}));
+  configuration.connection = connectionOptions(environment, profile);
+  for (char const* const variable : {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"})
+    if (std::string proxy = environment(variable); !proxy.empty()) configuration.proxies.push_back(std::move(proxy));
   configuration.maximumAttempts =
-      checkedAttempts(firstNonEmpty({environment("AWS_MAX_ATTEMPTS"), profile.setting("max_attempts")}));
+      checkedNumber(firstNonEmpty({environment("AWS_MAX_ATTEMPTS"), profile.setting("max_attempts")}), 0, 1, 1000,
+                    "the number of attempts (AWS_MAX_ATTEMPTS or max_attempts)");
   return configuration;
 }
 
@@ -170,7 +223,7 @@ Configuration readConfiguration() {
         char const* const value = std::getenv(name);
         return std::string(value == nullptr ? "" : value);
       },
-      readFile);
+      readFile, vfs::objectStoreSettings());
 }
 
 }  // namespace foundation::storage::s3

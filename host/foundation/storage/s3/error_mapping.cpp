@@ -3,17 +3,21 @@
 #include <algorithm>
 #include <iterator>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <pugixml.hpp>
 
 #include "foundation/core/text/bytes.hpp"
 #include "foundation/core/text/escape.hpp"
 #include "foundation/core/text/utf16.hpp"
+#include "foundation/storage/s3/redaction.hpp"
 
 namespace foundation::storage::s3 {
 namespace {
 
-constexpr std::size_t longestQuote = 300;  // UTF-16 units
+constexpr std::size_t longestQuote = 300;       // UTF-16 units
+constexpr std::size_t longestRedacted = 65536;  // bytes; what follows is never quoted
 
 /// What the body and the headers of an error response say.
 struct ErrorBody {
@@ -55,19 +59,19 @@ vfs::ErrorCode errorCodeOf(long status, std::string_view code) {
   return vfs::ErrorCode::other;
 }
 
-void redact(std::string& text, std::string const& secret) {
-  if (secret.empty()) return;
-  for (auto at = text.find(secret); at != std::string::npos; at = text.find(secret, at + 3))
-    text.replace(at, secret.size(), "***");
+std::vector<std::string> secretsOf(Configuration const& configuration) {
+  std::vector<std::string> secrets;
+  if (configuration.credentials) secrets = {configuration.credentials->secret, configuration.credentials->sessionToken};
+  for (std::string const& proxy : configuration.proxies)
+    for (std::string& secret : userInformation(proxy)) secrets.push_back(std::move(secret));
+  return secrets;
 }
 
 // A store's words as part of a message: without secrets, on one line, shortened if need be. Line breaks and tabs, which
 // only lay out a body, become spaces; other controls are escaped here too, as not every host escapes what it prints.
 std::string quoted(std::string text, Configuration const& configuration) {
-  if (configuration.credentials) {
-    redact(text, configuration.credentials->secret);
-    redact(text, configuration.credentials->sessionToken);
-  }
+  if (text.size() > longestRedacted) text.resize(longestRedacted);
+  redact(text, secretsOf(configuration));
   for (char& c : text)
     if (c == '\n' || c == '\r' || c == '\t') c = ' ';
   text.erase(0, text.find_first_not_of(' '));
@@ -111,15 +115,23 @@ vfs::Exception exceptionFor(RequestOutcome const& outcome, Configuration const& 
     reason += "; the bucket is in region \"" + quoted(error.region, configuration) + "\", not \"" +
               configuration.region + "\": set AWS_REGION";
   if (!configuration.credentials && response.status >= 400 && response.status < 500 && code != vfs::ErrorCode::notFound)
-    reason += "; the request was not signed because no credentials were found";
+    reason += configuration.noSignRequest ? "; the request was not signed"
+                                          : "; the request was not signed because no credentials were found";
   return vfs::Exception(code, location, reason + requestIdSuffix(error.requestId, configuration) + attempts);
 }
 
-vfs::Exception malformedResponseException(Response const& response, std::string const& fault,
-                                          Configuration const& configuration, vfs::AbsoluteIRI const& location) {
-  return vfs::Exception(
-      vfs::ErrorCode::other, location,
-      "malformed response from the store: " + fault + requestIdSuffix(response.requestId, configuration));
+std::string malformedReason(Response const& response, std::string const& fault) {
+  std::string const reason = "malformed response from the store: " + fault;
+  return response.requestId.empty() ? reason : reason + " (request id " + response.requestId + ')';
+}
+
+std::optional<std::string> regionNamedBy(RequestOutcome const& outcome) {
+  auto const* const response = std::get_if<Response>(&outcome.last);
+  bool const isRedirection = response != nullptr && response->status >= 300 && response->status < 400;
+  if (!isRedirection && (response == nullptr || response->status != 400)) return std::nullopt;
+  std::string region = parseErrorBody(*response).region;
+  if (region.empty() || !isRegion(region)) return std::nullopt;
+  return region;
 }
 
 }  // namespace foundation::storage::s3

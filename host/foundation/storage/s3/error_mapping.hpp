@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "foundation/storage/s3/configuration.hpp"
@@ -12,12 +13,15 @@ namespace foundation::storage::s3 {
 /// missing bucket or key (by the store's own error code, as a bare 404 may come from anything) is `notFound`; 401, 403
 /// and rejected credentials are `permissionDenied`; everything else is `other`. The reason gives the HTTP status, the
 /// store's error code, message and request id and, for the wrong region, the right one. The body need not be XML. The
-/// configuration's secrets are redacted, in case the store repeats one.
+/// configuration's secrets and the user information of its proxies are redacted, in case a message repeats one.
 vfs::Exception exceptionFor(RequestOutcome const& outcome, Configuration const& configuration,
                             vfs::AbsoluteIRI const& location);
 
-/// The storage exception for a response with status 200 and a malformed body. `fault` is the reason in a few words.
-vfs::Exception malformedResponseException(Response const& response, std::string const& fault,
-                                          Configuration const& configuration, vfs::AbsoluteIRI const& location);
+/// The reason of a failure by a response with status 200 and a malformed body. `fault` says in a few words what is
+/// wrong with it.
+std::string malformedReason(Response const& response, std::string const& fault);
+
+/// The region of the bucket, if the response is one that a store gives to a request for the wrong region.
+std::optional<std::string> regionNamedBy(RequestOutcome const& outcome);
 
 }  // namespace foundation::storage::s3

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <utility>
 
 #include <pugixml.hpp>
 
+#include "foundation/storage/s3/timestamp.hpp"
 #include "foundation/storage/s3/url.hpp"
 
 namespace foundation::storage::s3 {
@@ -53,9 +55,27 @@ bool parseBool(std::string_view text) {
   throw MalformedPage("IsTruncated is neither true nor false");
 }
 
+vfs::EntryFacts parseFacts(pugi::xml_node object) {
+  vfs::EntryFacts facts;
+  std::string_view const size = object.child("Size").text().get();
+  std::uint64_t bytes = 0;
+  auto const [end, error] = std::from_chars(size.data(), size.data() + size.size(), bytes);
+  if (error == std::errc() && end == size.data() + size.size()) facts.size = bytes;
+  if (auto const time = parseTimestamp(object.child("LastModified").text().get())) {
+    auto const seconds = std::chrono::floor<std::chrono::seconds>(*time);
+    std::chrono::nanoseconds const rest = *time - seconds;
+    facts.modified = vfs::Timestamp{seconds.time_since_epoch().count(), static_cast<std::uint32_t>(rest.count())};
+  }
+  std::string_view etag = object.child("ETag").text().get();
+  if (etag.size() >= 2 && etag.starts_with('"') && etag.ends_with('"')) etag = etag.substr(1, etag.size() - 2);
+  facts.etag = etag;
+  facts.storageClass = object.child("StorageClass").text().get();
+  return facts;
+}
+
 }  // namespace
 
-ListPage parseListPage(std::string_view body) {
+ListPage parseListPage(std::string_view body, bool withFacts) {
   checkCharacters(body);
   pugi::xml_document document;
   // A name may consist of blanks. As a fragment, the document shows what is outside its root element.
@@ -70,11 +90,13 @@ ListPage parseListPage(std::string_view body) {
   ListPage page;
   for (pugi::xml_node const node : root) {
     std::string_view const name = node.name();
-    if (name == "Contents")
+    if (name == "Contents") {
       page.keys.push_back(parseName(node.child("Key"), encoded));
-    else if (name == "CommonPrefixes")
+      if (withFacts) page.facts.push_back(parseFacts(node));
+    } else if (name == "CommonPrefixes") {
       for (pugi::xml_node const prefix : node.children("Prefix"))
         page.commonPrefixes.push_back(parseName(prefix, encoded));
+    }
   }
   page.truncated = parseBool(root.child("IsTruncated").text().get());
   page.continuationToken = root.child("NextContinuationToken").text().get();

@@ -7,6 +7,8 @@
 #include <unordered_set>
 #include <vector>
 
+#include "foundation/storage/vfs/entry_facts.hpp"
+
 namespace foundation::storage::s3 {
 
 /// One page of a listing (ListObjectsV2), decoded.
@@ -15,6 +17,8 @@ struct ListPage {
   std::vector<std::string> commonPrefixes;
   bool truncated = false;         ///< whether more pages follow
   std::string continuationToken;  ///< what to request the next page with, if truncated
+  /// Of each of `keys`, if they were asked for.
+  std::vector<vfs::EntryFacts> facts = {};
 };
 
 /// A response that can't be a page of the requested listing. `what()` gives the reason in a few words.
@@ -24,9 +28,10 @@ class MalformedPage : public std::runtime_error {
 };
 
 /// Parses the XML of a page. Elements may come in any order; unknown ones are ignored. Keys and prefixes are decoded if
-/// the page says that they are encoded. Throws `MalformedPage` if the text isn't well-formed, isn't a page of a
+/// the page says that they are encoded. Facts that a page lacks, or that can't be understood, are left out of
+/// `ListPage::facts`. Throws `MalformedPage` if the text isn't well-formed, isn't a page of a
 /// listing, or doesn't say whether more pages follow.
-ListPage parseListPage(std::string_view body);
+ListPage parseListPage(std::string_view body, bool withFacts = false);
 
 /// Checks that the pages of one listing agree with the request and with each other: every name begins with the prefix;
 /// with a delimiter, no key continues past it and each common prefix ends with it; no continuation token comes twice in a

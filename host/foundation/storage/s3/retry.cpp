@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <random>
 #include <thread>
+#include <utility>
 
 #include "quindarel/interrupt/interrupt_poll.hpp"
 
@@ -32,6 +33,8 @@ class SystemClock : public Clock {
   }
 };
 
+constexpr long ok = 200;
+
 bool isTransient(long status) {
   return status == 429 || status == 500 || status == 502 || status == 503 || status == 504;
 }
@@ -48,14 +51,18 @@ Clock& systemClock() {
   return clock;
 }
 
-RequestOutcome getWithRetries(Transport& transport, Clock& clock, RetryPolicy const& policy, std::string const& url) {
+RequestOutcome getWithRetries(Transport& transport, Clock& clock, RetryPolicy const& policy,
+                              StoreRequest const& request, ResponseCheck const& check) {
   milliseconds const start = clock.now();
   milliseconds backOff = policy.firstBackOff;
   RequestOutcome outcome;
-  for (milliseconds left = policy.totalTime;;) {
-    outcome.last = transport.get(url, left);
+  for (;;) {
+    outcome.last = transport.get(request);
     ++outcome.attempts;
     outcome.elapsed = clock.now() - start;
+    if (auto const* const response = std::get_if<Response>(&outcome.last);
+        response != nullptr && response->status == ok)
+      if (auto fault = check(*response)) outcome.last = Failure{Failure::Kind::lost, *std::move(fault)};
     if (!isRetryable(outcome.last) || outcome.attempts >= policy.maximumAttempts) return outcome;
 
     auto const* const failure = std::get_if<Failure>(&outcome.last);
@@ -68,8 +75,6 @@ RequestOutcome getWithRetries(Transport& transport, Clock& clock, RetryPolicy co
           std::max<milliseconds>(wait, std::min<std::chrono::seconds>(*response->retryAfter, std::chrono::hours(24)));
     if (outcome.elapsed + wait >= (unreachable ? policy.unreachableTime : policy.totalTime)) return outcome;
     clock.wait(wait);
-    left = policy.totalTime - (clock.now() - start);
-    if (left <= milliseconds(0)) return outcome;
   }
 }
 

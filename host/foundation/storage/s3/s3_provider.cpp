@@ -97,18 +97,35 @@ bool S3Provider::anyKeyBelow(ObjectLocation const& target, vfs::AbsoluteIRI cons
 }
 
 vfs::PathKind S3Provider::kind(vfs::AbsoluteIRI const& location) {
+  auto const found = find(location, false);
+  if (!found) return vfs::PathKind::notFound;
+  return found->kind == vfs::EntryKind::folder ? vfs::PathKind::isFolder : vfs::PathKind::isFile;
+}
+
+std::optional<vfs::EntryFacts> S3Provider::facts(vfs::AbsoluteIRI const& location) {
+  return find(location, true);
+}
+
+std::optional<vfs::EntryFacts> S3Provider::find(vfs::AbsoluteIRI const& location, bool withFacts) {
   ObjectLocation const target = objectLocationOf(location);
-  if (!target.canExist()) return vfs::PathKind::notFound;
-  auto otherwise = vfs::PathKind::notFound;
+  if (!target.canExist()) return std::nullopt;
+  vfs::EntryFacts const folder{.kind = vfs::EntryKind::folder};
+  std::optional<vfs::EntryFacts> object;
   if (!target.folderOnly && !target.key.empty()) {
-    ListRequest const request{
-        .bucket = target.bucket, .prefix = target.key, .delimited = true, .maximumKeys = lookUpPageSize};
+    ListRequest const request{.bucket = target.bucket,
+                              .prefix = target.key,
+                              .delimited = true,
+                              .maximumKeys = lookUpPageSize,
+                              .withFacts = withFacts};
     ListPage const page = Pages(*this, request, location).nextNonEmpty();
-    if (contains(page.commonPrefixes, target.folderPrefix())) return vfs::PathKind::isFolder;
-    if (contains(page.keys, target.key)) otherwise = vfs::PathKind::isFile;
-    if (!page.truncated || (!isUnordered_ && reachesPast(page, target.folderPrefix()))) return otherwise;
+    if (contains(page.commonPrefixes, target.folderPrefix())) return folder;
+    auto const found = std::find(page.keys.begin(), page.keys.end(), target.key);
+    if (found != page.keys.end()) {
+      object = withFacts ? page.facts[static_cast<std::size_t>(found - page.keys.begin())] : vfs::EntryFacts();
+    }
+    if (!page.truncated || (!isUnordered_ && reachesPast(page, target.folderPrefix()))) return object;
   }
-  return anyKeyBelow(target, location) ? vfs::PathKind::isFolder : otherwise;
+  return anyKeyBelow(target, location) ? folder : object;
 }
 
 void S3Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) {
@@ -130,13 +147,17 @@ bool S3Provider::listNames(vfs::AbsoluteIRI const& folder, ObjectLocation const&
   ListRequest request{.bucket = target.bucket, .prefix = folderPrefix + validUtf8Prefix(namePrefix), .delimited = true};
   if (!after.empty()) request.startAfter = folderPrefix + validUtf8Prefix(after);
   bool found = false;
-  auto const add = [&](std::string_view name, vfs::EntryKind kind) {
-    if (nameablePrefix(name) == name) entries.add(name, kind);
+  bool const withFacts = request.withFacts = entries.wantsFacts();
+  auto const add = [&](std::string_view name, auto const& kindOrFacts) {
+    if (nameablePrefix(name) == name) entries.add(name, kindOrFacts);
   };
   for (Pages pages(*this, std::move(request), folder); pages.more();) {
     ListPage const page = pages.next();
     found = found || !page.keys.empty() || !page.commonPrefixes.empty();
-    for (std::string_view const key : page.keys) add(key.substr(folderPrefix.size()), vfs::EntryKind::file);
+    for (std::size_t i = 0; i < page.keys.size(); ++i) {
+      std::string_view const name = std::string_view(page.keys[i]).substr(folderPrefix.size());
+      withFacts ? add(name, page.facts[i]) : add(name, vfs::EntryKind::file);
+    }
     for (std::string_view prefix : page.commonPrefixes) {
       prefix.remove_prefix(folderPrefix.size());
       prefix.remove_suffix(1);
@@ -147,7 +168,7 @@ bool S3Provider::listNames(vfs::AbsoluteIRI const& folder, ObjectLocation const&
 }
 
 vfs::SubtreePage S3Provider::subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
-                                     std::string_view page) {
+                                     std::string_view page, bool withFacts) {
   vfs::SubtreePage result;
   ObjectLocation const target = objectLocationOf(folder);
   if (!target.canExist()) return result;
@@ -158,17 +179,19 @@ vfs::SubtreePage S3Provider::subtree(vfs::AbsoluteIRI const& folder, std::string
   ListRequest request{.bucket = target.bucket,
                       .prefix = folderPrefix + validUtf8Prefix(prefix),
                       .startAfter = folderPrefix + validUtf8Prefix(after),
-                      .continuationToken = std::string(page)};
+                      .continuationToken = std::string(page),
+                      .withFacts = withFacts};
   ListPage listed = Pages(*this, std::move(request), folder).next();
   result.isOrdered = !isUnordered_;
   if (!result.isOrdered) return result;
   std::string_view reached = after;
-  for (std::string_view key : listed.keys) {
-    key.remove_prefix(folderPrefix.size());
+  for (std::size_t i = 0; i < listed.keys.size(); ++i) {
+    std::string_view const key = std::string_view(listed.keys[i]).substr(folderPrefix.size());
     // For a key that no path can name, the deepest folder above it that one can, unless a path in it came before.
     std::string_view const path = nameablePrefix(key);
     if (path <= reached || !path.starts_with(prefix)) continue;
     result.paths.emplace_back(path);
+    if (withFacts) result.facts.push_back(std::move(listed.facts[i]));
     reached = path;
   }
   result.last = !listed.truncated;

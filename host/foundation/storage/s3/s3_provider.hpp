@@ -30,6 +30,9 @@ class S3Provider final : public vfs::Provider {
   /// store returns empty pages first. None for a key that no store can have.
   vfs::PathKind kind(vfs::AbsoluteIRI const& location) override;
 
+  /// Requests as for `kind`. A folder has no facts but its kind.
+  std::optional<vfs::EntryFacts> facts(vfs::AbsoluteIRI const& location) override;
+
   /// One request for each 1,000 entries whose names begin with `namePrefix`. If there are none and the prefix isn't
   /// empty, nothing shows whether the folder exists: the list is then empty.
   void list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) override;
@@ -38,7 +41,7 @@ class S3Provider final : public vfs::Provider {
 
   /// One request for 1,000 keys.
   vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
-                           std::string_view page) override;
+                           std::string_view page, bool withFacts) override;
 
   /// One request for each 1,000 entries.
   void listRest(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view after,
@@ -48,6 +51,7 @@ class S3Provider final : public vfs::Provider {
   class Pages;
 
   Client& client(vfs::AbsoluteIRI const& location);
+  std::optional<vfs::EntryFacts> find(vfs::AbsoluteIRI const& location, bool withFacts);
   bool anyKeyBelow(ObjectLocation const& target, vfs::AbsoluteIRI const& location);
   bool listNames(vfs::AbsoluteIRI const& folder, ObjectLocation const& target, std::string_view namePrefix,
                  std::string_view after, vfs::EntrySink& entries);

@@ -7,7 +7,7 @@
 
 namespace foundation::storage::s3 {
 
-/// A store's response, whatever its status.
+/// A server's response, whatever its status.
 struct Response {
   long status = 0;  ///< HTTP status code
   std::string body;
@@ -20,24 +20,30 @@ struct Response {
 struct Failure {
   enum class Kind {
     unreachable,  ///< no connection could be made
-    lost,         ///< the connection broke or timed out
-    permanent,    ///< would fail again: an untrusted certificate, not HTTP, a response that is too large
+    lost,         ///< the connection broke or timed out, or what arrived isn't a well-formed response
+    permanent,    ///< would fail again: an untrusted certificate, an invalid proxy, a response that is too large
   };
   Kind kind = Kind::permanent;
-  std::string reason;  ///< for people to read
+  std::string reason;  ///< for people to read; may contain secrets, which `redact` removes
 };
 
 /// The outcome of one attempt at a request.
 using AttemptOutcome = std::variant<Response, Failure>;
 
-/// Makes single requests. Safe to use from several threads at once.
+/// A GET request to a store.
+struct StoreRequest {
+  std::string url;     ///< in the form that `canonicalQuery` and `bucketUrl` give
+  std::string region;  ///< the region to sign for
+};
+
+/// Makes single requests to a store. Safe to use from several threads at once.
 class Transport {
  public:
   virtual ~Transport() = default;
 
-  /// One GET of the URL, aborted after `timeout`. Counts the request in the thread's read session. Throws
-  /// `Quindarel::System::InterruptException` within 50 ms of the interrupt, and `std::bad_alloc`.
-  virtual AttemptOutcome get(std::string const& url, std::chrono::milliseconds timeout) = 0;
+  /// One attempt. Counts the request in the thread's read session. Throws `Quindarel::System::InterruptException`
+  /// within 50 ms of the interrupt, and `std::bad_alloc`.
+  virtual AttemptOutcome get(StoreRequest const& request) = 0;
 };
 
 }  // namespace foundation::storage::s3

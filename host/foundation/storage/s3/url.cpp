@@ -43,6 +43,22 @@ bool isHostLabel(std::string_view bucket) {
                      [](char c) { return core::text::isDigit(c) || core::text::isLower(c) || c == '-'; });
 }
 
+// Regions of some partitions have a domain of their own.
+std::string_view domainOf(std::string_view region) {
+  constexpr std::string_view domains[][2] = {{"cn-", "amazonaws.com.cn"},    {"us-iso-", "c2s.ic.gov"},
+                                             {"us-isob-", "sc2s.sgov.gov"},  {"us-isof-", "csp.hci.ic.gov"},
+                                             {"eu-isoe-", "cloud.adc-e.uk"}, {"eusc-", "amazonaws.eu"}};
+  for (auto const& [prefix, domain] : domains)
+    if (region.starts_with(prefix)) return domain;
+  return "amazonaws.com";
+}
+
+// Whether the URL's host is an IP address, which can't have a bucket's name in front of it.
+bool isAddress(std::string_view afterScheme) {
+  std::string_view const host = afterScheme.substr(0, afterScheme.find_first_of(":/"));
+  return host.starts_with('[') || host.find_first_not_of("0123456789.") == std::string_view::npos;
+}
+
 }  // namespace
 
 std::optional<std::string> percentDecode(std::string_view text) {
@@ -94,11 +110,15 @@ std::string canonicalQuery(Query query) {
   return text;
 }
 
-std::string bucketUrl(Configuration const& configuration, std::string_view bucket) {
-  std::string const regionHost = "s3." + configuration.region + ".amazonaws.com";
-  if (!configuration.endpoint.empty()) return configuration.endpoint + '/' + percentEncode(bucket);
-  if (isHostLabel(bucket)) return "https://" + std::string(bucket) + '.' + regionHost + '/';
-  return "https://" + regionHost + '/' + percentEncode(bucket);
+std::string bucketUrl(Configuration const& configuration, std::string_view region, std::string_view bucket) {
+  std::string url = configuration.endpoint;
+  if (url.empty()) url.append("https://s3.").append(region).append(".").append(domainOf(region));
+  std::size_t const host = url.find("://") + 3;
+  bool const wantsHost = configuration.addressing == Addressing::virtualHost ||
+                         (configuration.addressing == Addressing::automatic && configuration.endpoint.empty());
+  if (!wantsHost || !isHostLabel(bucket) || isAddress(std::string_view(url).substr(host)))
+    return url + '/' + percentEncode(bucket);
+  return url.insert(host, std::string(bucket) + '.') + '/';
 }
 
 }  // namespace foundation::storage::s3

@@ -25,8 +25,9 @@ using Query = std::vector<std::pair<std::string, std::string>>;
 /// value.
 std::string canonicalQuery(Query query);
 
-/// The URL of a bucket, without a query. The bucket is the first element of the path if the endpoint is configured, or
-/// if its name can't be one label of a host name; otherwise it is part of the host name.
-std::string bucketUrl(Configuration const& configuration, std::string_view bucket);
+/// The URL of a bucket, without a query: at the configured endpoint or else at the region's own. The bucket becomes part
+/// of the host name with the style "virtual", and with "auto" at a region's own endpoint, unless its name can't be one
+/// label of a host name or the endpoint's host is an address. Otherwise it is the first element of the path.
+std::string bucketUrl(Configuration const& configuration, std::string_view region, std::string_view bucket);
 
 }  // namespace foundation::storage::s3

@@ -8,4 +8,8 @@ void EntrySink::add(std::string_view name, EntryKind kind) {
   table_.add(name, kind);
 }
 
+void EntrySink::add(std::string_view name, EntryFacts const& facts) {
+  table_.add(name, facts);
+}
+
 }  // namespace foundation::storage::vfs

@@ -1,19 +1,12 @@
 #pragma once
 
-#include <cstdint>
 #include <string_view>
 
 #include "foundation/core/host_export.hpp"
+#include "foundation/storage/vfs/entry_facts.hpp"
+#include "foundation/storage/vfs/entry_kind.hpp"
 
 namespace foundation::storage::vfs {
-
-/// What a folder itself says about one of its entries.
-enum class EntryKind : std::uint8_t {
-  file,     ///< neither a folder nor a link
-  folder,   ///< a folder
-  link,     ///< a link: it counts as its target, whose kind only a further request can find out
-  unknown,  ///< the folder doesn't say; the entry may be a link
-};
 
 class EntryTable;
 
@@ -22,16 +15,23 @@ class EntryTable;
 class KORVAN_HOST_EXPORT EntrySink {
  public:
   /// Made by the storage layer, whose table must outlive it.
-  explicit EntrySink(EntryTable& table) noexcept : table_(table) {}
+  EntrySink(EntryTable& table, bool wantsFacts) noexcept : table_(table), wantsFacts_(wantsFacts) {}
+
+  /// Whether the session collects facts.
+  bool wantsFacts() const noexcept { return wantsFacts_; }
 
   /// Adds an entry by the bytes of its name, which are copied. Entries may come in any order; of several with one name
   /// a folder is preferred. The names "", "." and ".." are ignored. Makes no request and no system call. Polls for an
   /// interrupt every few thousand entries, and throws `Quindarel::System::InterruptException` when one is pending;
-  /// throws `std::length_error` for a name of 2^28 bytes or more and when all names exceed 2^32 bytes.
+  /// throws `std::length_error` for a name of 2^27 bytes or more and when all names exceed 2^32 bytes.
   void add(std::string_view name, EntryKind kind);
+
+  /// The same, with facts. They take memory, so a provider adds them only if they are wanted and the listing held them.
+  void add(std::string_view name, EntryFacts const& facts);
 
  private:
   EntryTable& table_;
+  bool wantsFacts_;
 };
 
 }  // namespace foundation::storage::vfs

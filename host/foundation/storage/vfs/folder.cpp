@@ -54,6 +54,16 @@ std::vector<FolderIdentity> identitiesOf(Node const& node) {
   }
 }
 
+bool entersLinks() {
+  SessionCache* const cache = currentSessionCache();
+  return cache == nullptr || cache->visibility().followsLinks();
+}
+
+// Within a session.
+bool isLink(Provider& provider, AbsoluteIRI const& location) {
+  return currentSessionCache()->entryKind(provider, location) == EntryKind::link;
+}
+
 bool maybeLink(AbsoluteIRI const& location) {
   SessionCache* const cache = currentSessionCache();
   return cache == nullptr || cache->maybeLink(location);
@@ -69,7 +79,7 @@ std::shared_ptr<FolderSnapshot> read(std::shared_ptr<Provider> const& provider, 
   if (SessionCache* const cache = currentSessionCache()) {
     return cache->snapshot(provider, location, filter.literalHead());
   }
-  return readFolder(*provider, location, filter.literalHead());
+  return readFolder(*provider, location, filter.literalHead(), nullptr);
 }
 
 // Looks up the kind of every matching entry for which the listing didn't say it.
@@ -101,7 +111,11 @@ Folder::Folder(Folder const& parent, std::u16string const& name, std::optional<b
   std::u16string const& text = node.location.toString();
   bool const isBelow = text.compare(0, from.rootLength, from.location.toString(), 0, from.rootLength) == 0;
   if (!isBelow) node.rootLength = text.size();  // the name was a whole location
-  node.linkPassed = from.linkPassed || (isMaybeLink ? *isMaybeLink : maybeLink(node.location));
+  bool const followsLinks = entersLinks();
+  if (!followsLinks && isMaybeLink.value_or(true) && isLink(*node.provider, node.location)) {
+    throw Exception(ErrorCode::notFound, std::move(node.location), "links aren't followed");
+  }
+  node.linkPassed = followsLinks && (from.linkPassed || (isMaybeLink ? *isMaybeLink : maybeLink(node.location)));
   if (node.linkPassed) {
     node.identities = identitiesOf(from);
     if (auto const own = identityOf(*node.provider, node.location)) {

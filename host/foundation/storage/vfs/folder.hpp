@@ -48,7 +48,9 @@ class KORVAN_HOST_EXPORT Folder {
 
   /// The subfolder of that name. Throws `Exception` (code `other`) when it is one of the folders that led to it,
   /// reached again through a link, so that no descent follows a cycle. If a link was followed on the way, or no session
-  /// can rule that out, it asks for the identities of these folders, one request each, and throws what that throws.
+  /// can rule that out, it asks for the identities of these folders, one request each, and throws what that throws. In
+  /// a session that doesn't follow links it throws `Exception` (code `notFound`) for a link; that costs one request if
+  /// the folder above doesn't say what its entries are.
   Folder(Folder const& parent, std::u16string const& name);
 
   /// Where the folder is, as it was reached.

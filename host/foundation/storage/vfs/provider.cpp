@@ -10,12 +10,18 @@ std::optional<FolderIdentity> Provider::identity(AbsoluteIRI const& /*folder*/) 
   return std::nullopt;
 }
 
+std::optional<EntryFacts> Provider::facts(AbsoluteIRI const& location) {
+  PathKind const found = kind(location);
+  if (found == PathKind::notFound) return std::nullopt;
+  return EntryFacts{.kind = found == PathKind::isFolder ? EntryKind::folder : EntryKind::file};
+}
+
 bool Provider::servesSubtrees() const noexcept {
   return false;
 }
 
 SubtreePage Provider::subtree(AbsoluteIRI const& folder, std::string_view /*prefix*/, std::string_view /*after*/,
-                              std::string_view /*page*/) {
+                              std::string_view /*page*/, bool /*withFacts*/) {
   throw Exception(ErrorCode::other, folder, "this kind of storage has no flat listings");
 }
 

@@ -8,6 +8,7 @@
 
 #include "foundation/core/host_export.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
+#include "foundation/storage/vfs/entry_facts.hpp"
 #include "foundation/storage/vfs/entry_sink.hpp"
 #include "foundation/storage/vfs/path_kind.hpp"
 
@@ -31,9 +32,11 @@ struct SubtreePage {
   /// name. Empty for the last of `paths`.
   std::string position;
   /// What the provider calls the next page; may be empty.
-  std::string nextPage;
+  std::string nextPage{};
   /// Whether the store lists in byte order. If not, the page is of no use.
   bool isOrdered = true;
+  /// Of each of `paths`, if they were asked for.
+  std::vector<EntryFacts> facts{};
 };
 
 /// Serves the IRIs of one scheme: says what exists at a location and which entries a folder has. Think of it as remote:
@@ -72,17 +75,21 @@ class KORVAN_HOST_EXPORT Provider {
   /// is the default. One request. Throws if the folder doesn't exist.
   virtual std::optional<FolderIdentity> identity(AbsoluteIRI const& folder);
 
+  /// What storage says about the entry at the location, links not followed; nothing if there is none. At most two
+  /// requests. By default only the kind, as `kind` finds it out: for storage without links.
+  virtual std::optional<EntryFacts> facts(AbsoluteIRI const& location);
+
   /// Whether this is a store of flat keys: `subtree` and `listRest` are served, and `list` reads only what begins with
   /// its prefix. By default not.
   virtual bool servesSubtrees() const noexcept;
 
   /// The page of everything below the folder whose path below it begins with the bytes `prefix` and is greater than
   /// `after` (from the beginning if that is empty). `page` is the `nextPage` of the page that ended there, or empty. One
-  /// request, for nothing outside that prefix. For a folder with
-  /// nothing below it, and for a location where nothing exists, the page is empty and the last one. Throws `Exception`
+  /// request, for nothing outside that prefix. For a folder with nothing below it, and for a location where nothing
+  /// exists, the page is empty and the last one. The facts of its paths only if they are asked for. Throws `Exception`
   /// with code `other` if this isn't served.
   virtual SubtreePage subtree(AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
-                              std::string_view page);
+                              std::string_view page, bool withFacts);
 
   /// As `list`, but only the entries from the path `after` below the folder on: those with a key greater than it, among
   /// them perhaps the one that it is in. The folder is known to exist. For a store that lists in byte order.

@@ -10,13 +10,17 @@ thread_local ReadSession* innermost = nullptr;
 
 }  // namespace
 
-ReadSession::ReadSession(std::size_t memoryBound)
-    : cache_(std::make_unique<SessionCache>(memoryBound)), outer_(innermost) {
+ReadSession::ReadSession(std::size_t memoryBound, SessionPolicy const& policy)
+    : cache_(std::make_unique<SessionCache>(memoryBound, policy)), outer_(innermost) {
   innermost = this;
 }
 
 ReadSession::~ReadSession() {
   innermost = outer_;
+}
+
+void ReadSession::beginSearch() noexcept {
+  cache_->beginSearch();
 }
 
 Activity const& ReadSession::activity() const noexcept {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "foundation/core/host_export.hpp"
+#include "foundation/storage/vfs/session_policy.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
 
 namespace foundation::storage::vfs {
@@ -35,11 +36,15 @@ class KORVAN_HOST_EXPORT ReadSession {
   static constexpr std::size_t defaultMemoryBound = std::size_t{256} << 20;
 
   /// Opens a session on the calling thread, which must also close it. When the cache exceeds about `memoryBound` bytes
-  /// it is emptied, and folders are read again.
-  explicit ReadSession(std::size_t memoryBound = defaultMemoryBound);
+  /// it is emptied, and folders are read again. Without a policy the session shows everything.
+  explicit ReadSession(std::size_t memoryBound = defaultMemoryBound, SessionPolicy const& policy = {});
   ~ReadSession();
   ReadSession(ReadSession const&) = delete;
   ReadSession& operator=(ReadSession const&) = delete;
+
+  /// Begins a further search: the next folder that is listed is its start, to which the policy applies. Needed between
+  /// searches of one session with a policy, and harmless otherwise. What was read remains known.
+  void beginSearch() noexcept;
 
   /// What was read through this session so far. Valid as long as the session.
   Activity const& activity() const noexcept;

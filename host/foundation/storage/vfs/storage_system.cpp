@@ -38,6 +38,11 @@ std::string ownFolder() {
   return file.substr(0, file.rfind('/') + 1);
 }
 
+// Some programs write "s3a" or "s3n" for "s3", after the clients that they use.
+std::u16string_view usualScheme(std::u16string_view scheme) {
+  return scheme == u"s3a" || scheme == u"s3n" ? u"s3" : scheme;
+}
+
 // A scheme contains no "/", so the file is in the modules' folder.
 std::shared_ptr<Provider> loadModule(std::u16string_view scheme) {
   std::u16string const name(scheme);
@@ -65,9 +70,11 @@ std::shared_ptr<Provider> StorageSystem::provider(std::u16string_view scheme) {
   if (scheme == u"file") return fileProvider();
   Registry& known = registry();
   core::threads::MutexLock const lock(known.mutex);
-  auto found = known.providers.find(scheme);
+  if (auto const own = known.providers.find(scheme); own != known.providers.end()) return own->second;
+  std::u16string_view const usual = usualScheme(scheme);
+  auto found = known.providers.find(usual);
   if (found == known.providers.end()) {
-    found = known.providers.emplace(std::u16string(scheme), loadModule(scheme)).first;
+    found = known.providers.emplace(std::u16string(usual), loadModule(usual)).first;
   }
   return found->second;
 }

@@ -11,7 +11,8 @@ namespace foundation::storage::vfs {
 
 /// The process's storage system: which provider serves which scheme. "file" is built in. Another scheme is served by a
 /// registered provider, or else by a module "korvanhost/korvan-storage-SCHEME.so" in the host library's own folder,
-/// which is loaded when the scheme is first used and never unloaded. May be used by several threads at once.
+/// which is loaded when the scheme is first used and never unloaded. "s3a" and "s3n" are other names of "s3": its
+/// provider also serves them. May be used by several threads at once.
 class KORVAN_HOST_EXPORT StorageSystem {
  public:
   /// The storage system of this process.

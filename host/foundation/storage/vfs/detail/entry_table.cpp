@@ -18,13 +18,60 @@ std::uint64_t sortKey(char const* name, std::size_t length) {
   return __builtin_bswap64(key);
 }
 
+// Facts as they follow a name: this, then the bytes of the two texts.
+struct WrittenFacts {
+  std::uint64_t size;
+  Timestamp modified;
+  bool hasSize;
+  bool isDated;
+  std::uint8_t etagLength;
+  std::uint8_t classLength;
+};
+
+void appendFacts(std::string& bytes, EntryFacts const& facts) {
+  auto const lengthOf = [](std::string const& text) {
+    return static_cast<std::uint8_t>(std::min<std::size_t>(text.size(), 255));
+  };
+  WrittenFacts const written{facts.size.value_or(0), facts.modified.value_or(Timestamp()),
+                             facts.size.has_value(), facts.modified.has_value(),
+                             lengthOf(facts.etag),   lengthOf(facts.storageClass)};
+  bytes.append(reinterpret_cast<char const*>(&written), sizeof written);
+  bytes.append(facts.etag, 0, written.etagLength);
+  bytes.append(facts.storageClass, 0, written.classLength);
+}
+
+EntryFacts factsAt(char const* bytes, EntryKind kind) {
+  WrittenFacts written;
+  std::memcpy(&written, bytes, sizeof written);
+  bytes += sizeof written;
+  EntryFacts facts{.kind = kind};
+  if (written.hasSize) facts.size = written.size;
+  if (written.isDated) facts.modified = written.modified;
+  facts.etag.assign(bytes, written.etagLength);
+  facts.storageClass.assign(bytes + written.etagLength, written.classLength);
+  return facts;
+}
+
 constexpr bool littleEndian = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
 static_assert(littleEndian, "sortKey swaps bytes");
 
 }  // namespace
 
-void EntryTable::add(std::string_view name, EntryKind kind) {
-  if (name.empty() || name == "." || name == "..") return;
+void EntryTable::add(std::string_view name, EntryFacts const& facts) {
+  if (!append(name, facts.kind)) return;
+  records_.back().flags |= factsFlag;
+  appendFacts(names_, facts);
+}
+
+std::optional<EntryFacts> EntryTable::facts(std::size_t index) const {
+  Record const& record = records_[index];
+  if ((record.flags & factsFlag) == 0) return std::nullopt;
+  return factsAt(names_.data() + record.offset + (record.flags >> flagBits), entryKind(index));
+}
+
+// False for a name that is ignored.
+bool EntryTable::append(std::string_view name, EntryKind kind) {
+  if (name.empty() || name == "." || name == "..") return false;
   constexpr std::size_t pollEvery = 4096;
   if (records_.size() % pollEvery == pollEvery - 1) utThrowIfInterruptPending();
   if (name.size() >= (std::size_t{1} << (32 - flagBits)) || names_.size() + name.size() > UINT32_MAX) {
@@ -34,8 +81,10 @@ void EntryTable::add(std::string_view name, EntryKind kind) {
   if (kind == EntryKind::file) flags |= static_cast<std::uint32_t>(PathKind::isFile) + 1;
   if (kind == EntryKind::folder) flags |= static_cast<std::uint32_t>(PathKind::isFolder) + 1;
   if (kind == EntryKind::link || kind == EntryKind::unknown) flags |= linkFlag;
+  if (kind == EntryKind::link) flags |= certainFlag;
   records_.push_back({static_cast<std::uint32_t>(names_.size()), flags});
   names_.append(name);
+  return true;
 }
 
 void EntryTable::sort() {
@@ -72,9 +121,6 @@ void EntryTable::sort() {
   for (std::size_t i = 0; i < keyed.size(); ++i) records_[i] = keyed[i].record;
 
   // Among equal names the greatest kind comes first: a folder if there is one.
-  auto const nameOf = [this](Record const& record) {
-    return std::string_view(names_.data() + record.offset, record.flags >> flagBits);
-  };
   records_.erase(std::unique(records_.begin(), records_.end(),
                              [&](Record const& a, Record const& b) { return nameOf(a) == nameOf(b); }),
                  records_.end());
@@ -84,6 +130,16 @@ void EntryTable::sort() {
 void EntryTable::setKind(std::size_t index, PathKind kind) noexcept {
   Record& record = records_[index];
   record.flags = (record.flags & ~kindMask) | (static_cast<std::uint32_t>(kind) + 1);
+}
+
+void EntryTable::setEntryKind(std::size_t index, EntryKind kind) noexcept {
+  Record& record = records_[index];
+  if (kind == EntryKind::link) {
+    record.flags |= certainFlag;
+  } else {
+    record.flags &= ~linkFlag;
+    setKind(index, kind == EntryKind::folder ? PathKind::isFolder : PathKind::isFile);
+  }
 }
 
 std::size_t EntryTable::find(std::string_view wanted) const noexcept {

@@ -4,11 +4,23 @@
 
 namespace foundation::storage::vfs {
 
-std::shared_ptr<FolderSnapshot> readFolder(Provider& provider, AbsoluteIRI const& location, std::string_view prefix) {
+std::shared_ptr<FolderSnapshot> readFolder(Provider& provider, AbsoluteIRI const& location, std::string_view prefix,
+                                           Visibility const* visibility) {
   auto snapshot = std::make_shared<FolderSnapshot>(location, std::string(prefix));
+  if (visibility != nullptr && visibility->closesFolders()) {
+    snapshot->isClosed = visibility->isTooDeep(location);
+    if (!snapshot->isClosed && visibility->staysOnDevice()) {
+      if (auto const identity = provider.identity(location)) snapshot->device = identity->device;
+      snapshot->isClosed = visibility->isElsewhere(snapshot->device);
+    }
+    if (snapshot->isClosed) return snapshot;
+  }
   snapshot->entries.reserveUsual();
-  EntrySink sink(snapshot->entries);
+  EntrySink sink(snapshot->entries, visibility != nullptr && visibility->collectsFacts());
   provider.list(location, prefix, sink);
+  if (visibility != nullptr && visibility->hidesNames()) {
+    snapshot->entries.removeIf([&](std::string_view name) { return visibility->hides(name); });
+  }
   snapshot->entries.sort();
   snapshot->entries.shrink();
   return snapshot;

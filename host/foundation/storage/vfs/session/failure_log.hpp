@@ -16,7 +16,7 @@ namespace foundation::storage::vfs {
 class FailureLog {
  public:
   /// What was asked about a location. One question may fail where another is answered.
-  enum class Question { entries, kind, identity };
+  enum class Question { entries, kind, identity, facts };
 
   /// Whether a failure belongs in the report: not if the caller is sure to pass it on, or it would be reported twice.
   enum class Report { no, yes };
@@ -39,6 +39,9 @@ class FailureLog {
   /// what was read ahead.
   void remember(Question question, AbsoluteIRI const& location, Exception const& failure);
 
+  /// Adds the failure to the report, unless its location is in it or it is absence.
+  void report(Exception const& failure);
+
   /// In the order of the failures, without absence, which isn't a failure. Only ever grows.
   std::vector<Exception> const& reported() const noexcept { return reported_; }
 
@@ -46,9 +49,8 @@ class FailureLog {
   using Failures = std::unordered_map<std::u16string, Exception, KeyHash, KeyEqual>;
 
   void rethrowRemembered(Question question, AbsoluteIRI const& location, Report toReport);
-  void report(Exception const& failure);
 
-  std::array<Failures, 3> failures_;  // by question
+  std::array<Failures, 4> failures_;  // by question
   std::unordered_set<std::u16string, KeyHash, KeyEqual> reportedKeys_;
   std::vector<Exception> reported_;
 };

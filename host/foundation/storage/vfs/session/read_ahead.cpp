@@ -168,7 +168,7 @@ bool ReadAhead::prefetch(Lock& lock, DescentOrder::Position position) noexcept {
 ReadAhead::Reading ReadAhead::readUnlocked(Lock& lock, AbsoluteIRI const& location) {
   Unlocked const unlocked(lock);
   try {
-    auto snapshot = readFolder(*provider_, location, {});
+    auto snapshot = readFolder(*provider_, location, {}, &visibility_);
     EntryTable subfolders = descendedSubfolders(*snapshot);
     return {{std::move(snapshot), nullptr}, std::move(subfolders), false};
   } catch (Exception const& failure) {

@@ -33,7 +33,9 @@ class ReadAhead {
   using AddToCache = std::function<void(Outcome const&)>;
 
   /// `addToCache` is called in `read`, with folders that were prefetched but not requested in the order predicted.
-  explicit ReadAhead(AddToCache addToCache) : addToCache_(std::move(addToCache)) {}
+  /// Folders are read as `visibility` shows them, which must outlive this.
+  ReadAhead(AddToCache addToCache, Visibility const& visibility)
+      : addToCache_(std::move(addToCache)), visibility_(visibility) {}
 
   /// Waits for the listing that the helper is making.
   ~ReadAhead();
@@ -69,6 +71,7 @@ class ReadAhead {
   void wakeCaller() noexcept;
 
   AddToCache const addToCache_;
+  Visibility const& visibility_;
   std::shared_ptr<Provider> provider_;
   std::size_t hits_ = 0;    // requests in a row that were predicted but not prefetched
   std::size_t misses_ = 0;  // requests in a row that were neither predicted nor prefetched

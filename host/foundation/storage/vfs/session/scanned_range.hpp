@@ -17,8 +17,8 @@ class ScannedRange {
   using Snapshots = std::vector<std::shared_ptr<FolderSnapshot>>;
 
   /// An empty range at the beginning of a folder below `root`. Of the root's own entries only those count whose names
-  /// begin with `prefix`.
-  ScannedRange(AbsoluteIRI root, std::string prefix, std::string folder);
+  /// begin with `prefix`, and in all folders only what `visibility` shows, which must outlive the range.
+  ScannedRange(AbsoluteIRI root, std::string prefix, std::string folder, Visibility const& visibility);
 
   /// The folder at whose first key the range begins.
   std::string const& begin() const noexcept { return begin_; }
@@ -55,12 +55,14 @@ class ScannedRange {
   };
 
   void open(std::string path, bool isRead, bool exists);
-  void add(std::string_view path, Snapshots& complete);
+  void add(std::string_view path, EntryFacts const* facts, Snapshots& complete);
+  void skipHidden();
   void closeUntil(std::string_view path, Snapshots& complete);
   void close(Snapshots& complete);
 
   AbsoluteIRI root_;
   std::string prefix_;
+  Visibility const& visibility_;
   std::string begin_;
   std::string position_;
   std::string nextPage_;

@@ -11,21 +11,10 @@
 
 #include "foundation/core/text/bytes.hpp"
 #include "foundation/storage/vfs/detail/iri_text.hpp"
+#include "foundation/storage/vfs/session/busy.hpp"
 
 namespace foundation::storage::vfs {
 namespace {
-
-// Sets the flag while it lives.
-class Busy {
- public:
-  explicit Busy(bool& flag) noexcept : flag_(flag) { flag_ = true; }
-  ~Busy() { flag_ = false; }
-  Busy(Busy const&) = delete;
-  Busy& operator=(Busy const&) = delete;
-
- private:
-  bool& flag_;
-};
 
 // Whether the written form of an IRI's element is this name character for character: ASCII without a percent-encoding.
 bool isWrittenAs(std::string_view name, std::u16string_view written) {
@@ -46,6 +35,10 @@ bool isAtOrBelow(AbsoluteIRI const& location, AbsoluteIRI const& folder) {
   return key.starts_with(above) && (key.size() == above.size() || key[above.size()] == u'/');
 }
 
+bool isRefusal(Exception const& failure) {
+  return failure.getErrorCode() == static_cast<int>(ErrorCode::permissionDenied);
+}
+
 std::size_t memoryOf(FolderSnapshot const& snapshot) {
   // With the table's node and bucket and the shared pointer's counts.
   constexpr std::size_t perSnapshot = sizeof(FolderSnapshot) + 96;
@@ -54,8 +47,10 @@ std::size_t memoryOf(FolderSnapshot const& snapshot) {
 
 }  // namespace
 
-SessionCache::SessionCache(std::size_t memoryBound)
-    : readAhead_([this](ReadAhead::Outcome const& outcome) { addUnrequested(outcome); }), memoryBound_(memoryBound) {}
+SessionCache::SessionCache(std::size_t memoryBound, SessionPolicy const& policy)
+    : visibility_(policy),
+      readAhead_([this](ReadAhead::Outcome const& outcome) { addUnrequested(outcome); }, visibility_),
+      memoryBound_(memoryBound) {}
 
 std::shared_ptr<NameFilter const> const& SessionCache::filter(std::u16string const& text) {
   if (!filter_ || filterText_ != text) {
@@ -89,6 +84,7 @@ std::shared_ptr<FolderSnapshot> const& SessionCache::noteRequested(CachedFolder&
 std::shared_ptr<FolderSnapshot> SessionCache::snapshot(std::shared_ptr<Provider> const& provider,
                                                        AbsoluteIRI const& location, std::string_view prefix) {
   std::u16string_view const key = keyOf(location);
+  if (visibility_.awaitsStart()) noteStart(*provider, location);
   if (!provider->servesSubtrees()) prefix = {};  // the provider reads whole folders anyway: cache them as such
   if (CachedFolder* const cached = findPredicted(key, prefix)) return noteRequested(*cached);
   return failures_.attempt(FailureLog::Question::entries, location, FailureLog::Report::yes,
@@ -98,9 +94,16 @@ std::shared_ptr<FolderSnapshot> SessionCache::snapshot(std::shared_ptr<Provider>
 std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> const& provider,
                                                    AbsoluteIRI const& location, std::string_view prefix) {
   Busy const busy(busy_);
-  if (!provider->servesSubtrees()) return noteRequested(add(readAhead_.read(provider, location)));
-  bool const descends = descent_ && isAtOrBelow(location, *descent_);
-  auto snapshot = scanFor(location, prefix).read(*provider, location, prefix, descends, [this](auto const& other) {
+  if (!provider->servesSubtrees()) {
+    auto snapshot = readAhead_.read(provider, location);
+    if (isOutdated(*snapshot)) snapshot = readFolder(*provider, location, {}, &visibility_);
+    return noteRequested(add(std::move(snapshot)));
+  }
+  SubtreeScan::Expectation const expected = !visibility_.descendsFrom(location) ? SubtreeScan::Expectation::thisFolder
+                                            : descent_ && isAtOrBelow(location, *descent_)
+                                                ? SubtreeScan::Expectation::everythingBelow
+                                                : SubtreeScan::Expectation::unknown;
+  auto snapshot = scanFor(location, prefix).read(*provider, location, prefix, expected, [this](auto const& other) {
     addScanned(other);
   });
   noteOrderOf(location);
@@ -110,7 +113,8 @@ std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> con
 // A folder that was read ahead, and may be requested later or never.
 void SessionCache::addUnrequested(ReadAhead::Outcome const& outcome) {
   if (!outcome.failure) {
-    if (find(keyOf(outcome.snapshot->location), {}) == nullptr) add(outcome.snapshot);
+    bool const isUsable = !isOutdated(*outcome.snapshot);
+    if (isUsable && find(keyOf(outcome.snapshot->location), {}) == nullptr) add(outcome.snapshot);
     return;
   }
   try {
@@ -125,6 +129,8 @@ PathKind SessionCache::kind(StorageSystem& system, AbsoluteIRI const& location) 
   std::optional<PathKind> kind;
   if (entry.snapshot != nullptr) {
     kind = entry.index == EntryTable::npos ? PathKind::notFound : entry.snapshot->entries.kind(entry.index);
+  } else if (hides(system, location)) {
+    kind = PathKind::notFound;
   } else if (find(keyOf(location), {}) != nullptr) {
     kind = PathKind::isFolder;
   } else if (auto const known = kinds_.find(location.toString()); known != kinds_.end()) {
@@ -133,10 +139,15 @@ PathKind SessionCache::kind(StorageSystem& system, AbsoluteIRI const& location) 
   if (!kind) {
     // A location in a folder that wasn't listed was named by the caller, who sees the exception. After an eviction it
     // is no longer known what was listed.
-    bool const mayBeListed = entry.snapshot != nullptr || hasEvicted_;
-    kind = failures_.attempt(FailureLog::Question::kind, location,
-                             mayBeListed ? FailureLog::Report::yes : FailureLog::Report::no,
-                             [&] { return askKind(system, location, entry); });
+    bool const mayBeListed = entry.snapshot != nullptr || (hasEvicted_ && !reportsRefusal(location));
+    try {
+      kind = failures_.attempt(FailureLog::Question::kind, location,
+                               mayBeListed ? FailureLog::Report::yes : FailureLog::Report::no,
+                               [&] { return askKind(system, location, entry); });
+    } catch (Exception const& failure) {
+      if (!isRefusal(failure) || !reportsRefusal(location)) throw;
+      kind = passOver(entry, location, failure);
+    }
   }
   bool const asksForFolder = location.toString().ends_with(u'/');
   return asksForFolder && kind != PathKind::isFolder ? PathKind::notFound : *kind;
@@ -207,6 +218,8 @@ SessionCache::Entry SessionCache::findEntry(AbsoluteIRI const& location) {
   }
   std::size_t const index = lastLookedIn_->entries.find(name_);
   if (index != EntryTable::npos) lastLookedIn_->lastHit = index;
+  // The start of a search may have a name that an earlier search left out.
+  if (index == EntryTable::npos && visibility_.hides(name_) && !visibility_.isBelowStart(location)) return unknown;
   return {lastLookedIn_, index};
 }
 
@@ -242,7 +255,8 @@ void SessionCache::expectDescent(AbsoluteIRI const& folder) {
 }
 
 SubtreeScan& SessionCache::scanFor(AbsoluteIRI const& location, std::string_view prefix) {
-  if (!scan_ || !scan_->reaches(location, prefix)) scan_.emplace(location, std::string(prefix), memoryBound_, stores_);
+  if (!scan_ || !scan_->reaches(location, prefix))
+    scan_.emplace(location, std::string(prefix), visibility_, memoryBound_, stores_);
   return *scan_;
 }
 
@@ -270,15 +284,19 @@ SessionCache::CachedFolder& SessionCache::add(std::shared_ptr<FolderSnapshot> sn
 // Evicts everything at once: searches rarely come near the bound, and keeping an order of eviction would cost time on every hit.
 void SessionCache::makeRoom(std::size_t bytes) {
   if (memory_ + bytes > memoryBound_) {
-    folders_.clear();
-    kinds_.clear();
-    identities_.clear();
-    memory_ = 0;
+    forget();
     hasEvicted_ = true;
-    lastLookedIn_ = nullptr;
-    lastRequested_ = nullptr;
   }
   memory_ += bytes;
+}
+
+void SessionCache::forget() noexcept {
+  folders_.clear();
+  kinds_.clear();
+  identities_.clear();
+  memory_ = 0;
+  lastLookedIn_ = nullptr;
+  lastRequested_ = nullptr;
 }
 
 }  // namespace foundation::storage::vfs

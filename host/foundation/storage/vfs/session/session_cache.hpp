@@ -15,6 +15,7 @@
 #include "foundation/storage/vfs/session/failure_log.hpp"
 #include "foundation/storage/vfs/session/read_ahead.hpp"
 #include "foundation/storage/vfs/session/subtree_scan.hpp"
+#include "foundation/storage/vfs/session/visibility.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
 
 namespace foundation::storage::vfs {
@@ -26,7 +27,7 @@ namespace foundation::storage::vfs {
 /// incomplete.
 class SessionCache {
  public:
-  explicit SessionCache(std::size_t memoryBound);
+  SessionCache(std::size_t memoryBound, SessionPolicy const& policy);
 
   /// The snapshot of the folder, complete at least for the entries whose names begin with `prefix`: from the cache, or
   /// read now.
@@ -41,6 +42,10 @@ class SessionCache {
 
   /// The folder's identity, as `Provider::identity`.
   std::optional<FolderIdentity> identity(Provider& provider, AbsoluteIRI const& folder);
+
+  /// What storage says about the entry at the location, links not followed; see the functions of these names.
+  std::optional<EntryFacts> facts(Provider& provider, AbsoluteIRI const& location);
+  std::optional<EntryKind> entryKind(Provider& provider, AbsoluteIRI const& location);
 
   /// Whether the entry at the location is, or may be, a link: true unless a snapshot says that it isn't.
   bool maybeLink(AbsoluteIRI const& location);
@@ -59,6 +64,11 @@ class SessionCache {
 
   /// See `ReadSession::notes`.
   std::vector<Exception> const& notes() const noexcept { return notes_; }
+
+  Visibility const& visibility() const noexcept { return visibility_; }
+
+  /// The next folder that is listed is the start of another search.
+  void beginSearch() noexcept { visibility_.forgetStart(); }
 
   Activity activity;
 
@@ -87,10 +97,19 @@ class SessionCache {
   SubtreeScan& scanFor(AbsoluteIRI const& location, std::string_view prefix);
   void addScanned(std::shared_ptr<FolderSnapshot> snapshot);
   void noteOrderOf(AbsoluteIRI const& location);
+  std::optional<EntryFacts> askFacts(Provider& provider, AbsoluteIRI const& location);
+  void noteStart(Provider& provider, AbsoluteIRI const& folder);
+  bool hides(StorageSystem& system, AbsoluteIRI const& location);
+  std::uint64_t deviceOf(Provider& provider, AbsoluteIRI const& folder);
+  bool reportsRefusal(AbsoluteIRI const& location) const;
+  PathKind passOver(Entry entry, AbsoluteIRI const& location, Exception const& failure);
+  bool isOutdated(FolderSnapshot const& snapshot) const noexcept;
   void addUnrequested(ReadAhead::Outcome const& outcome);
   CachedFolder& add(std::shared_ptr<FolderSnapshot> snapshot);
   void makeRoom(std::size_t bytes);
+  void forget() noexcept;
 
+  Visibility visibility_;
   // The snapshots own their keys.
   std::unordered_multimap<std::u16string_view, CachedFolder, KeyHash, KeyEqual> folders_;
   std::unordered_map<std::u16string, PathKind> kinds_;

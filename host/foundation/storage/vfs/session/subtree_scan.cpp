@@ -5,6 +5,7 @@
 
 #include "foundation/core/text/bytes.hpp"
 #include "foundation/storage/vfs/detail/iri_text.hpp"
+#include "foundation/storage/vfs/detail/location_key.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
 
 namespace foundation::storage::vfs {
@@ -27,24 +28,6 @@ constexpr std::size_t entriesPerRequest = 1000;
 // Each range has a request behind it that others can rarely continue: a search that skips folders leaves many behind.
 constexpr std::size_t maximumRanges = 16;
 
-std::u16string_view withoutFinalSeparator(std::u16string_view text) {
-  if (!text.empty() && text.back() == u'/') text.remove_suffix(1);
-  return text;
-}
-
-// The written form of what leads from `root` to `location`, without a "/" at either end; empty for the root itself.
-// False when the location isn't below it.
-bool writtenBelow(AbsoluteIRI const& root, AbsoluteIRI const& location, std::u16string_view& below) {
-  std::u16string_view const base = withoutFinalSeparator(root.toString());
-  below = withoutFinalSeparator(location.toString());
-  if (!below.starts_with(base)) return false;
-  below.remove_prefix(base.size());
-  if (below.empty()) return true;
-  if (below.front() != u'/') return false;
-  below.remove_prefix(1);
-  return true;
-}
-
 // Whether the range ends among keys that come before those of the folder although the search requests them later: the
 // keys in "a-" and in "a.b" precede those in "a", since "/" sorts after "-" and ".".
 bool isJustBefore(ScannedRange const& range, std::string_view folder) {
@@ -56,34 +39,39 @@ bool isJustBefore(ScannedRange const& range, std::string_view folder) {
 
 }  // namespace
 
-SubtreeScan::SubtreeScan(AbsoluteIRI root, std::string prefix, std::size_t memoryBound, AnsweredStores& stores)
-    : root_(std::move(root)), prefix_(std::move(prefix)), memoryBound_(memoryBound), stores_(stores) {}
+SubtreeScan::SubtreeScan(AbsoluteIRI root, std::string prefix, Visibility const& visibility, std::size_t memoryBound,
+                         AnsweredStores& stores)
+    : root_(std::move(root)),
+      prefix_(std::move(prefix)),
+      visibility_(visibility),
+      memoryBound_(memoryBound),
+      stores_(stores) {}
 
 bool SubtreeScan::reaches(AbsoluteIRI const& location, std::string_view prefix) const {
-  std::u16string_view below;
-  if (!writtenBelow(root_, location, below)) return false;
-  if (below.empty()) return prefix == prefix_;
+  auto const below = writtenBelow(root_, location);
+  if (!below) return false;
+  if (below->empty()) return prefix == prefix_;
   return pathBelowRoot(location).starts_with(prefix_);
 }
 
 std::string SubtreeScan::pathBelowRoot(AbsoluteIRI const& folder) const {
-  std::u16string_view below;
+  auto const below = writtenBelow(root_, folder);
   std::string path;
-  if (writtenBelow(root_, folder, below) && !below.empty()) {
-    iri_text::appendDecodedBytes(path, below);
+  if (below && !below->empty()) {
+    iri_text::appendDecodedBytes(path, *below);
     path.push_back('/');
   }
   return path;
 }
 
 std::shared_ptr<FolderSnapshot> SubtreeScan::read(Provider& provider, AbsoluteIRI const& folder,
-                                                  std::string_view prefix, bool descends,
+                                                  std::string_view prefix, Expectation expected,
                                                   AddToCache const& addToCache) {
   std::string const wanted = pathBelowRoot(folder);
   Progress progress;
-  while (!isUnordered_ && !progress.wanted) {
-    auto const range = rangeFor(wanted, progress, descends);
-    if (range == ranges_.end() || !isWorthAPage(*range, wanted, prefix, descends, progress)) break;
+  while (expected != Expectation::thisFolder && !isUnordered_ && !progress.wanted) {
+    auto const range = rangeFor(wanted, progress, expected);
+    if (range == ranges_.end() || !isWorthAPage(*range, wanted, prefix, expected, progress)) break;
     readPage(provider, folder, wanted, range, progress, addToCache);
   }
   return progress.wanted ? std::move(progress.wanted) : list(provider, folder, wanted, prefix);
@@ -97,7 +85,7 @@ void SubtreeScan::readForLookup(Provider& provider, AbsoluteIRI const& folder, A
   }
   std::string const wanted = pathBelowRoot(folder);
   Progress progress;
-  auto const range = rangeFor(wanted, progress, false);
+  auto const range = rangeFor(wanted, progress, Expectation::unknown);
   if (range->canGrow()) readPage(provider, folder, wanted, range, progress, addToCache);
   if (progress.wanted) addToCache(progress.wanted);
   unhelpfulPages_ = progress.wanted ? 0 : std::min(unhelpfulPages_ + 1, maximumUnhelpfulPages);
@@ -107,8 +95,8 @@ void SubtreeScan::readForLookup(Provider& provider, AbsoluteIRI const& folder, A
 // The range to grow for the folder, which becomes the first one: the range that has begun to read the folder, one that
 // is about to, or a new one. None if the folder has been passed without being completed.
 SubtreeScan::Ranges::iterator SubtreeScan::rangeFor(std::string const& wanted, Progress const& progress,
-                                                    bool descends) {
-  bool const mayApproach = progress.pages == 0 || (descends && mayReadAhead(progress));
+                                                    Expectation expected) {
+  bool const mayApproach = progress.pages == 0 || (expected == Expectation::everythingBelow && mayReadAhead(progress));
   auto const isBegun = [&](ScannedRange const& range) { return range.unfinished(wanted) != nullptr; };
   auto const approaches = [&](ScannedRange const& range) { return mayApproach && isJustBefore(range, wanted); };
   auto const contains = [&](ScannedRange const& range) { return range.contains(wanted); };
@@ -121,7 +109,7 @@ SubtreeScan::Ranges::iterator SubtreeScan::rangeFor(std::string const& wanted, P
       ranges_.erase(range);  // the folder was complete, and has been evicted since
     }
     if (ranges_.size() == maximumRanges) ranges_.pop_back();
-    range = ranges_.emplace(ranges_.begin(), root_, prefix_, wanted);
+    range = ranges_.emplace(ranges_.begin(), root_, prefix_, wanted, visibility_);
   }
   ranges_.splice(ranges_.begin(), ranges_, range);
   return range;
@@ -133,7 +121,7 @@ bool SubtreeScan::mayReadAhead(Progress const& progress) const noexcept {
 
 // Whether the next page of the range is a better request for the folder than listing it alone.
 bool SubtreeScan::isWorthAPage(ScannedRange const& range, std::string_view wanted, std::string_view prefix,
-                               bool descends, Progress const& progress) const {
+                               Expectation expected, Progress const& progress) const {
   if (!range.canGrow()) return false;
   FolderSnapshot const* const begun = range.unfinished(wanted);
   if (progress.pages == 0 || begun == nullptr || range.position() == wanted) return true;
@@ -141,7 +129,7 @@ bool SubtreeScan::isWorthAPage(ScannedRange const& range, std::string_view wante
   std::string_view const rest = std::string_view(range.position()).substr(wanted.size());
   if (rest.find('/') == std::string_view::npos) return true;  // the folder's own entries come next
   bool const isSkipped = rest.front() == '.' || rest.find("/.") != std::string_view::npos;
-  if (!descends || isSkipped || !mayReadAhead(progress)) return false;
+  if (expected != Expectation::everythingBelow || isSkipped || !mayReadAhead(progress)) return false;
   return listings_ >= freeListings + pages_ / pagesPerListing;
 }
 
@@ -175,7 +163,9 @@ void SubtreeScan::readPage(Provider& provider, AbsoluteIRI const& folder, std::s
 // A failure concerns the folder that the page was read for, not the whole root.
 SubtreePage SubtreeScan::nextPage(Provider& provider, AbsoluteIRI const& folder, ScannedRange const& range) {
   try {
-    return stores_.ask(folder, [&] { return provider.subtree(root_, prefix_, range.position(), range.nextPage()); });
+    return stores_.ask(folder, [&] {
+      return provider.subtree(root_, prefix_, range.position(), range.nextPage(), visibility_.collectsFacts());
+    });
   } catch (Exception const& failure) {
     throw Exception(static_cast<ErrorCode>(failure.getErrorCode()), folder, failure.reason());
   }
@@ -189,14 +179,15 @@ std::shared_ptr<FolderSnapshot> SubtreeScan::list(Provider& provider, AbsoluteIR
     FolderSnapshot const* const begun = range.unfinished(wanted);
     if (begun == nullptr || begun->prefix != prefix || begun->entries.size() == 0) continue;
     snapshot = range.takeUnfinished(wanted);
-    EntrySink sink(snapshot->entries);
+    EntrySink sink(snapshot->entries, visibility_.collectsFacts());
     std::string_view const after = std::string_view(range.position()).substr(wanted.size());
     stores_.ask(folder, [&] { return provider.listRest(folder, prefix, after, sink), true; });
+    snapshot->entries.removeIf([&](std::string_view name) { return visibility_.hides(name); });
     snapshot->entries.sort();
     snapshot->entries.shrink();
     break;
   }
-  if (!snapshot) snapshot = stores_.ask(folder, [&] { return readFolder(provider, folder, prefix); });
+  if (!snapshot) snapshot = stores_.ask(folder, [&] { return readFolder(provider, folder, prefix, &visibility_); });
   listings_ += 1 + snapshot->entries.size() / entriesPerRequest;
   return snapshot;
 }

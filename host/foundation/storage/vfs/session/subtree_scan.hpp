@@ -22,19 +22,27 @@ class SubtreeScan {
  public:
   using AddToCache = std::function<void(std::shared_ptr<FolderSnapshot>)>;
 
-  /// A scan of what exists below `root` and begins with `prefix`. For a folder of large subfolders it reads at most
-  /// `memoryBound` bytes ahead. Every request goes through `stores`, which must outlive it. Makes no request.
-  SubtreeScan(AbsoluteIRI root, std::string prefix, std::size_t memoryBound, AnsweredStores& stores);
+  /// What the search is going to list next.
+  enum class Expectation {
+    thisFolder,       ///< none of the folders below the one that it asks for
+    unknown,          ///< perhaps some of them
+    everythingBelow,  ///< all of them, so that no page is read in vain
+  };
+
+  /// A scan of what exists below `root`, begins with `prefix` and isn't hidden by `visibility`. For one folder it reads
+  /// only a part of `memoryBound` bytes ahead. Every request goes through `stores`; both must outlive it. Makes no
+  /// request.
+  SubtreeScan(AbsoluteIRI root, std::string prefix, Visibility const& visibility, std::size_t memoryBound,
+              AnsweredStores& stores);
 
   /// Whether the location is a folder below the root that the scan can reach (or the root, for the same prefix).
   bool reaches(AbsoluteIRI const& location, std::string_view prefix) const;
 
   /// The entries of the folder, which the scan must reach: at least those whose names begin with `prefix`. Passes on
-  /// the other folders that the same pages complete. `descends` says that the search is going to list all folders below
-  /// it too, so that no page is read in vain. Throws as `Provider::list` and `Provider::subtree` do; what was read
-  /// before remains.
+  /// the other folders that the same pages complete. Throws as `Provider::list` and `Provider::subtree` do; what was
+  /// read before remains.
   std::shared_ptr<FolderSnapshot> read(Provider& provider, AbsoluteIRI const& folder, std::string_view prefix,
-                                       bool descends, AddToCache const& addToCache);
+                                       Expectation expected, AddToCache const& addToCache);
 
   /// Reads one page for entries of the folder that could be looked up individually, if that is worth its request: it
   /// passes on the folders that the page completes. A page that completes the folder it was read for answers the next
@@ -55,9 +63,9 @@ class SubtreeScan {
   };
 
   std::string pathBelowRoot(AbsoluteIRI const& folder) const;
-  Ranges::iterator rangeFor(std::string const& wanted, Progress const& progress, bool descends);
+  Ranges::iterator rangeFor(std::string const& wanted, Progress const& progress, Expectation expected);
   bool mayReadAhead(Progress const& progress) const noexcept;
-  bool isWorthAPage(ScannedRange const& range, std::string_view wanted, std::string_view prefix, bool descends,
+  bool isWorthAPage(ScannedRange const& range, std::string_view wanted, std::string_view prefix, Expectation expected,
                     Progress const& progress) const;
   void readPage(Provider& provider, AbsoluteIRI const& folder, std::string_view wanted, Ranges::iterator range,
                 Progress& progress, AddToCache const& addToCache);
@@ -67,6 +75,7 @@ class SubtreeScan {
 
   AbsoluteIRI root_;
   std::string prefix_;
+  Visibility const& visibility_;
   std::size_t memoryBound_;
   AnsweredStores& stores_;
   Ranges ranges_;  // disjoint; the one used last comes first
