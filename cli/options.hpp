@@ -25,6 +25,13 @@ struct Options {
   std::vector<std::string> excluded;
   std::optional<std::uint64_t> maxDepth;
 
+  // How object stores are used; empty or false: as the environment says.
+  std::string endpointUrl;
+  std::string region;
+  std::string profile;
+  bool noSignRequest = false;
+  std::string requestPayer;
+
   // Which matches are shown.
   std::vector<std::string> types;
   std::vector<std::string> sizes;

@@ -13,7 +13,9 @@ import unittest
 
 from misbehaving_store import BEHAVIOURS, KEYS, NAMES, SECRET, MisbehavingStore
 
-KGLOB = SILENT_NAME_SERVERS = ""
+KGLOB = ""
+# The address sanitizer objects to a library that is loaded before its own.
+NO_NAME_SERVERS = {"AWS_ENDPOINT_URL": "http://store.example", "ASAN_OPTIONS": "verify_asan_link_order=0"}
 # bucket: (exit status, text on standard error, fewest and most requests, fewest and most seconds). A listing that fails
 # is reported, and the search goes on without it: status 2. A folder of many pages may be tried as a flat listing first,
 # at the cost of one request.
@@ -127,7 +129,7 @@ class Misbehaving(unittest.TestCase):
     def test_an_interrupt_ends_every_phase(self):
         full = self.enterContext(socket.create_server(("127.0.0.1", 0), backlog=0))
         self.enterContext(socket.create_connection(full.getsockname()))  # takes the only place: others get no response
-        phases = {"look-up": {"AWS_ENDPOINT_URL": "http://store.example", "LD_PRELOAD": SILENT_NAME_SERVERS},
+        phases = {"look-up": NO_NAME_SERVERS,
                   "connect": {"AWS_ENDPOINT_URL": "http://127.0.0.1:%d" % full.getsockname()[1]},
                   "silent": {"AWS_CLI_READ_TIMEOUT": "0"}, "silent-body": {}, "retry-after": {}, "trickle": {}}
         for bucket, changes in phases.items():
@@ -143,8 +145,8 @@ class Misbehaving(unittest.TestCase):
 
     def test_silent_name_servers(self):
         begin = time.monotonic()
-        changes = {"AWS_ENDPOINT_URL": "http://store.example", "AWS_CLI_CONNECT_TIMEOUT": "1", "AWS_MAX_ATTEMPTS": "2"}
-        self.assertRegex(self.run_one("look-up", **changes, LD_PRELOAD=SILENT_NAME_SERVERS)[1], "tried 2 times")
+        changes = {**NO_NAME_SERVERS, "AWS_CLI_CONNECT_TIMEOUT": "1", "AWS_MAX_ATTEMPTS": "2"}
+        self.assertRegex(self.run_one("look-up", **changes)[1], "tried 2 times")
         self.assertLess(time.monotonic() - begin, 10)
 
     def test_certificates_are_verified(self):
@@ -159,5 +161,5 @@ class Misbehaving(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    KGLOB, SILENT_NAME_SERVERS = sys.argv.pop(1), sys.argv.pop(1)
+    KGLOB, NO_NAME_SERVERS["LD_PRELOAD"] = sys.argv.pop(1), sys.argv.pop(1)
     unittest.main()
