@@ -200,7 +200,8 @@ TEST(SessionPolicy, FactsOfAStoreCostNoRequests) {
   for (bool const collects : {false, true}) {
     store->forgetRequests();
     ReadSession const session(ReadSession::defaultMemoryBound, {.collectFacts = collects});
-    Strings const matches = search("**", "mem:///");
+    Strings matches = search("**", "mem:///");
+    matches.emplace_back();
     if (!collects) requests = store->requests();
     for (std::string const& match : matches) {
       vfs::AbsoluteIRI const location(toText("mem:///" + match));

@@ -86,6 +86,7 @@ class SessionCache {
                                        std::string_view prefix);
   PathKind askKind(StorageSystem& system, AbsoluteIRI const& location, Entry entry);
   void scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix);
+  EntryKind knownKind(Entry entry, Provider& provider, AbsoluteIRI const& location);
   std::optional<EntryFacts> askFacts(Provider& provider, AbsoluteIRI const& location);
   void noteStart(Provider& provider, AbsoluteIRI const& folder);
   bool hides(StorageSystem& system, AbsoluteIRI const& location);
