@@ -112,7 +112,8 @@ class _Search:
                 raise SystemExit  # closed by `_close_all`; it ends a daemon thread without a word
             failures = []
             while with_failures and (failure := _library.next_failure(self._handle)):
-                failures.append(make_error(failure.contents, decode))
+                if failure.contents.status != _library.OK:  # a note
+                    failures.append(make_error(failure.contents, decode))
             if status != _library.OK:
                 return None, failures, make_error(_library.error(self._handle).contents, decode)
             return ctypes.string_at(begin, length.value - 1) if length else None, failures, None

@@ -34,7 +34,7 @@ std::optional<EntryKind> SessionCache::entryKind(Provider& provider, AbsoluteIRI
 std::optional<EntryFacts> SessionCache::askFacts(Provider& provider, AbsoluteIRI const& location) {
   return failures_.attempt(FailureLog::Question::facts, location, FailureLog::Report::yes, [&] {
     Busy const busy(busy_);
-    return provider.facts(location);
+    return stores_.ask(location, [&] { return provider.facts(location); });
   });
 }
 
