@@ -38,7 +38,7 @@ EntryKind SessionCache::knownKind(Entry entry, Provider& provider, AbsoluteIRI c
 std::optional<EntryFacts> SessionCache::askFacts(Provider& provider, AbsoluteIRI const& location) {
   return failures_.attempt(FailureLog::Question::facts, location, FailureLog::Report::yes, [&] {
     Busy const busy(busy_);
-    return provider.facts(location);
+    return stores_.ask(location, [&] { return provider.facts(location); });
   });
 }
 
