@@ -64,6 +64,6 @@ class UsageError : public std::runtime_error {
 
 /// Reads the command line: options and patterns in any order (POSIX 12.2, guideline 9 excepted), after "--" patterns
 /// only. The last value of an option that can't be repeated counts. Throws `UsageError`.
-Options parseOptions(int argc, char const* const* argv);
+Options parseOptions(int argc, char* const* argv);
 
 }  // namespace kglob

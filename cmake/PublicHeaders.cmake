@@ -37,6 +37,7 @@ target_sources(
          host/foundation/storage/vfs/path_kind.hpp
          host/foundation/storage/vfs/provider.hpp
          host/foundation/storage/vfs/read_session.hpp
+         host/foundation/storage/vfs/search_outline.hpp
          host/foundation/storage/vfs/session_policy.hpp
          host/foundation/storage/vfs/storage_system.hpp
          host/quindarel/interpreter/array.hpp

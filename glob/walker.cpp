@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "foundation/storage/vfs/read_session.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
 #include "glob/existence.hpp"
 #include "glob/listing.hpp"
@@ -21,6 +22,18 @@ bool literalMatches(Path const& pattern, Path const& root, bool foldersOnly) {
   return noName || foldersOnly ? kind == PathKind::isFolder : exists(kind);
 }
 
+vfs::SearchOutline::Match matchOf(SegmentClass segment) {
+  switch (segment) {
+    case SegmentClass::literal:
+      return vfs::SearchOutline::Match::name;
+    case SegmentClass::wildcard:
+      return vfs::SearchOutline::Match::filter;
+    case SegmentClass::doubleStar:
+      break;
+  }
+  return vfs::SearchOutline::Match::descent;
+}
+
 }  // namespace
 
 Walker::Walker(Path const& pattern, Path const& root, bool foldersOnly, bool includeDotFiles)
@@ -35,6 +48,7 @@ Walker::Walker(vfs::Folder const& folder, bool foldersOnly, bool includeDotFiles
   plan_.emplace(pattern_);
   hasBegun_ = true;
   push(0, true).folder = folder;
+  announce(folder.getLocation());
 }
 
 Path const* Walker::next() {
@@ -61,7 +75,20 @@ void Walker::begin() {
   // Made absolute once, so that the process's current folder isn't looked up for every folder.
   if (!isAbsolute(plan_->start())) root_ = absolute(root_, Path());
   match_ = plan_->start();
+  if (vfs::ReadSession::current() != nullptr) announce(PathAccess::toIRI(absolute(match_, root_)));
   enter(0);
+}
+
+// Says to the storage layer what the walk is going to read.
+void Walker::announce(vfs::AbsoluteIRI const& start) {
+  vfs::ReadSession* const session = vfs::ReadSession::current();
+  bool const isOneListing = plan_->size() == 1 && plan_->segmentClass(0) == SegmentClass::wildcard;
+  if (session == nullptr || isOneListing) return;
+  vfs::SearchOutline outline{start, {}, includeDotFiles_};
+  for (std::size_t i = 0; i < plan_->size(); ++i) {
+    outline.segments.push_back({matchOf(plan_->segmentClass(i)), std::u16string(plan_->text(i))});
+  }
+  announcement_ = session->announce(outline);
 }
 
 // Advances by one entry of the topmost frame, which produces at most one match.
@@ -133,7 +160,6 @@ void Walker::open(Frame& frame) {
   if (!frame.folder) {
     frame.folder.emplace(PathAccess::toIRI(absolute(frame.at, root_)), storage_);
   }
-  if (frame.isDescent && !frame.isBelow) frame.folder->expectDescent();
   list(frame);
 }
 

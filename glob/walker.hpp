@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -52,6 +53,7 @@ class Walker {
   };
 
   void begin();
+  void announce(foundation::storage::vfs::AbsoluteIRI const& start);
   void step();
   void enter(std::size_t segment);
   Frame& push(std::size_t segment, bool isDescent);
@@ -71,6 +73,8 @@ class Walker {
   bool foldersOnly_;
   bool includeDotFiles_;
   foundation::storage::vfs::StorageSystemReference storage_;
+
+  std::shared_ptr<void const> announcement_;  // to the storage layer
 
   Path pattern_;                     // to be walked over at the first call of `next`
   std::optional<PatternPlan> plan_;  // of a pattern with a wildcard, once it has begun

@@ -1,227 +1,308 @@
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <iterator>
 #include <memory>
+#include <mutex>
 #include <optional>
+#include <random>
 #include <string>
 #include <thread>
 
 #include <gtest/gtest.h>
+#include <sched.h>
 
+#include "foundation/storage/file/file_provider.hpp"
 #include "foundation/storage/vfs/folder.hpp"
-#include "foundation/storage/vfs/read_session.hpp"
-#include "foundation/storage/vfs/storage_system.hpp"
 #include "quindarel/interrupt/interrupt_exception.hpp"
-#include "quindarel/interrupt/interrupt_state.hpp"
+#include "quindarel/interrupt/interrupt_poll.hpp"
+#include "support/hooked_provider.hpp"
 #include "support/memory_provider.hpp"
 #include "support/oracle.hpp"
 #include "support/search.hpp"
+#include "support/temporary_folder.hpp"
 
+namespace korvan::test {
 namespace {
 
-namespace vfs = foundation::storage::vfs;
-using korvan::test::MemoryProvider;
-using korvan::test::search;
-using korvan::test::Tree;
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
 using Operation = MemoryProvider::Operation;
+using Stream = io::internal::GlobStream;
 
 std::string numbered(char letter, int number) {
   return letter + std::to_string(1000 + number);
 }
 
-// Enough nested folders to be read ahead, and some entries for which a descent leaves the predicted order.
-Tree largeTree() {
+// As many folders with one file as it says, side by side.
+Tree wideTree(int folders) {
   Tree tree;
-  for (int i = 0; i < 60; ++i) {
-    std::string const top = numbered('d', i);
-    for (int j = 0; j < 10; ++j) tree.addFile(top + "/" + numbered('e', j) + "/f/file.txt");
-  }
-  tree.addFile("d1010/.dot/folder/file.txt")
-      .addFile("d1020/e1003/.dot/file")
-      .addLink("d1010/e1004/link", "d1030/e1001");
-  std::string chain = "z";
-  for (int i = 0; i < 100; ++i) chain += "/z";
-  tree.addFile(chain + "/file.txt");
+  for (int i = 0; i < folders; ++i) tree.addFile(numbered('d', i) + "/file");
   return tree;
 }
 
+// Keeps the calling thread, and those that it starts, on so many cores; false if there aren't as many.
+class OnCores {
+ public:
+  explicit OnCores(int count) {
+    sched_getaffinity(0, sizeof before_, &before_);
+    cpu_set_t some;
+    CPU_ZERO(&some);
+    for (std::size_t core = 0; core < CPU_SETSIZE && CPU_COUNT(&some) < count; ++core) {
+      if (CPU_ISSET(core, &before_)) CPU_SET(core, &some);
+    }
+    areThere = CPU_COUNT(&some) == count && sched_setaffinity(0, sizeof some, &some) == 0;
+  }
+  ~OnCores() { sched_setaffinity(0, sizeof before_, &before_); }
+  OnCores(OnCores const&) = delete;
+  OnCores& operator=(OnCores const&) = delete;
+  bool areThere;
+
+ private:
+  cpu_set_t before_;
+};
+
 class ReadAhead : public testing::Test {
  protected:
-  void serve(Tree const& tree) {
-    store_ = std::make_shared<MemoryProvider>(Tree(tree));
-    served_.emplace(u"mem", store_);
+  void serve(Tree const& tree, std::size_t window, std::function<void()> onRead) {
+    store_ = std::make_shared<MemoryProvider>(tree);
+    most_ = inFlight_ = byOthers_ = 0;
+    auto const own = std::this_thread::get_id();
+    auto const hook = [this, own, onRead](vfs::AbsoluteIRI const& /*location*/) {
+      int const now = ++inFlight_;
+      for (int most = most_; now > most && !most_.compare_exchange_weak(most, now);) {
+      }
+      if (std::this_thread::get_id() != own) ++byOthers_;
+      struct AtEnd {
+        std::atomic<int>& inFlight;
+        ~AtEnd() { --inFlight; }
+      } const atEnd{inFlight_};
+      vfs::countRequest(10);
+      onRead();
+    };
+    served_.reset();
+    served_.emplace(u"mem", std::make_shared<HookedProvider>(store_, window, hook));
   }
 
-  static std::size_t list(std::string const& path) {
-    vfs::Folder const folder(vfs::AbsoluteIRI(korvan::test::toText("mem:///" + path)),
-                             Quindarel::KorvanStorageSystem::GetStorageSystemReference());
-    auto const listing = folder.listAll(u"*");
-    return static_cast<std::size_t>(std::distance(listing.begin(), listing.end()));
-  }
-
-  // Waits for another thread.
-  template <class Condition>
-  static bool inTime(Condition const& condition) {
-    auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (!condition() && std::chrono::steady_clock::now() < end) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  // Waits until the number of requests has stopped growing.
+  std::size_t settledRequests() const {
+    for (std::size_t before = store_->requests();; before = store_->requests()) {
+      std::this_thread::sleep_for(200ms);
+      if (store_->requests() == before) return before;
     }
-    return condition();
-  }
-  bool listsInTime(std::size_t atLeast) const {
-    return inTime([&] { return store_->requests() >= atLeast; });
   }
 
   std::shared_ptr<MemoryProvider> store_;
-  std::optional<korvan::test::ServedScheme> served_;
+  std::atomic<int> inFlight_{0};
+  std::atomic<int> most_{0};      // in flight at any time
+  std::atomic<int> byOthers_{0};  // reads on other threads than the test's
+  std::optional<ServedScheme> served_;
 };
 
-TEST_F(ReadAhead, FindsTheSameAndListsNoFolderTwice) {
-  Tree const tree = largeTree();
-  serve(tree);
-  for (bool const dotFiles : {false, true}) {
-    for (std::string const pattern : {"**", "**/", "**/*.txt", "d*/**/f/*", "*/*/*", "*/e1003/**"}) {
-      SCOPED_TRACE(pattern + (dotFiles ? " with dot files" : ""));
-      store_->forgetRequests();
-      vfs::ReadSession const session;
-      EXPECT_EQ(search(pattern, "mem:///", dotFiles), expectedMatches(tree, "", pattern, dotFiles));
-      EXPECT_EQ(search("**", "mem:///", dotFiles), expectedMatches(tree, "", "**", dotFiles));
-      EXPECT_EQ(store_->mostRequests(Operation::list), 1U);
+void sleepShortly() {
+  std::this_thread::sleep_for(1ms);
+}
+
+TEST(RandomReadAhead, FindsTheSameInTheSameOrderWithEveryWindow) {
+  std::mt19937 random(2);
+  for (int round = 0; round < 10; ++round) {
+    Tree const tree = Tree::random(random, 120, true);
+    auto const store = std::make_shared<MemoryProvider>(tree);
+    TemporaryFolder const folder;
+    tree.writeTo(folder);
+    for (int i = 0; i < 6; ++i) {
+      std::string const pattern = i == 0 ? "**/*" : randomPattern(random);
+      auto const expected = expectedMatches(tree, Tree::searchRoot, pattern, true);
+      for (std::size_t const window : {1U, 32U}) {
+        SCOPED_TRACE(testing::Message() << "round " << round << ": " << pattern << ", window " << window);
+        auto const hook = [](auto const&) { std::this_thread::sleep_for(150us); };
+        store->forgetRequests();
+        ServedScheme const mem(u"mem", std::make_shared<HookedProvider>(store, window, hook));
+        ServedScheme const disk(
+            u"disk", std::make_shared<HookedProvider>(std::make_shared<foundation::storage::file::FileProvider>(),
+                                                      window, hook));
+        for (auto const& root : {"mem:///" + Tree::searchRoot, "disk://" + folder.path() + "/" + Tree::searchRoot}) {
+          ReadSession const session;
+          ASSERT_EQ(search(pattern, root, true), expected) << root;
+          ASSERT_TRUE(session.failedListings().empty()) << session.failedListings()[0].what();
+        }
+        EXPECT_TRUE(hasDotOrEmptySegment(pattern) || store->mostRequests(Operation::list) <= 1);
+      }
     }
   }
 }
 
-TEST_F(ReadAhead, ReportsAFailureOnce) {
-  serve(largeTree());
-  store_->failures[{Operation::list, "d1040/e1005"}] = vfs::ErrorCode::permissionDenied;
-  vfs::ReadSession const session;
-  std::size_t const found = search("**", "mem:///").size();
-  EXPECT_EQ(found, expectedMatches(largeTree(), "", "**", false).size() - 2);
-  EXPECT_EQ(search("**", "mem:///").size(), found);
-  ASSERT_EQ(session.failedListings().size(), 1U);
-  EXPECT_EQ(session.failedListings()[0].getErrorCode(), 2);
-  EXPECT_EQ(store_->mostRequests(Operation::list), 1U);
-  std::size_t const requests = store_->requests();
-  list("d1020/e1003/.dot");
-  EXPECT_EQ(store_->requests(), requests + 1) << "no search goes there, so it isn't read ahead";
+TEST_F(ReadAhead, TimeFallsWithTheWindowWhereReadsWait) {
+  Tree tree;
+  for (int i = 0; i < 16; ++i) {
+    for (int j = 0; j < 25; ++j) tree.addFile(numbered('d', i) + "/" + numbered('e', j) + "/file.txt");
+  }
+  for (std::string const pattern : {"**/*.txt", "*/*/*.txt", "*/*/file.txt"}) {
+    for (std::size_t const window : {0U, 8U, 32U}) {
+      SCOPED_TRACE(pattern + " with a window of " + std::to_string(window));
+      serve(tree, window, [] { std::this_thread::sleep_for(3ms); });
+      ReadSession const session;
+      auto const start = Clock::now();
+      EXPECT_EQ(search(pattern, "mem:///").size(), 400U);
+      auto const time = Clock::now() - start;
+      std::size_t const requests = store_->requests();
+      EXPECT_EQ(session.activity().requests, requests) << "those of other threads included";
+      EXPECT_EQ(session.activity().bytes, 10 * requests);
+      EXPECT_GE(static_cast<std::size_t>(most_), window * 3 / 4);
+      EXPECT_LE(static_cast<std::size_t>(most_), window + 1);
+      EXPECT_LE(static_cast<std::size_t>(time / 1ms), 9 * requests / std::max<std::size_t>(window, 1) + 120);
+    }
+  }
 }
 
-TEST_F(ReadAhead, StaysWithinItsWindowAndNeedsADescent) {
-  constexpr int folders = 1000;
-  constexpr std::size_t furthest = 300;
-  Tree tree;
-  for (int i = 0; i < folders; ++i) tree.addFile(numbered('d', i) + "/file");
-  serve(tree);
-  struct Case {
-    int read;
-    int step;
-    bool readsAhead;
-  };
-  for (auto const& [read, step, readsAhead] : {Case{20, 1, false}, Case{400, 2, false}, Case{100, 1, true}}) {
-    SCOPED_TRACE(testing::Message() << read << " folders, every " << step);
-    store_->forgetRequests();
-    std::size_t const asked = static_cast<std::size_t>(read) + 1;
-    {
-      vfs::ReadSession const session;
-      EXPECT_EQ(list(""), std::size_t{folders});
-      for (int i = 0; i < read; ++i) EXPECT_EQ(list(numbered('d', i * step)), 1U);
-      EXPECT_TRUE(!readsAhead || listsInTime(asked + 1));
-      EXPECT_EQ(session.activity().folders, asked);
+TEST_F(ReadAhead, UsesTheSpareCoresWhereReadsCompute) {
+  auto const compute = [] {
+    for (auto const end = Clock::now() + 100us; Clock::now() < end;) {
     }
-    std::size_t const ahead = store_->requests() - asked;
-    EXPECT_EQ(ahead > 0, readsAhead);
-    EXPECT_LE(ahead, furthest);
+  };
+  for (int const cores : {1, 2}) {
+    OnCores const restricted(cores);
+    if (!restricted.areThere) GTEST_SKIP() << "the machine has fewer than " << cores << " cores";
+    serve(wideTree(600), 32, compute);
+    ReadSession const session;
+    EXPECT_EQ(search("**", "mem:///").size(), 1200U);
+    EXPECT_LE(most_, cores);
+    EXPECT_EQ(byOthers_ > 0, cores > 1);
+  }
+}
+
+TEST_F(ReadAhead, StartsNoThreadForASmallSearchOrWithoutAnAnnouncement) {
+  serve(wideTree(30), 32, [] {});
+  {
+    ReadSession const session;
+    EXPECT_EQ(search("**", "mem:///").size(), 60U);
+  }
+  serve(wideTree(400), 32, sleepShortly);
+  {
+    ReadSession const session;
+    auto const system = Quindarel::KorvanStorageSystem::GetStorageSystemReference();
+    for (int i = 0; i < 100; ++i) {
+      vfs::Folder const folder(vfs::AbsoluteIRI(toText("mem:///" + numbered('d', i))), system);
+      EXPECT_NE(folder.listAll(u"*").begin(), folder.listAll(u"*").end());
+    }
+  }
+  EXPECT_EQ(byOthers_, 0);
+}
+
+TEST_F(ReadAhead, ReadsNoFurtherThanItsBoundsAndNotAfterTheSearch) {
+  Tree bigFolders;
+  for (int i = 0; i < 400; ++i) {
+    for (int j = 0; j < 100; ++j) bigFolders.addFile(numbered('d', i) + "/" + numbered('f', j) + std::string(100, 'x'));
+  }
+  constexpr std::size_t bound = 1 << 20;
+  struct {
+    Tree tree;
+    std::size_t memory, window, leastAhead, mostAhead;
+  } const cases[] = {{wideTree(3000), bound * 100, 32, 64, 16 * 32},
+                     {bigFolders, bound, 32, 8, bound / 4 / (100 * 112) + 32}};
+  for (auto const& [tree, memory, window, leastAhead, mostAhead] : cases) {
+    serve(tree, window, sleepShortly);
+    ReadSession const session(memory);
+    std::optional<Stream> stream(std::in_place, u"*/*", u"mem:///", false);
+    while (session.activity().folders < 150) ASSERT_TRUE(stream->next());
+    std::size_t const ahead = settledRequests() - session.activity().folders;
+    EXPECT_GE(ahead, leastAhead);
+    EXPECT_LE(ahead, mostAhead);
+    while (store_->requests() - session.activity().folders > 4) ASSERT_TRUE(stream->next());
+    stream.reset();
+    std::size_t const atEnd = settledRequests();
+    EXPECT_LE(atEnd - session.activity().folders, mostAhead);
+    EXPECT_EQ(settledRequests(), atEnd);
     EXPECT_EQ(store_->mostRequests(Operation::list), 1U);
+    EXPECT_EQ(search("d1*/**", "mem:///").size() % 400, 0U);
+    EXPECT_TRUE(memory == bound || store_->mostRequests(Operation::list) == 1U) << "what was read ahead is cached";
   }
 }
 
-TEST_F(ReadAhead, CachesWhatItReadWhenTheDescentIsAbandoned) {
-  Tree tree;
-  for (int i = 0; i < 1000; ++i) tree.addFile(numbered('d', i) + "/file");
-  serve(tree);
-  store_->failures[{Operation::list, "d1070"}] = vfs::ErrorCode::other;
-  vfs::ReadSession const session;
-  list("");
-  for (int i = 0; i < 50; ++i) list(numbered('d', i));
-  ASSERT_TRUE(listsInTime(100));
-  for (int i = 999; i > 950; --i) EXPECT_EQ(list(numbered('d', i)), 1U);
-  EXPECT_TRUE(session.failedListings().empty()) << "nobody asked for that folder";
-  EXPECT_THROW(list("d1070"), vfs::Exception);
-  EXPECT_THROW(list("d1070"), vfs::Exception);
-  EXPECT_EQ(session.failedListings().size(), 1U);
-  for (int i = 80; i < 1000; ++i) EXPECT_EQ(list(numbered('d', i)), 1U);
+TEST_F(ReadAhead, RemembersAndReportsAFailureOnceAndOnlyIfRequested) {
+  serve(wideTree(400), 8, sleepShortly);
+  for (std::string const failing : {"d1100", "d1399"})
+    store_->failures[{Operation::list, failing}] = vfs::ErrorCode::other;
+  ReadSession const session;
+  {
+    Stream stream(u"*/*", u"mem:///", false);
+    for (int i = 0; i < 90; ++i) ASSERT_TRUE(stream.next());
+    settledRequests();
+    EXPECT_TRUE(session.failedListings().empty()) << "the search hasn't come to that folder";
+    for (int i = 0; i < 110; ++i) ASSERT_TRUE(stream.next());
+    EXPECT_EQ(session.failedListings().size(), 1U);
+  }
+  EXPECT_EQ(search("*/*", "mem:///").size(), 398U);
+  EXPECT_EQ(search("*/*", "mem:///").size(), 398U);
+  EXPECT_EQ(session.failedListings().size(), 2U);
   EXPECT_EQ(store_->mostRequests(Operation::list), 1U);
 }
 
-TEST_F(ReadAhead, TheCallerReadsAheadWhereTheHelperIsHeldUp) {
-  Tree tree;
-  for (int i = 0; i < 1000; ++i) tree.addFile(numbered('d', i) + "/file");
-  serve(tree);
+TEST_F(ReadAhead, OtherThreadsBlockSignals) {
+  std::atomic<int> open = 0;
   auto const own = std::this_thread::get_id();
-  std::atomic<bool> held = false;
-  std::atomic<int> readMeanwhile = 0;
-  vfs::ReadSession const session;
-  list("");
-  store_->onEntry = [&] {
-    if (std::this_thread::get_id() == own) {
-      if (held) ++readMeanwhile;
-    } else if (!held.exchange(true)) {
-      sigset_t blocked;
-      pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
-      EXPECT_EQ(sigismember(&blocked, SIGINT), 1) << "signals are for the host's own threads";
-      inTime([&] { return readMeanwhile >= 10; });
-    }
-  };
-  for (int i = 0; i < 40; ++i) EXPECT_EQ(list(numbered('d', i)), 1U);
-  ASSERT_TRUE(inTime([&] { return held.load(); }));
-  for (int i = 40; i < 1000; ++i) EXPECT_EQ(list(numbered('d', i)), 1U);
-  EXPECT_GE(readMeanwhile, 10);
-  EXPECT_EQ(store_->mostRequests(Operation::list), 1U);
+  serve(wideTree(100), 8, [&] {
+    sleepShortly();
+    sigset_t blocked;
+    pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+    if (std::this_thread::get_id() != own && sigismember(&blocked, SIGINT) == 0) ++open;
+  });
+  ReadSession const session;
+  EXPECT_EQ(search("**", "mem:///").size(), 200U);
+  EXPECT_GT(byOthers_, 0);
+  EXPECT_EQ(open, 0);
 }
 
-TEST_F(ReadAhead, ALackOfDescriptorsIsMetOnlyWithoutTheHelper) {
-  Tree tree;
-  for (int i = 0; i < 1000; ++i) tree.addFile(numbered('d', i) + "/file");
-  serve(tree);
-  auto const own = std::this_thread::get_id();
-  std::atomic<bool> helperReads = false;
-  std::atomic<bool> callerFailed = false;
-  bool callerFails = false;
-  store_->onEntry = [&] {
-    bool const isHelper = std::this_thread::get_id() != own;
-    if (isHelper) helperReads = true;
-    if (isHelper ? inTime([&] { return callerFailed.load(); }) : callerFails && !callerFailed.exchange(true)) {
-      throw vfs::exceptionOfErrno(EMFILE, vfs::AbsoluteIRI(u"mem:///"));
-    }
-  };
-  vfs::ReadSession const session;
-  list("");
-  for (int i = 0; i < 40; ++i) EXPECT_EQ(list(numbered('d', i)), 1U);
-  ASSERT_TRUE(inTime([&] { return helperReads.load(); }));
-  callerFails = true;
-  EXPECT_EQ(list("d1900"), 1U);
-  EXPECT_TRUE(callerFailed);
-  for (int i = 40; i < 1000; ++i) EXPECT_EQ(list(numbered('d', i)), 1U);
-  EXPECT_TRUE(session.failedListings().empty()) << session.failedListings()[0].what();
+// Where several threads lack descriptors, fewer may have enough.
+TEST_F(ReadAhead, ALackOfDescriptorsIsMetWithFewerThreads) {
+  for (int const enough : {1, 4}) {
+    serve(wideTree(600), 32, [&] {
+      if (inFlight_ > enough) throw vfs::exceptionOfErrno(EMFILE, vfs::AbsoluteIRI(u"mem:///"));
+      sleepShortly();
+    });
+    ReadSession const session;
+    EXPECT_EQ(search("**", "mem:///").size(), 1200U);
+    EXPECT_TRUE(session.failedListings().empty()) << session.failedListings()[0].what();
+  }
 }
 
-TEST_F(ReadAhead, AnInterruptEndsIt) {
-  serve(largeTree());
-  for (int const entries : {100, 400, 1000, 1800}) {
-    SCOPED_TRACE(entries);
-    std::atomic<int> left = entries;
-    store_->onEntry = [&left] {
-      if (--left == 0) utSetInterruptPending(true);
-    };
+TEST_F(ReadAhead, AnInterruptEndsItAtOnceAndSoDoesTheEndOfTheSession) {
+  enum class End { flagOfTheProcess, flagOfTheSearch, close };
+  for (End const end : {End::flagOfTheProcess, End::flagOfTheSearch, End::close}) {
+    SCOPED_TRACE(static_cast<int>(end));
+    std::atomic<int> answered = 0;
+    serve(wideTree(3000), 32, [&] {
+      auto const silence = ++answered > 500 ? 20s : 0s;
+      sleepShortly();
+      for (auto const until = Clock::now() + silence; Clock::now() < until; sleepShortly()) utThrowIfInterruptPending();
+    });
+    std::atomic<bool> flag = false;
+    utInterruptScope const scope(&flag);
+    std::thread interrupter([&] {
+      while (inFlight_ < 32 || answered < 532) sleepShortly();
+      if (end == End::flagOfTheProcess) utSetInterruptPending(true);
+      if (end == End::flagOfTheSearch) flag = true;
+    });
+    Clock::time_point start;
     {
-      vfs::ReadSession const session;
-      EXPECT_THROW(search("**", "mem:///"), Quindarel::System::InterruptException);
+      ReadSession const session;
+      if (end == End::close) {
+        Stream stream(u"**", u"mem:///", false);
+        for (int i = 0; i < 300; ++i) stream.next();
+        interrupter.join();
+        start = Clock::now();
+      } else {
+        EXPECT_THROW(search("**", "mem:///"), Quindarel::System::InterruptException);
+        start = Clock::now() - 40ms;  // the most that the search may wait before it looks at the flag
+        interrupter.join();
+      }
       EXPECT_TRUE(session.failedListings().empty());
     }
+    EXPECT_LT(Clock::now() - start, 1s) << "with 32 reads in flight";
     utSetInterruptPending(false);
   }
 }
 
 }  // namespace
+}  // namespace korvan::test

@@ -33,7 +33,7 @@ OUTCOMES = {
     "same-token": (2, "token repeats", 2, 3, 0, 8),
     "empty-forever": (2, "too many empty pages", 10, 200, 0, 10),
     "flood": (2, "larger than 32 MiB", 1, 1, 0, 20),
-    "moved": (0, "", 2, 2, 0, 8),
+    "moved": (0, "", 3, 4, 0, 8),
     "moving": (2, 'in region "eu-2", not "eu-1"', 2, 2, 0, 8),
     "moved-away": (2, 'in region "elsewhere.example/"', 1, 1, 0, 8),
     "password": (2, "HTTP 403: ***== *** *** ***\n", 1, 1, 0, 8),

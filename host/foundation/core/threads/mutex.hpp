@@ -1,6 +1,7 @@
 #pragma once
 
 #include <mutex>
+#include <thread>
 
 #include "foundation/core/threads/thread_annotations.hpp"
 
@@ -19,6 +20,14 @@ class KORVAN_SCOPED_CAPABILITY MutexLock {
   /// Blocks until no other thread holds the mutex, which must outlive the lock. Throws `std::system_error` as
   /// `std::mutex::lock` does.
   explicit MutexLock(Mutex& mutex) KORVAN_ACQUIRE(mutex) : lock_(mutex.mutex_) {}
+
+  /// The same for a mutex that is never held for long: tries a few times before it sleeps, since going to sleep and
+  /// being woken takes longer than what it waits for.
+  struct Spinning {};
+  MutexLock(Mutex& mutex, Spinning /*how*/) KORVAN_ACQUIRE(mutex) : lock_(mutex.mutex_, std::defer_lock) {
+    for (int attempts = 50; attempts > 0 && !lock_.try_lock(); --attempts) std::this_thread::yield();
+    if (!lock_.owns_lock()) lock_.lock();
+  }
   ~MutexLock() KORVAN_RELEASE() = default;
   MutexLock(MutexLock const&) = delete;
   MutexLock& operator=(MutexLock const&) = delete;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/core/host_export.hpp"
 #include "foundation/storage/vfs/provider.hpp"
 
 namespace foundation::storage::file {
@@ -7,9 +8,12 @@ namespace foundation::storage::file {
 /// Serves the scheme "file" (RFC 8089): the disks of this machine, by POSIX calls. A request is a system call. A path
 /// with U+0000 names nothing. Links are followed even where a path has more of them than the system follows;
 /// link_resolution.hpp says what that costs.
-class FileProvider final : public vfs::Provider {
+class KORVAN_HOST_EXPORT FileProvider final : public vfs::Provider {
  public:
   Authority authority() const noexcept override { return Authority::empty; }
+
+  /// 32, for network file systems and cold disks.
+  std::size_t readsInFlight() const noexcept override { return 32; }
 
   /// One `stat`; where that finds nothing also an `lstat`, since a broken link exists. A path that is too long for the
   /// system names nothing.

@@ -10,6 +10,10 @@ std::optional<FolderIdentity> Provider::identity(AbsoluteIRI const& /*folder*/) 
   return std::nullopt;
 }
 
+std::size_t Provider::readsInFlight() const noexcept {
+  return 16;
+}
+
 std::optional<EntryFacts> Provider::facts(AbsoluteIRI const& location) {
   PathKind const found = kind(location);
   if (found == PathKind::notFound) return std::nullopt;

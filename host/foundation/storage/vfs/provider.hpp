@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -60,6 +61,10 @@ class KORVAN_HOST_EXPORT Provider {
 
   /// Which of the two applies to this scheme. No request.
   virtual Authority authority() const noexcept = 0;
+
+  /// The most requests that are worth having in flight at once, where they wait for something else than a processor; 16
+  /// by default. No request.
+  virtual std::size_t readsInFlight() const noexcept;
 
   /// What exists at the location; `notFound` if nothing does. At most two requests. This and the other operations throw
   /// an `Exception` with code `notFound` and the root's location where the whole authority (a bucket) is absent, which

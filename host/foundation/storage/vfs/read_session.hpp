@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "foundation/core/host_export.hpp"
+#include "foundation/storage/vfs/search_outline.hpp"
 #include "foundation/storage/vfs/session_policy.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
 
@@ -27,9 +28,11 @@ struct Activity {
 /// from a cache, which is discarded when the session is closed. Without a session every lookup goes to the disk or
 /// store. Sessions nest: the innermost one answers.
 ///
-/// Where a search descends through dozens of local folders, the session reads ahead: on a helper thread, and on the
-/// calling thread when that would otherwise wait for the helper. The helper thread blocks all signals, does nothing but
-/// call the provider, and ends with the session at the latest, whose destructor waits for the listing in progress.
+/// If a search announces what it is going to read, the session reads ahead: with a window of reads in flight that grows
+/// while the search requests what was predicted, up to what the provider says (`Provider::readsInFlight`) for reads
+/// that wait, and to the cores that are there for reads that compute. A search of a few folders starts no thread. The
+/// threads block all signals, do nothing but call the provider, and end with the session, whose destructor interrupts
+/// the reads in flight.
 class KORVAN_HOST_EXPORT ReadSession {
  public:
   /// The memory bound by default, in bytes.
@@ -41,6 +44,11 @@ class KORVAN_HOST_EXPORT ReadSession {
   ~ReadSession();
   ReadSession(ReadSession const&) = delete;
   ReadSession& operator=(ReadSession const&) = delete;
+
+  /// Says what a search on the calling thread, the session's, is about to request, so that the session can read it
+  /// ahead for as long as the handle that this returns is held, or until the next call. A hint: no answer depends on
+  /// it. Makes no request.
+  [[nodiscard]] std::shared_ptr<void const> announce(SearchOutline const& outline);
 
   /// Begins a further search: the next folder that is listed is its start, to which the policy applies. Needed between
   /// searches of one session with a policy, and harmless otherwise. What was read remains known.

@@ -39,6 +39,12 @@ class FailureLog {
   /// what was read ahead.
   void remember(Question question, AbsoluteIRI const& location, Exception const& failure);
 
+  /// Calls `visit` with the key of each location for which a failure of the question is remembered.
+  template <class Visit>
+  void forEach(Question question, Visit visit) const {
+    for (auto const& failure : failures_[static_cast<std::size_t>(question)]) visit(std::u16string_view(failure.first));
+  }
+
   /// Adds the failure to the report, unless its location is in it or it is absence.
   void report(Exception const& failure);
 

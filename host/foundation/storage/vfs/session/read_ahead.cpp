@@ -1,259 +1,345 @@
 #include "foundation/storage/vfs/session/read_ahead.hpp"
 
+#include <algorithm>
 #include <cerrno>
-#include <string>
+#include <chrono>
 #include <utility>
 
+#include <sys/resource.h>
+
+#include "foundation/core/text/bytes.hpp"
 #include "foundation/core/threads/signals_blocked.hpp"
+#include "foundation/storage/vfs/session/current_session.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
-#include "quindarel/interrupt/interrupt_state.hpp"
+#include "quindarel/interrupt/interrupt_poll.hpp"
 
 namespace foundation::storage::vfs {
 namespace {
 
-// A search of a few folders isn't worth a thread.
-constexpr std::size_t hitsToStart = 32;
+using core::threads::MutexLock;
+constexpr MutexLock::Spinning spinning;
 
-// This many misses in a row mean that the descent has ended; fewer may come from a link or a dot folder that it enters.
-constexpr std::size_t missesToAbandon = 32;
+// How often the caller checks for an answer before it sleeps, and how soon it then notices an interrupt.
+constexpr int spins = 50;
+constexpr std::chrono::milliseconds pollInterval(40);
 
-// The window: how much may be prefetched and not yet requested.
-constexpr std::size_t windowFolders = 256;
-constexpr std::size_t windowMemory = std::size_t{4} << 20;
-
-// The helper is woken when it can read this many folders, as each wake-up costs a system call.
+// A thread whose reads compute is woken when it can make this many, as each wake-up costs a system call.
 constexpr std::size_t worthWaking = 8;
 
-// How often a thread checks for an imminent event before it sleeps: going to sleep and being woken takes longer than
-// reading a local folder.
-constexpr int spins = 50;
+// Requests in a row that weren't predicted, after which predictions count as wrong.
+constexpr std::size_t missesToShrink = 32;
 
-void lockSpinning(std::unique_lock<std::mutex>& lock) {
-  for (int i = 0; i < spins; ++i) {
-    if (lock.try_lock()) return;
-    std::this_thread::yield();
-  }
-  lock.lock();
-}
-
-// Releases the lock while it lives.
-class Unlocked {
- public:
-  explicit Unlocked(std::unique_lock<std::mutex>& lock) : lock_(lock) { lock_.unlock(); }
-  ~Unlocked() { lockSpinning(lock_); }
-  Unlocked(Unlocked const&) = delete;
-  Unlocked& operator=(Unlocked const&) = delete;
-
- private:
-  std::unique_lock<std::mutex>& lock_;
-};
+// Measuring costs two system calls, so only one in so many reads is measured.
+constexpr std::size_t measureEvery = 8;
 
 bool lacksResources(int systemError) {
   return systemError == EMFILE || systemError == ENFILE || systemError == ENOMEM;
 }
 
-bool isSameFolder(AbsoluteIRI const& a, AbsoluteIRI const& b) {
-  return KeyEqual()(keyOf(a), keyOf(b));
+// How often the thread has waited for something else than a processor.
+long waitsOfThisThread() {
+  rusage usage = {};
+  ::getrusage(RUSAGE_THREAD, &usage);
+  return usage.ru_nvcsw;
 }
 
 }  // namespace
 
+ReadAhead::ReadAhead(Cache& cache, Visibility const& visibility, Activity& activity, std::size_t memoryBound)
+    : cache_(cache),
+      visibility_(visibility),
+      activity_(activity),
+      memoryBound_(memoryBound),
+      window_(ReadWindow::availableCores()) {}
+
 ReadAhead::~ReadAhead() {
-  Lock lock(mutex_);
-  stopHelper(lock);
-}
-
-std::shared_ptr<FolderSnapshot> ReadAhead::read(std::shared_ptr<Provider> const& provider,
-                                                AbsoluteIRI const& location) {
-  Lock lock(mutex_, std::defer_lock);
-  lockSpinning(lock);
-  if (provider != provider_) {
-    abandonDescent(lock);
-    provider_ = provider;
+  closing_ = true;
+  {
+    MutexLock const lock(mutex_);
+    workersWake_.notify_all();
   }
-  awaitHelper(lock, location);
-  std::optional<Outcome> outcome = takePrefetched(location);
-  if (!outcome) outcome = readRequested(lock, location);
-  wakeHelper();
-  lock.unlock();
-  if (outcome->failure) std::rethrow_exception(outcome->failure);
-  if (hits_ >= hitsToStart && !helper_.joinable() && mayStartHelper_) startHelper();
-  return std::move(outcome->snapshot);
+  for (auto& worker : workers_) worker.join();
 }
 
-// Returns when the helper isn't reading the folder (any more). Until then it prefetches others, and waits only if none
-// is predicted.
-void ReadAhead::awaitHelper(Lock& lock, AbsoluteIRI const& location) {
-  bool mayPrefetch = true;
-  for (int looks = 0; helperReads_ != nullptr && isSameFolder(*helperReads_, location); ++looks) {
-    auto const predicted = mayPrefetch ? takePredicted() : std::nullopt;
-    if (predicted) {
-      mayPrefetch = prefetch(lock, *predicted);
-    } else if (looks < spins) {
-      Unlocked const unlocked(lock);
+std::shared_ptr<void const> ReadAhead::announce(SearchOutline const& outline) {
+  auto search = std::make_shared<SearchStates const>(outline);
+  std::shared_ptr<void const> announcement = std::make_shared<char>();
+  std::vector<Answer> unrequested;
+  {
+    MutexLock const lock(mutex_, spinning);
+    announcement_ = announcement;
+    unrequested = takeUnrequested();
+    window_.close();
+    pending_.clear();
+    known_.reset();
+    search_ = std::move(search);
+    provider_.reset();
+  }
+  addUnrequested(unrequested);
+  return announcement;
+}
+
+void ReadAhead::enter(FolderSnapshot const& folder) {
+  MutexLock const lock(mutex_, spinning);
+  predictBelow(folder);
+}
+
+void ReadAhead::predictBelow(FolderSnapshot const& folder) {
+  if (announcement_.expired()) return;
+  PendingReads::Group predicted(folder.location);
+  predicted.addSubfolders(*search_, search_->at(folder.location), folder);
+  pending_.enterFirst(std::move(predicted));
+}
+
+ReadAhead::Answer ReadAhead::request(Question question, std::shared_ptr<Provider> const& provider,
+                                     AbsoluteIRI const& location) {
+  std::optional<Answer> answer = awaitPrefetched(question, location);
+  if (!answer) answer = readRequested(question, provider, location);
+  startWorkers();
+  return std::move(*answer);
+}
+
+// The answer if it was, or is being, read ahead. While a worker reads it, the caller prefetches others if reads compute,
+// and otherwise waits, as one read more in flight isn't worth being late for this one.
+std::optional<ReadAhead::Answer> ReadAhead::awaitPrefetched(Question question, AbsoluteIRI const& location) {
+  Read* instead = nullptr;
+  for (int looks = 0;; ++looks) {
+    {
+      MutexLock lock(mutex_, spinning);
+      if (instead != nullptr) finish(*instead);
+      auto const found = reads(question).find(keyOf(location));
+      if (found == reads(question).end()) return std::nullopt;
+      if (found->second->isDone) {
+        std::unique_ptr<Read> const read = std::move(found->second);
+        reads(question).erase(found);
+        return takeAnswer(*read);
+      }
+      instead = window_.waits() ? nullptr : takeNext();
+      if (instead == nullptr && (looks >= spins || window_.waits())) await(*found->second, lock);
+    }
+    if (instead != nullptr) {
+      prefetch(*instead, false);
+    } else {
       std::this_thread::yield();
+    }
+  }
+}
+
+ReadAhead::Answer ReadAhead::readRequested(Question question, std::shared_ptr<Provider> const& provider,
+                                           AbsoluteIRI const& location) {
+  Read read{Answer{question, location}, provider, nullptr};
+  std::optional<SearchStates::Set> predicted;
+  std::vector<Answer> unrequested;
+  {
+    MutexLock const lock(mutex_, spinning);
+    if (!announcement_.expired()) read.search = search_;
+    if (!provider_) provider_ = provider;
+    predicted = pending_.takeRequested(question, location);
+    misses_ = predicted ? 0 : misses_ + 1;
+    if (misses_ == missesToShrink) window_.shrink();
+    // What was read ahead in another order than it is requested in mustn't fill the window.
+    if (misses_ == missesToShrink || !hasRoom(1)) unrequested = takeUnrequested();
+  }
+  addUnrequested(unrequested);
+  if (read.search) read.states = predicted ? *predicted : read.search->at(location);
+  bool const isMeasured = readsOfCaller_ < measureEvery || readsOfCaller_ % measureEvery == 0;
+  ++readsOfCaller_;
+  make(read, isMeasured);
+  if (read.lackedResources && !workers_.empty()) {
+    awaitWorkers();
+    read.answer.failure = nullptr;
+    make(read, false);
+  }
+  MutexLock const lock(mutex_, spinning);
+  if (read.measured) window_.noteRead(*read.measured);
+  if (predicted) window_.noteHit(provider->readsInFlight());
+  if (read.predicted) pending_.enterFirst(std::move(*read.predicted));
+  wakeWorkers();
+  return std::move(read.answer);
+}
+
+// Reads, and predicts what the search reads below. Throws only what isn't an `Exception` of the storage layer.
+void ReadAhead::make(Read& read, bool isMeasured) const {
+  Answer& answer = read.answer;
+  auto const start = std::chrono::steady_clock::now();
+  long const waitsBefore = isMeasured ? waitsOfThisThread() : 0;
+  try {
+    if (answer.question == Question::entries) {
+      answer.snapshot = readFolder(*read.provider, answer.location, {}, &visibility_);
     } else {
-      callerSleeps_ = true;
-      callerWakes_.wait(lock, [this] { return !callerSleeps_; });
+      answer.kind = read.provider->kind(answer.location);
     }
-  }
-}
-
-std::optional<ReadAhead::Outcome> ReadAhead::takePrefetched(AbsoluteIRI const& location) {
-  auto const found = prefetched_.find(keyOf(location));
-  if (found == prefetched_.end()) return std::nullopt;
-  Outcome outcome = std::move(found->second);
-  prefetched_.erase(found);
-  prefetchedMemory_ -= outcome.snapshot->entries.memory();
-  misses_ = 0;
-  return outcome;
-}
-
-ReadAhead::Outcome ReadAhead::readRequested(Lock& lock, AbsoluteIRI const& location) {
-  auto predicted = order_.next();
-  bool const isHit = predicted && isSameFolder(*predicted, location);
-  if (isHit) {
-    ++hits_;
-    misses_ = 0;
-    // Prefetched folders that the descent has skipped mustn't fill the window.
-    if (helperSleeps_ && !hasMuchRoom()) flushToCache();
-  } else {
-    hits_ = 0;
-    if (++misses_ >= missesToAbandon) abandonDescent(lock);
-  }
-  auto const position = isHit ? order_.take(std::move(*predicted)) : order_.takeOutOfOrder(location);
-  try {
-    Reading reading = readUnlocked(lock, location);
-    if (reading.lackedResources && helper_.joinable()) {
-      stopHelper(lock);
-      mayStartHelper_ = false;
-      reading = readUnlocked(lock, location);
-    }
-    order_.enter(position, std::move(reading.subfolders));
-    return std::move(reading.outcome);
-  } catch (...) {
-    order_.enter(position, {});
-    throw;
-  }
-}
-
-// Takes the folder to prefetch: nothing if none is predicted or the window is full.
-std::optional<DescentOrder::Position> ReadAhead::takePredicted() {
-  bool const hasRoom = prefetched_.empty() || (prefetched_.size() < windowFolders && prefetchedMemory_ < windowMemory);
-  auto predicted = hasRoom ? order_.next() : std::nullopt;
-  if (!predicted) return std::nullopt;
-  return order_.take(std::move(*predicted));
-}
-
-// Whether it succeeded. An interrupt or a lack of memory or descriptors isn't reported for a folder that nobody has
-// requested: when it is requested, it is read again, and fails again if the cause remains.
-bool ReadAhead::prefetch(Lock& lock, DescentOrder::Position position) noexcept {
-  try {
-    Reading reading = readUnlocked(lock, position->folder);
-    if (reading.lackedResources) {
-      order_.enter(position, {});
-      return false;
-    }
-    std::u16string_view const key = keyOf(reading.outcome.snapshot->location);
-    std::size_t const memory = reading.outcome.snapshot->entries.memory();
-    if (prefetched_.try_emplace(key, std::move(reading.outcome)).second) prefetchedMemory_ += memory;
-    order_.enter(position, std::move(reading.subfolders));
-    return true;
-  } catch (...) {
-    order_.enter(position, {});
-    return false;
-  }
-}
-
-ReadAhead::Reading ReadAhead::readUnlocked(Lock& lock, AbsoluteIRI const& location) {
-  Unlocked const unlocked(lock);
-  try {
-    auto snapshot = readFolder(*provider_, location, {}, &visibility_);
-    EntryTable subfolders = descendedSubfolders(*snapshot);
-    return {{std::move(snapshot), nullptr}, std::move(subfolders), false};
   } catch (Exception const& failure) {
-    return {{std::make_shared<FolderSnapshot>(location, std::string()), std::current_exception()},
-            {},
-            lacksResources(failure.systemError())};
+    answer.failure = std::current_exception();
+    read.lackedResources = lacksResources(failure.systemError());
+  }
+  if (isMeasured) read.measured = {std::chrono::steady_clock::now() - start, waitsOfThisThread() != waitsBefore};
+  if (answer.failure || read.states == 0) return;
+  if (answer.snapshot) {
+    read.predicted.emplace(answer.location).addSubfolders(*read.search, read.states, *answer.snapshot);
+  } else if (answer.kind == PathKind::isFolder) {
+    std::string const name = core::text::toBytesLossy(answer.location.getName());
+    read.predicted.emplace(answer.location.getParent()).add(*read.search, read.states, name);
   }
 }
 
-void ReadAhead::startHelper() {
-  hits_ = 0;
-  core::threads::SignalsBlocked const blocked;
+// An interrupt or a lack of memory or descriptors isn't an answer about something that nobody has requested: when it is
+// requested it is read again, and fails again if the cause remains.
+void ReadAhead::prefetch(Read& read, bool isMeasured) const noexcept {
   try {
-    helper_ = std::thread([this, flag = utInterruptScope::current()] {
-      utInterruptScope const interruptedWithTheCaller(flag);
-      runHelper();
-    });
+    make(read, isMeasured);
+    if (read.answer.snapshot) read.memory = read.answer.snapshot->entries.memory();
+    if (read.predicted) read.memory += read.predicted->memory();
+    read.isAnswered = !read.lackedResources;
+  } catch (...) {
+    read.predicted.reset();
+  }
+}
+
+void ReadAhead::finish(Read& read) noexcept {
+  if (read.measured) window_.noteRead(*read.measured);
+  if (read.search == search_) pending_.enter(read.position, std::exchange(read.predicted, std::nullopt));
+  if (awaited_ == &read) callerWakes_.notify_one();
+  if (read.isAnswered) {
+    memory_ += read.memory;
+    read.isDone = true;
+    return;
+  }
+  window_.shrink();
+  if (read.lackedResources) window_.limit(window_.size());
+  reads(read.answer.question).erase(keyOf(read.answer.location));
+}
+
+// Whether so many reads more can be made ahead.
+bool ReadAhead::hasRoom(std::size_t reads) const {
+  std::size_t const ahead = reads_[0].size() + reads_[1].size();
+  return ahead + reads <= window_.ahead() && (ahead == 0 || memory_ < memoryBound_);
+}
+
+// Takes a read to make ahead; null if none is predicted or there is no room.
+ReadAhead::Read* ReadAhead::takeNext() noexcept {
+  try {
+    while (provider_ && known_ && !announcement_.expired() && hasRoom(1)) {
+      auto taken = pending_.takeNext();
+      if (!taken) break;
+      auto read = std::make_unique<Read>(Read{Answer{taken->question, std::move(taken->location)}, provider_, search_,
+                                              taken->states, taken->position});
+      std::u16string_view const key = keyOf(read->answer.location);
+      if (known_->empty() || taken->question != Question::entries || !known_->contains(KeyHash()(key))) {
+        auto const [at, isNew] = reads(taken->question).try_emplace(key, std::move(read));
+        if (isNew) return at->second.get();
+      }
+      pending_.enter(taken->position, std::nullopt);  // it was read before this search
+    }
   } catch (std::exception const&) {
-    mayStartHelper_ = false;  // the system has no thread to spare: the caller reads alone
+    return nullptr;  // out of memory
   }
+  return nullptr;
 }
 
-// The lock is held from the decision on, so that the helper takes no further folder.
-void ReadAhead::stopHelper(Lock& lock) noexcept {
-  if (!helper_.joinable()) return;
-  stopping_ = true;
-  helperSleeps_ = false;
-  helperWakes_.notify_one();
-  lock.unlock();
-  helper_.join();
-  lock.lock();
-  stopping_ = false;
-}
-
-void ReadAhead::runHelper() noexcept {
-  Lock lock(mutex_);
-  bool succeeds = true;
-  while (succeeds && !stopping_ && !utIsInterruptPending()) {
-    std::optional<DescentOrder::Position> predicted;
-    try {
-      predicted = takePredicted();
-    } catch (...) {
-      break;  // out of memory
-    }
-    if (predicted) {
-      helperReads_ = &(*predicted)->folder;
-      succeeds = prefetch(lock, *predicted);
-      helperReads_ = nullptr;
-      wakeCaller();
-    } else {
-      helperSleeps_ = true;
-      helperWakes_.wait(lock, [this] { return !helperSleeps_; });
-    }
-  }
-}
-
-void ReadAhead::abandonDescent(Lock& lock) {
-  stopHelper(lock);
-  order_.clear();
+ReadAhead::Answer ReadAhead::takeAnswer(Read& read) {
+  memory_ -= read.memory;
   misses_ = 0;
-  flushToCache();
+  if (read.search != search_) {  // it was read for a search before this one
+    pending_.takeRequested(read.answer.question, read.answer.location);
+    if (read.answer.snapshot) predictBelow(*read.answer.snapshot);
+  }
+  window_.noteHit(read.provider->readsInFlight());
+  wakeWorkers();
+  return std::move(read.answer);
 }
 
-void ReadAhead::flushToCache() {
-  auto const unrequested = std::exchange(prefetched_, {});
-  prefetchedMemory_ = 0;
-  for (auto const& [key, outcome] : unrequested) addToCache_(outcome);
+std::vector<ReadAhead::Answer> ReadAhead::takeUnrequested() {
+  std::vector<Answer> answers;
+  for (Reads& reads : reads_) {
+    for (auto read = reads.begin(); read != reads.end();) {
+      if (!read->second->isDone) {
+        ++read;
+        continue;
+      }
+      memory_ -= read->second->memory;
+      answers.push_back(std::move(read->second->answer));
+      read = reads.erase(read);
+    }
+  }
+  return answers;
 }
 
-bool ReadAhead::hasMuchRoom() const noexcept {
-  return prefetched_.size() + worthWaking <= windowFolders && prefetchedMemory_ <= windowMemory / 2;
+void ReadAhead::addUnrequested(std::vector<Answer> const& answers) {
+  for (auto const& answer : answers) cache_.addUnrequested(answer);
 }
 
-void ReadAhead::wakeHelper() noexcept {
-  if (helperSleeps_ && order_.size() >= worthWaking && hasMuchRoom()) {
-    helperSleeps_ = false;
-    helperWakes_.notify_one();
+void ReadAhead::await(Read const& read, MutexLock& lock) {
+  awaited_ = &read;
+  callerWakes_.wait_for(lock.forWaiting(), pollInterval);
+  awaited_ = nullptr;
+  utThrowIfInterruptPending();
+}
+
+// Stops reading ahead, and waits until no other thread holds descriptors or memory for it.
+void ReadAhead::awaitWorkers() {
+  MutexLock lock(mutex_);
+  window_.limit(0);
+  while (inFlight_ != 0) {
+    callerWakes_.wait_for(lock.forWaiting(), std::chrono::milliseconds(1));
+    utThrowIfInterruptPending();
   }
 }
 
-void ReadAhead::wakeCaller() noexcept {
-  if (callerSleeps_) {
-    callerSleeps_ = false;
-    callerWakes_.notify_one();
+void ReadAhead::startWorkers() {
+  std::size_t wanted = 0;
+  bool knowsCache = false;
+  {
+    MutexLock const lock(mutex_, spinning);
+    wanted = window_.size();
+    knowsCache = known_.has_value();
   }
+  if (wanted != 0 && !knowsCache) {
+    auto known = cache_.knownFolders();
+    MutexLock const lock(mutex_);
+    known_ = std::move(known);
+  }
+  while (workers_.size() < wanted) {
+    core::threads::SignalsBlocked const blocked;
+    try {
+      workers_.emplace_back([this] { runWorker(); });
+    } catch (std::exception const&) {
+      MutexLock const lock(mutex_);
+      window_.limit(workers_.size());  // the system has no more threads to spare
+      return;
+    }
+  }
+}
+
+void ReadAhead::runWorker() noexcept {
+  utInterruptScope const interruptedByClosing(&closing_);
+  ActivityScope const countedForTheSession(activity_);
+  Read* read = nullptr;
+  for (std::size_t made = 0;; ++made) {
+    {
+      MutexLock lock(mutex_, spinning);
+      if (read != nullptr) {
+        finish(*read);
+        --inFlight_;
+      }
+      while ((read = inFlight_ < window_.size() && !closing_ ? takeNext() : nullptr) == nullptr) {
+        if (closing_) return;
+        ++idleWorkers_;
+        workersWake_.wait(lock.forWaiting());
+        --idleWorkers_;
+      }
+      ++inFlight_;
+      wakeWorkers();
+    }
+    prefetch(*read, made % measureEvery == 0);
+  }
+}
+
+void ReadAhead::wakeWorkers() noexcept {
+  std::size_t const worth = window_.waits() ? 1 : worthWaking;
+  if (idleWorkers_ == 0 || inFlight_ >= window_.size() || pending_.size() < worth || !hasRoom(worth)) return;
+  std::size_t const most = std::min({idleWorkers_, window_.size() - inFlight_, pending_.size() / worth});
+  for (std::size_t i = 0; i < most; ++i) workersWake_.notify_one();
 }
 
 }  // namespace foundation::storage::vfs

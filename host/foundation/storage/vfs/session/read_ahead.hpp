@@ -1,93 +1,134 @@
 #pragma once
 
+#include <array>
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <exception>
-#include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string_view>
 #include <thread>
 #include <unordered_map>
-#include <utility>
+#include <unordered_set>
+#include <vector>
 
+#include "foundation/core/threads/mutex.hpp"
 #include "foundation/storage/vfs/detail/folder_snapshot.hpp"
 #include "foundation/storage/vfs/detail/location_key.hpp"
-#include "foundation/storage/vfs/session/descent_order.hpp"
+#include "foundation/storage/vfs/session/pending_reads.hpp"
+#include "foundation/storage/vfs/session/read_window.hpp"
+#include "foundation/storage/vfs/session/visibility.hpp"
 
 namespace foundation::storage::vfs {
 
-/// Reads the folders that one thread, the caller's, requests, and while these come in the order of a descent, predicts
-/// and reads further ones ahead, within a bounded window: on a helper thread, and on the caller's where it would have
-/// to wait for the helper. The order has to be recognised, since the folder interface has no "descend": the storage
-/// layer only sees one request for a folder after the other. The helper only calls the provider and blocks all signals.
-/// Internal to the session.
+struct Activity;
+
+/// Makes the reads that one thread, the caller's, requests, and if a search was announced, makes predicted ones before
+/// they are requested, within a window: on threads of its own, and on the caller's where that would have to wait for
+/// them. The threads only call the provider and block all signals. Internal to the session.
 class ReadAhead {
  public:
-  /// A folder that was read, or could not be.
-  struct Outcome {
-    std::shared_ptr<FolderSnapshot> snapshot;  ///< after a failure only the location
-    std::exception_ptr failure;                ///< an `Exception` as the provider threw it, or null
+  using Question = PendingReads::Question;
+
+  /// What a read found out, or why it couldn't.
+  struct Answer {
+    Question question;
+    AbsoluteIRI location;
+    std::shared_ptr<FolderSnapshot> snapshot{};  ///< for `Question::entries`
+    PathKind kind = PathKind::notFound;          ///< for `Question::kind`
+    std::exception_ptr failure{};                ///< an `Exception` as the provider threw it, or null
   };
-  using AddToCache = std::function<void(Outcome const&)>;
 
-  /// `addToCache` is called in `read`, with folders that were prefetched but not requested in the order predicted.
-  /// Folders are read as `visibility` shows them, which must outlive this.
-  ReadAhead(AddToCache addToCache, Visibility const& visibility)
-      : addToCache_(std::move(addToCache)), visibility_(visibility) {}
+  /// What was read before, and is to be remembered. Used on the caller's thread.
+  class Cache {
+   public:
+    /// Adds an answer that wasn't requested when it was predicted to be.
+    virtual void addUnrequested(Answer const& answer) = 0;
 
-  /// Waits for the listing that the helper is making.
+    /// The hashes of the keys of all folders that needn't be read again.
+    virtual std::unordered_set<std::size_t> knownFolders() const = 0;
+
+   protected:
+    ~Cache() = default;
+  };
+
+  /// Folders are read as `visibility` shows them. What the threads request is counted in `activity`. The answers that weren't requested hold about `memoryBound`
+  /// bytes at most, or that of one folder.
+  ReadAhead(Cache& cache, Visibility const& visibility, Activity& activity, std::size_t memoryBound);
+
+  /// Interrupts the reads in flight and waits for them.
   ~ReadAhead();
   ReadAhead(ReadAhead const&) = delete;
   ReadAhead& operator=(ReadAhead const&) = delete;
 
-  /// Reads the folder, unless it was prefetched. Throws as `Provider::list` does, and what `addToCache` throws. A lack
-  /// of descriptors or memory is thrown only where it is met without the helper.
-  std::shared_ptr<FolderSnapshot> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
+  /// Predicts this search, and no other, for as long as the handle that this returns is held.
+  std::shared_ptr<void const> announce(SearchOutline const& outline);
+
+  /// The search requests a folder that was read before it was announced.
+  void enter(FolderSnapshot const& folder);
+
+  /// The answer to a question of kind `entries` or `kind`, read now unless it was read ahead. Throws what the provider
+  /// and the cache throw. A lack of descriptors or memory is thrown only where it is met without other threads.
+  Answer request(Question question, std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
 
  private:
-  using Lock = std::unique_lock<std::mutex>;
-  struct Reading {
-    Outcome outcome;
-    EntryTable subfolders;
-    bool lackedResources = false;  // descriptors or memory: a failure that says nothing about the folder
+  struct Read {
+    Answer answer;
+    std::shared_ptr<Provider> provider;
+    std::shared_ptr<SearchStates const> search;  // for which it was predicted; null if there is none
+    SearchStates::Set states = 0;                // at the location, if it is a folder
+    PendingReads::Position position{};           // valid as long as that search is predicted
+    std::optional<PendingReads::Group> predicted{};
+    std::optional<ReadWindow::Measurement> measured{};
+    std::size_t memory = 0;
+    bool isAnswered = false;
+    bool isDone = false;           // the only member that other threads look at while the read is in flight
+    bool lackedResources = false;  // descriptors or memory: a failure that says nothing about the location
   };
+  using Reads = std::unordered_map<std::u16string_view, std::unique_ptr<Read>, KeyHash, KeyEqual>;
 
-  void awaitHelper(Lock& lock, AbsoluteIRI const& location);
-  std::optional<Outcome> takePrefetched(AbsoluteIRI const& location);
-  Outcome readRequested(Lock& lock, AbsoluteIRI const& location);
-  std::optional<DescentOrder::Position> takePredicted();
-  bool prefetch(Lock& lock, DescentOrder::Position position) noexcept;
-  Reading readUnlocked(Lock& lock, AbsoluteIRI const& location);
+  Reads& reads(Question question) KORVAN_REQUIRES(mutex_) { return reads_[static_cast<std::size_t>(question)]; }
+  bool hasRoom(std::size_t reads) const KORVAN_REQUIRES(mutex_);
+  Read* takeNext() noexcept KORVAN_REQUIRES(mutex_);
+  void finish(Read& read) noexcept KORVAN_REQUIRES(mutex_);
+  void predictBelow(FolderSnapshot const& folder) KORVAN_REQUIRES(mutex_);
+  Answer takeAnswer(Read& read) KORVAN_REQUIRES(mutex_);
+  std::vector<Answer> takeUnrequested() KORVAN_REQUIRES(mutex_);
+  void await(Read const& read, core::threads::MutexLock& lock) KORVAN_REQUIRES(mutex_);
+  void wakeWorkers() noexcept KORVAN_REQUIRES(mutex_);
 
-  void startHelper();
-  void stopHelper(Lock& lock) noexcept;
-  void runHelper() noexcept;
-  void abandonDescent(Lock& lock);
-  void flushToCache();
-  bool hasMuchRoom() const noexcept;
-  void wakeHelper() noexcept;
-  void wakeCaller() noexcept;
+  std::optional<Answer> awaitPrefetched(Question question, AbsoluteIRI const& location);
+  Answer readRequested(Question question, std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
+  void awaitWorkers();
+  void startWorkers();
+  void addUnrequested(std::vector<Answer> const& answers);
+  void runWorker() noexcept;
+  void make(Read& read, bool isMeasured) const;
+  void prefetch(Read& read, bool isMeasured) const noexcept;
 
-  AddToCache const addToCache_;
+  Cache& cache_;
   Visibility const& visibility_;
-  std::shared_ptr<Provider> provider_;
-  std::size_t hits_ = 0;    // requests in a row that were predicted but not prefetched
-  std::size_t misses_ = 0;  // requests in a row that were neither predicted nor prefetched
-  bool mayStartHelper_ = true;
-  // If an interrupt or a lack of memory ended it, it isn't replaced until the descent is abandoned.
-  std::thread helper_;
+  Activity& activity_;
+  std::size_t const memoryBound_;
+  std::vector<std::thread> workers_;
+  std::size_t readsOfCaller_ = 0;
+  std::atomic<bool> closing_{false};  // the interrupt flag of the workers
 
-  std::mutex mutex_;  // guards everything below
-  DescentOrder order_;
-  std::unordered_map<std::u16string_view, Outcome, KeyHash, KeyEqual> prefetched_;  // and not yet requested
-  std::size_t prefetchedMemory_ = 0;
-  AbsoluteIRI const* helperReads_ = nullptr;
-  bool stopping_ = false;
-  bool helperSleeps_ = false;
-  bool callerSleeps_ = false;
-  std::condition_variable helperWakes_;
+  core::threads::Mutex mutex_;
+  std::shared_ptr<SearchStates const> search_ KORVAN_GUARDED_BY(mutex_);
+  std::weak_ptr<void const> announcement_ KORVAN_GUARDED_BY(mutex_);  // of that search
+  std::shared_ptr<Provider> provider_ KORVAN_GUARDED_BY(mutex_);      // of that search, from its first request on
+  std::optional<std::unordered_set<std::size_t>> known_ KORVAN_GUARDED_BY(mutex_);  // before that search; hashes
+  PendingReads pending_ KORVAN_GUARDED_BY(mutex_);
+  ReadWindow window_ KORVAN_GUARDED_BY(mutex_);
+  std::array<Reads, 2> reads_ KORVAN_GUARDED_BY(mutex_);  // by question: those in flight, or not yet requested
+  std::size_t memory_ KORVAN_GUARDED_BY(mutex_) = 0;      // of answers not yet requested
+  std::size_t inFlight_ KORVAN_GUARDED_BY(mutex_) = 0;
+  std::size_t idleWorkers_ KORVAN_GUARDED_BY(mutex_) = 0;
+  std::size_t misses_ KORVAN_GUARDED_BY(mutex_) = 0;         // requests in a row that weren't predicted
+  Read const* awaited_ KORVAN_GUARDED_BY(mutex_) = nullptr;  // by the caller, which sleeps
+  std::condition_variable workersWake_;
   std::condition_variable callerWakes_;
 };
 

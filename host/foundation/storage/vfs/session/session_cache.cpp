@@ -16,6 +16,9 @@
 namespace foundation::storage::vfs {
 namespace {
 
+// The most memory for what was read ahead and not yet requested.
+constexpr std::size_t memoryAhead = std::size_t{4} << 20;
+
 // Whether the written form of an IRI's element is this name character for character: ASCII without a percent-encoding.
 bool isWrittenAs(std::string_view name, std::u16string_view written) {
   return name.size() == written.size() &&
@@ -27,12 +30,6 @@ bool isWrittenAs(std::string_view name, std::u16string_view written) {
 // Whether it is a snapshot of the folder, complete for the entries whose names begin with the prefix.
 bool covers(FolderSnapshot const& snapshot, std::u16string_view key, std::string_view prefix) {
   return KeyEqual()(keyOf(snapshot.location), key) && prefix.starts_with(snapshot.prefix);
-}
-
-bool isAtOrBelow(AbsoluteIRI const& location, AbsoluteIRI const& folder) {
-  std::u16string_view const key = keyOf(location);
-  std::u16string_view const above = keyOf(folder);
-  return key.starts_with(above) && (key.size() == above.size() || key[above.size()] == u'/');
 }
 
 bool isRefusal(Exception const& failure) {
@@ -49,8 +46,15 @@ std::size_t memoryOf(FolderSnapshot const& snapshot) {
 
 SessionCache::SessionCache(std::size_t memoryBound, SessionPolicy const& policy)
     : visibility_(policy),
-      readAhead_([this](ReadAhead::Outcome const& outcome) { addUnrequested(outcome); }, visibility_),
-      memoryBound_(memoryBound) {}
+      memoryBound_(memoryBound - std::min(memoryBound / 4, memoryAhead)),
+      readAhead_(*this, visibility_, activity, std::min(memoryBound / 4, memoryAhead)) {}
+
+std::shared_ptr<void const> SessionCache::announce(SearchOutline const& outline) {
+  auto announcement = readAhead_.announce(outline);
+  announced_.emplace(outline);
+  ++search_;
+  return announcement;
+}
 
 std::shared_ptr<NameFilter const> const& SessionCache::filter(std::u16string const& text) {
   if (!filter_ || filterText_ != text) {
@@ -78,6 +82,7 @@ SessionCache::CachedFolder* SessionCache::findPredicted(std::u16string_view key,
 std::shared_ptr<FolderSnapshot> const& SessionCache::noteRequested(CachedFolder& folder) {
   if (lastRequested_ != nullptr) lastRequested_->next = &folder;
   lastRequested_ = &folder;
+  folder.search = search_;
   return folder.snapshot;
 }
 
@@ -86,7 +91,10 @@ std::shared_ptr<FolderSnapshot> SessionCache::snapshot(std::shared_ptr<Provider>
   std::u16string_view const key = keyOf(location);
   if (visibility_.awaitsStart()) noteStart(*provider, location);
   if (!provider->servesSubtrees()) prefix = {};  // the provider reads whole folders anyway: cache them as such
-  if (CachedFolder* const cached = findPredicted(key, prefix)) return noteRequested(*cached);
+  if (CachedFolder* const cached = findPredicted(key, prefix)) {
+    if (cached->search != search_ && !provider->servesSubtrees()) readAhead_.enter(*cached->snapshot);
+    return noteRequested(*cached);
+  }
   return failures_.attempt(FailureLog::Question::entries, location, FailureLog::Report::yes,
                            [&] { return read(provider, location, prefix); });
 }
@@ -95,12 +103,13 @@ std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> con
                                                    AbsoluteIRI const& location, std::string_view prefix) {
   Busy const busy(busy_);
   if (!provider->servesSubtrees()) {
-    auto snapshot = readAhead_.read(provider, location);
-    if (isOutdated(*snapshot)) snapshot = readFolder(*provider, location, {}, &visibility_);
-    return noteRequested(add(std::move(snapshot)));
+    ReadAhead::Answer answer = readAhead_.request(FailureLog::Question::entries, provider, location);
+    if (answer.failure) std::rethrow_exception(answer.failure);
+    if (isOutdated(*answer.snapshot)) answer.snapshot = readFolder(*provider, location, {}, &visibility_);
+    return noteRequested(add(std::move(answer.snapshot)));
   }
   SubtreeScan::Expectation const expected = !visibility_.descendsFrom(location) ? SubtreeScan::Expectation::thisFolder
-                                            : descent_ && isAtOrBelow(location, *descent_)
+                                            : announced_ && announced_->descendsFrom(location)
                                                 ? SubtreeScan::Expectation::everythingBelow
                                                 : SubtreeScan::Expectation::unknown;
   auto snapshot = scanFor(location, prefix).read(*provider, location, prefix, expected, [this](auto const& other) {
@@ -110,18 +119,31 @@ std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> con
   return noteRequested(add(std::move(snapshot)));
 }
 
-// A folder that was read ahead, and may be requested later or never.
-void SessionCache::addUnrequested(ReadAhead::Outcome const& outcome) {
-  if (!outcome.failure) {
-    bool const isUsable = !isOutdated(*outcome.snapshot);
-    if (isUsable && find(keyOf(outcome.snapshot->location), {}) == nullptr) add(outcome.snapshot);
-    return;
+// What was read ahead, and may be requested later or never.
+void SessionCache::addUnrequested(ReadAhead::Answer const& answer) {
+  if (answer.failure) {
+    try {
+      std::rethrow_exception(answer.failure);
+    } catch (Exception const& failure) {
+      failures_.remember(answer.question, answer.location, failure);
+    }
+  } else if (answer.question == FailureLog::Question::kind) {
+    addKind(answer.location, answer.kind);
+  } else if (!isOutdated(*answer.snapshot) && find(keyOf(answer.location), {}) == nullptr) {
+    add(answer.snapshot).search = search_;
   }
-  try {
-    std::rethrow_exception(outcome.failure);
-  } catch (Exception const& failure) {
-    failures_.remember(FailureLog::Question::entries, outcome.snapshot->location, failure);
-  }
+}
+
+std::unordered_set<std::size_t> SessionCache::knownFolders() const {
+  std::unordered_set<std::size_t> known;
+  for (auto const& folder : folders_) known.insert(KeyHash()(folder.first));
+  failures_.forEach(FailureLog::Question::entries, [&](std::u16string_view key) { known.insert(KeyHash()(key)); });
+  return known;
+}
+
+void SessionCache::addKind(AbsoluteIRI const& location, PathKind kind) {
+  makeRoom(location.toString().size() * sizeof(char16_t));
+  kinds_.emplace(location.toString(), kind);
 }
 
 PathKind SessionCache::kind(StorageSystem& system, AbsoluteIRI const& location) {
@@ -164,9 +186,15 @@ PathKind SessionCache::askKind(StorageSystem& system, AbsoluteIRI const& locatio
   if (entry.snapshot != nullptr) {
     return entry.index == EntryTable::npos ? PathKind::notFound : kindOfEntry(*entry.snapshot, entry.index, *provider);
   }
-  PathKind const kind = askStore(*provider, location);
-  makeRoom(location.toString().size() * sizeof(char16_t));
-  kinds_.emplace(location.toString(), kind);
+  PathKind kind = PathKind::notFound;
+  if (provider->servesSubtrees()) {
+    kind = askStore(*provider, location);
+  } else {
+    ReadAhead::Answer const answer = readAhead_.request(FailureLog::Question::kind, provider, location);
+    if (answer.failure) std::rethrow_exception(answer.failure);
+    kind = answer.kind;
+  }
+  addKind(location, kind);
   return kind;
 }
 
@@ -248,10 +276,6 @@ PathKind SessionCache::askStore(Provider& provider, AbsoluteIRI const& location)
     if (failure.getErrorCode() != static_cast<int>(ErrorCode::notFound)) throw;
     return PathKind::notFound;
   }
-}
-
-void SessionCache::expectDescent(AbsoluteIRI const& folder) {
-  if (!descent_ || !isAtOrBelow(folder, *descent_)) descent_ = folder;
 }
 
 SubtreeScan& SessionCache::scanFor(AbsoluteIRI const& location, std::string_view prefix) {

@@ -14,6 +14,7 @@
 #include "foundation/storage/vfs/session/answered_stores.hpp"
 #include "foundation/storage/vfs/session/failure_log.hpp"
 #include "foundation/storage/vfs/session/read_ahead.hpp"
+#include "foundation/storage/vfs/session/search_states.hpp"
 #include "foundation/storage/vfs/session/subtree_scan.hpp"
 #include "foundation/storage/vfs/session/visibility.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
@@ -25,9 +26,12 @@ namespace foundation::storage::vfs {
 /// while it calls a provider; see `isBusy`. Each operation that calls a provider throws what that throws, and remembers
 /// and reports it (see FailureLog): a search skips what it can't look up, and only the report shows that its result is
 /// incomplete.
-class SessionCache {
+class SessionCache final : private ReadAhead::Cache {
  public:
   SessionCache(std::size_t memoryBound, SessionPolicy const& policy);
+
+  /// As `ReadSession::announce`.
+  std::shared_ptr<void const> announce(SearchOutline const& outline);
 
   /// The snapshot of the folder, complete at least for the entries whose names begin with `prefix`: from the cache, or
   /// read now.
@@ -54,9 +58,6 @@ class SessionCache {
   /// filter.
   std::shared_ptr<NameFilter const> const& filter(std::u16string const& text);
 
-  /// The search is going to list everything below the folder.
-  void expectDescent(AbsoluteIRI const& folder);
-
   /// Whether a provider is being called on this thread.
   bool isBusy() const noexcept { return busy_; }
 
@@ -75,6 +76,7 @@ class SessionCache {
  private:
   struct CachedFolder {
     std::shared_ptr<FolderSnapshot> snapshot;
+    std::size_t search = 0;        // the search, by number, that has entered it
     CachedFolder* next = nullptr;  // the folder that was requested after it last time, predicted for the next time
   };
   CachedFolder* find(std::u16string_view key, std::string_view prefix);
@@ -97,6 +99,9 @@ class SessionCache {
   SubtreeScan& scanFor(AbsoluteIRI const& location, std::string_view prefix);
   void addScanned(std::shared_ptr<FolderSnapshot> snapshot);
   void noteOrderOf(AbsoluteIRI const& location);
+  void addUnrequested(ReadAhead::Answer const& answer) override;
+  std::unordered_set<std::size_t> knownFolders() const override;
+  void addKind(AbsoluteIRI const& location, PathKind kind);
   std::optional<EntryFacts> askFacts(Provider& provider, AbsoluteIRI const& location);
   void noteStart(Provider& provider, AbsoluteIRI const& folder);
   bool hides(StorageSystem& system, AbsoluteIRI const& location);
@@ -104,7 +109,6 @@ class SessionCache {
   bool reportsRefusal(AbsoluteIRI const& location) const;
   PathKind passOver(Entry entry, AbsoluteIRI const& location, Exception const& failure);
   bool isOutdated(FolderSnapshot const& snapshot) const noexcept;
-  void addUnrequested(ReadAhead::Outcome const& outcome);
   CachedFolder& add(std::shared_ptr<FolderSnapshot> snapshot);
   void makeRoom(std::size_t bytes);
   void forget() noexcept;
@@ -117,13 +121,14 @@ class SessionCache {
   FailureLog failures_;
   AnsweredStores stores_;
   std::optional<SubtreeScan> scan_;
-  std::optional<AbsoluteIRI> descent_;  // everything below it is going to be listed
+  std::optional<SearchStates> announced_;  // the latest search
   std::vector<Exception> notes_;
-  ReadAhead readAhead_;
   bool busy_ = false;
+  std::size_t search_ = 0;  // the number of searches announced
   bool hasEvicted_ = false;
   std::size_t const memoryBound_;
   std::size_t memory_ = 0;
+  ReadAhead readAhead_;
 
   CachedFolder* lastRequested_ = nullptr;
   FolderSnapshot* lastLookedIn_ = nullptr;  // the walk looks up many entries of one folder in a row

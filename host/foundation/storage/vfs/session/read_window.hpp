@@ -1,0 +1,60 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+
+namespace foundation::storage::vfs {
+
+/// How many reads a session has in flight ahead of what is requested. Begins at none, doubles while predictions hold,
+/// and shrinks when they fail or when the system runs out of resources. Reads that wait, as on a network file system,
+/// may be as many as the provider says; reads that compute, no more than there are cores to spare. Internal to the
+/// session.
+class ReadWindow {
+ public:
+  /// `cores`: how many the process may use. One of them is the caller's.
+  explicit ReadWindow(std::size_t cores) noexcept : coresToSpare_(cores == 0 ? 0 : cores - 1) {}
+
+  /// The number of cores that this process may use.
+  static std::size_t availableCores() noexcept;
+
+  /// How long a read took, and whether its thread waited in it for anything but a processor.
+  struct Measurement {
+    std::chrono::nanoseconds time;
+    bool waited;
+  };
+  void noteRead(Measurement read) noexcept;
+
+  /// A requested read had been predicted.
+  void noteHit(std::size_t providerLimit) noexcept;
+
+  /// Predictions were wrong, or a read failed for a reason that says nothing about what it read.
+  void shrink() noexcept { size_ /= 2, hits_ = 0; }
+
+  /// Another search begins.
+  void close() noexcept { size_ = 0, hits_ = 0; }
+
+  /// The system has too few descriptors, too little memory or too few threads for so many reads.
+  void limit(std::size_t reads) noexcept;
+
+  /// The most reads in flight.
+  std::size_t size() const noexcept { return size_; }
+
+  /// The most reads in flight or made, and not yet requested.
+  std::size_t ahead() const noexcept { return size_ * (waits() ? 16 : 256); }
+
+  /// Whether reads wait for most of the time that they take, and for long enough to be worth a thread.
+  bool waits() const noexcept { return waited_ > computed_ && waited_ > std::chrono::microseconds(200); }
+
+ private:
+  // Enough for a thread to be woken seldom, as each wake-up costs about as much as reading a local folder.
+  static constexpr std::size_t readsAheadOfACore = 256;
+
+  std::size_t coresToSpare_;
+  std::size_t limit_ = SIZE_MAX;
+  std::size_t size_ = 0;
+  std::size_t hits_ = 0;  // since the size changed
+  std::chrono::nanoseconds waited_{0};
+  std::chrono::nanoseconds computed_{0};
+};
+
+}  // namespace foundation::storage::vfs
