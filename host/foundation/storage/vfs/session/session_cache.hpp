@@ -104,6 +104,7 @@ class SessionCache final : private ReadAhead::Cache {
   SubtreeScan& scanFor(AbsoluteIRI const& location, std::string_view prefix);
   void addScanned(std::shared_ptr<FolderSnapshot> snapshot);
   void noteOrderOf(AbsoluteIRI const& location);
+  EntryKind knownKind(Entry entry, Provider& provider, AbsoluteIRI const& location);
   std::optional<EntryFacts> askFacts(Provider& provider, AbsoluteIRI const& location);
   void noteStart(Provider& provider, AbsoluteIRI const& folder);
   bool hides(StorageSystem& system, AbsoluteIRI const& location);
