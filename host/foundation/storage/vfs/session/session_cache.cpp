@@ -108,15 +108,7 @@ std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> con
     if (isOutdated(*answer.snapshot)) answer.snapshot = readFolder(*provider, location, {}, &visibility_);
     return noteRequested(add(std::move(answer.snapshot)));
   }
-  SubtreeScan::Expectation const expected = !visibility_.descendsFrom(location) ? SubtreeScan::Expectation::thisFolder
-                                            : announced_ && announced_->descendsFrom(location)
-                                                ? SubtreeScan::Expectation::everythingBelow
-                                                : SubtreeScan::Expectation::unknown;
-  auto snapshot = scanFor(location, prefix).read(*provider, location, prefix, expected, [this](auto const& other) {
-    addScanned(other);
-  });
-  noteOrderOf(location);
-  return noteRequested(add(std::move(snapshot)));
+  return noteRequested(add(readFromStore(*provider, location, prefix)));
 }
 
 // What was read ahead, and may be requested later or never.
@@ -266,35 +258,6 @@ std::size_t SessionCache::findNeighbour(std::u16string_view key) {
     }
   }
   return EntryTable::npos;
-}
-
-// The provider's answer; a store that doesn't exist has no entries.
-PathKind SessionCache::askStore(Provider& provider, AbsoluteIRI const& location) {
-  try {
-    return stores_.ask(location, [&] { return provider.kind(location); });
-  } catch (Exception const& failure) {
-    if (failure.getErrorCode() != static_cast<int>(ErrorCode::notFound)) throw;
-    return PathKind::notFound;
-  }
-}
-
-SubtreeScan& SessionCache::scanFor(AbsoluteIRI const& location, std::string_view prefix) {
-  if (!scan_ || !scan_->reaches(location, prefix))
-    scan_.emplace(location, std::string(prefix), visibility_, memoryBound_, stores_);
-  return *scan_;
-}
-
-void SessionCache::addScanned(std::shared_ptr<FolderSnapshot> snapshot) {
-  if (find(keyOf(snapshot->location), snapshot->prefix) == nullptr) add(std::move(snapshot));
-}
-
-void SessionCache::noteOrderOf(AbsoluteIRI const& location) {
-  if (!scan_->isUnordered()) return;
-  AbsoluteIRI const store(location, u"/");
-  for (Exception const& note : notes_)
-    if (note.getLocation() == store) return;
-  notes_.emplace_back(ErrorCode::other, store,
-                      "the store does not list its keys in byte order, so each folder is listed alone");
 }
 
 SessionCache::CachedFolder& SessionCache::add(std::shared_ptr<FolderSnapshot> snapshot) {

@@ -95,6 +95,8 @@ class SessionCache final : private ReadAhead::Cache {
   std::shared_ptr<FolderSnapshot> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
                                        std::string_view prefix);
   PathKind askKind(StorageSystem& system, AbsoluteIRI const& location, Entry entry);
+  std::shared_ptr<FolderSnapshot> readFromStore(Provider& provider, AbsoluteIRI const& location,
+                                                std::string_view prefix);
   PathKind askStore(Provider& provider, AbsoluteIRI const& location);
   SubtreeScan& scanFor(AbsoluteIRI const& location, std::string_view prefix);
   void addScanned(std::shared_ptr<FolderSnapshot> snapshot);
