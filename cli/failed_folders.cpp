@@ -5,7 +5,8 @@
 
 namespace kglob {
 
-void FailedFolders::reportNew(std::string const& pattern) {
+bool FailedFolders::reportNew(std::string const& pattern) {
+  std::size_t const before = count_;
   while (kglob_failure const* const failure = search_.nextFailure()) {
     if (failure->status == KGLOB_OK) {
       report(std::string(failure->location) + ": " + failure->reason);
@@ -16,6 +17,7 @@ void FailedFolders::reportNew(std::string const& pattern) {
     std::string const shown = isRelative ? asWritten(failure->location, rootFolder_) : failure->location;
     report("cannot read " + shown + ": " + failure->reason);
   }
+  return count_ > before;
 }
 
 bool FailedFolders::finish() const {

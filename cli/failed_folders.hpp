@@ -18,8 +18,8 @@ class FailedFolders {
 
   /// Reports the notes and failures since the last call, in the search for `pattern`. Local folders are written the way the matches
   /// of that pattern are, below the root folder as the user wrote it; as IRIs if the pattern or the root folder is one.
-  /// Folders in stores are always written as IRIs.
-  void reportNew(std::string const& pattern);
+  /// Folders in stores are always written as IRIs. Returns whether there was any failure.
+  bool reportNew(std::string const& pattern);
 
   /// Reports how many were not reported one by one. Returns whether there was any failure.
   bool finish() const;

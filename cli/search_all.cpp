@@ -69,13 +69,13 @@ Outcome searchPatterns(std::vector<std::string> const& patterns, Scope const& sc
   do {
     std::uint64_t const before = writer.count();
     wantsMore = writeMatches(search, writer, output);
-    if (kglob_failure const* const error = search.error()) {
-      report(*error);
-      outcome.anyError = true;
-    } else if (writer.count() == before) {
-      outcome.unmatched.push_back(*pattern);
-    }
-    failures.reportNew(*pattern++);
+    kglob_failure const* const error = search.error();
+    if (error != nullptr) report(*error);
+    outcome.anyError |= error != nullptr;
+    // After a failure there is no need to ask the store what is missing.
+    bool const anyFailure = failures.reportNew(*pattern);
+    if (error == nullptr && !anyFailure && writer.count() == before) outcome.unmatched.push_back(*pattern);
+    ++pattern;
   } while (wantsMore && search.nextPattern());
   outcome.anyError |= failures.finish();
   outcome.read = search.progress();
