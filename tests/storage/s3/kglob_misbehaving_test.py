@@ -29,6 +29,7 @@ OUTCOMES = {
     "busy": (2, "HTTP 503 SlowDown: as configured (request id id-SlowDown) (tried ", 5, 20, 0, 34),
     "cut-second-page": (2, "(tried ", 6, 21, 0, 34),
     "garbage": (2, "malformed response", 5, 20, 0, 34),
+    "not-http": (2, "HTTP/0.9", 5, 20, 0, 34),
     "long-header": (2, "a header of the response is longer", 5, 20, 0, 34),
     "same-token": (2, "token repeats", 2, 3, 0, 8),
     "empty-forever": (2, "too many empty pages", 10, 200, 0, 10),
@@ -147,7 +148,7 @@ class Misbehaving(unittest.TestCase):
         begin = time.monotonic()
         changes = {**NO_NAME_SERVERS, "AWS_CLI_CONNECT_TIMEOUT": "1", "AWS_MAX_ATTEMPTS": "2"}
         self.assertRegex(self.run_one("look-up", **changes)[1], "tried 2 times")
-        self.assertLess(time.monotonic() - begin, 10)
+        self.assertTrue(2 <= time.monotonic() - begin < 10)
 
     def test_certificates_are_verified(self):
         folder = self.enterContext(tempfile.TemporaryDirectory())

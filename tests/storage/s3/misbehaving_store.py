@@ -100,6 +100,7 @@ BEHAVIOURS = {
     "cut-5": cut,
     "cut-20": cut,
     "garbage": lambda request: (200, bytes(range(256)) * 10, {}),
+    "not-http": lambda request: (request.wfile.write(b"220 mail.example ESMTP\r\n\r\n"), None)[1],
     "long-header": lambda request: (200, page(), {"x-long": "x" * 200000}),
     "same-token": lambda request: (200, page([f"t{request.number:06}"], "again"), {}),
     "empty-forever": lambda request: (200, page([], f"token{request.number}"), {}),

@@ -10,6 +10,7 @@
 #include "foundation/storage/vfs/absolute_iri.hpp"
 #include "foundation/storage/vfs/detail/name_filter.hpp"
 #include "foundation/storage/vfs/search_outline.hpp"
+#include "foundation/storage/vfs/session/visibility.hpp"
 
 namespace foundation::storage::vfs {
 
@@ -20,13 +21,17 @@ class SearchStates {
  public:
   using Set = std::uint64_t;
 
-  explicit SearchStates(SearchOutline const& outline);
+  /// A search that looks up a name that `visibility` hides, or may hide where it is looked up, counts as ending before.
+  SearchStates(SearchOutline const& outline, Visibility const& visibility);
 
   /// The states at a folder, as its path below the start implies; none if the search doesn't reach it.
   Set at(AbsoluteIRI const& folder) const;
 
   /// The states at the entry of that name of a folder with these states, if the entry is a folder.
   Set below(Set states, std::string_view name) const;
+
+  /// Whether the search is going to list the folder and the folders below it at any depth.
+  bool descendsFrom(AbsoluteIRI const& folder) const { return (at(folder) & descents_) != 0; }
 
   /// Whether a folder with these states is listed. In one that isn't, only the entries that `names` gives are looked up.
   bool lists(Set states) const noexcept { return (states & listing_) != 0; }
@@ -52,6 +57,7 @@ class SearchStates {
   std::u16string start_;
   std::vector<Segment> segments_;
   Set listing_ = 0;
+  Set descents_ = 0;
 };
 
 }  // namespace foundation::storage::vfs

@@ -14,6 +14,7 @@
 #include "foundation/storage/vfs/session/answered_stores.hpp"
 #include "foundation/storage/vfs/session/failure_log.hpp"
 #include "foundation/storage/vfs/session/read_ahead.hpp"
+#include "foundation/storage/vfs/session/search_states.hpp"
 #include "foundation/storage/vfs/session/subtree_scan.hpp"
 #include "foundation/storage/vfs/session/visibility.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
@@ -57,9 +58,6 @@ class SessionCache final : private ReadAhead::Cache {
   /// filter.
   std::shared_ptr<NameFilter const> const& filter(std::u16string const& text);
 
-  /// The search is going to list everything below the folder.
-  void expectDescent(AbsoluteIRI const& folder);
-
   /// Whether a provider is being called on this thread.
   bool isBusy() const noexcept { return busy_; }
 
@@ -97,13 +95,14 @@ class SessionCache final : private ReadAhead::Cache {
   std::shared_ptr<FolderSnapshot> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
                                        std::string_view prefix);
   PathKind askKind(StorageSystem& system, AbsoluteIRI const& location, Entry entry);
-  void addUnrequested(ReadAhead::Answer const& answer) override;
-  std::unordered_set<std::size_t> knownFolders() const override;
-  void addKind(AbsoluteIRI const& location, PathKind kind);
   PathKind askStore(Provider& provider, AbsoluteIRI const& location);
   SubtreeScan& scanFor(AbsoluteIRI const& location, std::string_view prefix);
   void addScanned(std::shared_ptr<FolderSnapshot> snapshot);
   void noteOrderOf(AbsoluteIRI const& location);
+  void addUnrequested(ReadAhead::Answer const& answer) override;
+  std::unordered_set<std::size_t> knownFolders() const override;
+  void addKind(AbsoluteIRI const& location, PathKind kind);
+  EntryKind knownKind(Entry entry, Provider& provider, AbsoluteIRI const& location);
   std::optional<EntryFacts> askFacts(Provider& provider, AbsoluteIRI const& location);
   void noteStart(Provider& provider, AbsoluteIRI const& folder);
   bool hides(StorageSystem& system, AbsoluteIRI const& location);
@@ -123,7 +122,7 @@ class SessionCache final : private ReadAhead::Cache {
   FailureLog failures_;
   AnsweredStores stores_;
   std::optional<SubtreeScan> scan_;
-  std::optional<AbsoluteIRI> descent_;  // everything below it is going to be listed
+  std::optional<SearchStates> announced_;  // the latest search
   std::vector<Exception> notes_;
   bool busy_ = false;
   std::size_t search_ = 0;  // the number of searches announced
