@@ -25,8 +25,9 @@ class MatchBlocks {
 
   using Facts = foundation::storage::vfs::EntryFacts;
 
-  /// Adds a match and a NUL, with its facts for a search that has any; waits while the block is full. False if the consumer has closed: then nothing was added.
-  /// Throws `std::bad_alloc`, and `std::invalid_argument` for a text that no bytes stand for. For the search.
+  /// Adds a match and a NUL, with its facts for a search that has any; waits while the block is full. False if the
+  /// consumer has closed: then nothing was added. Throws `std::bad_alloc`, and `std::invalid_argument` for a text that
+  /// no bytes stand for. For the search.
   bool add(std::u16string_view match, std::optional<Facts> facts = {});
 
   /// No further match of this pattern comes; what is added next belongs to the next one. Waits and throws as `add`. For
@@ -43,8 +44,9 @@ class MatchBlocks {
   };
 
   /// The next step, as soon as the block is full, `maxDelay` has passed since something was added to it, or nothing
-  /// further comes; the first one of all at once. Valid until the next call or `nextPattern`. Nothing if `timeout` passes
-  /// before; none waits as long as it takes. At the end of a pattern each call returns that end. For the consumer.
+  /// further comes; the first one of all at once. Valid until the next call or `nextPattern`. Nothing if `timeout`
+  /// passes before; none waits as long as it takes. At the end of a pattern each call returns that end. For the
+  /// consumer.
   std::optional<Step> next(std::optional<std::chrono::milliseconds> timeout);
 
   /// The facts of the match with this index in the last step; null if there is none. For the consumer.

@@ -8,9 +8,9 @@
 
 namespace kglob {
 
-/// The facts of a match, as many as the level asks for; of kind `unknown` if they can't be found out. To be called while
-/// the search's session is open. Costs what `kglob_fact_level` says. Throws `std::bad_alloc`, and the exception of an
-/// interrupt.
+/// The facts of a match, as many as the level asks for; of kind `unknown` if they can't be found out. To be called
+/// while the search's session is open. Costs what `kglob_fact_level` says. Throws `std::bad_alloc`, and the exception
+/// of an interrupt.
 foundation::storage::vfs::EntryFacts findFacts(std::u16string_view match, korvan::io::internal::Path const& rootFolder,
                                                kglob_fact_level level);
 

@@ -16,9 +16,9 @@ class FailedFolders {
   /// The search and the root folder must outlive this.
   FailedFolders(Search& search, std::string const& rootFolder) : search_(search), rootFolder_(rootFolder) {}
 
-  /// Reports the notes and failures since the last call, in the search for `pattern`. Local folders are written the way the matches
-  /// of that pattern are, below the root folder as the user wrote it; as IRIs if the pattern or the root folder is one.
-  /// Folders in stores are always written as IRIs. Returns whether there was any failure.
+  /// Reports the notes and failures since the last call, in the search for `pattern`. Local folders are written the way
+  /// the matches of that pattern are, below the root folder as the user wrote it; as IRIs if the pattern or the root
+  /// folder is one. Folders in stores are always written as IRIs. Returns whether there was any failure.
   bool reportNew(std::string const& pattern);
 
   /// Reports how many were not reported one by one. Returns whether there was any failure.

@@ -13,8 +13,9 @@ class WriteError : public std::system_error {
 };
 
 /// Standard output, buffered. Readers get whole lines only, however kglob ends: it is written in pieces of whole lines,
-/// which a pipe accepts entirely or not at all, and a piece of which only a part was written is completed first. Writing
-/// throws `EndedBySignal` for a pipe without readers and for an interrupt, and `WriteError` for every other failure.
+/// which a pipe accepts entirely or not at all, and a piece of which only a part was written is completed first.
+/// Writing throws `EndedBySignal` for a pipe without readers and for an interrupt, and `WriteError` for every other
+/// failure.
 class Output {
  public:
   /// Lines end with a newline, or with NUL.

@@ -10,8 +10,8 @@
 namespace kglob {
 namespace {
 
-// Enough for the folders that a descent is in. What was forgotten is read again, which a disk does fast, whereas a store
-// has to be asked.
+// Enough for the folders that a descent is in. What was forgotten is read again, which a disk does fast, whereas a
+// store has to be asked.
 constexpr std::size_t diskCacheBytes = std::size_t{12} << 20;
 constexpr std::size_t storeCacheBytes = std::size_t{32} << 20;
 

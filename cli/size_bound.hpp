@@ -6,8 +6,8 @@
 namespace kglob {
 
 /// A condition on a size, written as fd has it: `+1k` at least 1,000 bytes, `-1ki` at most 1,024, `5b` exactly 5. The
-/// units b, k, m, g and t are powers of 1000, those with an "i" of 1024; case doesn't matter, and without one the number
-/// is in bytes.
+/// units b, k, m, g and t are powers of 1000, those with an "i" of 1024; case doesn't matter, and without one the
+/// number is in bytes.
 class SizeBound {
  public:
   /// Throws `UsageError` for a text that isn't one.

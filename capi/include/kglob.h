@@ -89,9 +89,9 @@ typedef enum kglob_fact_level {
 
 /// How to search. Initialised with `KGLOB_OPTIONS_INIT`; a member that is zero has its default.
 ///
-/// What `excluded_names`, `dont_follow_links`, `one_file_system` and `max_depth` leave out is not read either. They apply
-/// below the start folder of each pattern, which is the part before its first wildcard: nothing that this part names is
-/// left out.
+/// What `excluded_names`, `dont_follow_links`, `one_file_system` and `max_depth` leave out is not read either. They
+/// apply below the start folder of each pattern, which is the part before its first wildcard: nothing that this part
+/// names is left out.
 typedef struct kglob_options {
   size_t size;              ///< sizeof(kglob_options)
   const char* root_folder;  ///< a local path or an IRI; null or empty: the process's current folder
@@ -165,10 +165,10 @@ typedef struct kglob_object_store {
 #define KGLOB_OBJECT_STORE_INIT \
   { sizeof(kglob_object_store), NULL, NULL, NULL, 0, 0 }
 
-/// Replaces the process's settings. To be called before the first search of a store, since later calls may have no
-/// effect. The texts are copied; what is wrong with them is an error of the searches. Returns `KGLOB_OK`,
-/// `KGLOB_INVALID_ARGUMENT` for a size that this library doesn't know, as for `kglob_options`, or `KGLOB_OUT_OF_MEMORY`.
-/// For any thread.
+/// Replaces the process's settings; null sets none. To be called before the first search of a store, since later calls
+/// may have no effect. The texts are copied; what is wrong with them is an error of the searches. Returns `KGLOB_OK`,
+/// `KGLOB_INVALID_ARGUMENT` for a size that this library doesn't know, as for `kglob_options`, or
+/// `KGLOB_OUT_OF_MEMORY`. For any thread.
 KGLOB_API kglob_status kglob_configure_object_store(const kglob_object_store* settings);
 
 /// Starts a search and returns it. `options` may be null for the defaults; the texts are copied. An empty pattern
@@ -189,23 +189,24 @@ KGLOB_API kglob_search* kglob_open_patterns(const char* const* patterns, size_t 
 
 /// The next matches of the current pattern, at first the only or first one: sets `*bytes` to a block of whole matches,
 /// each ended by NUL, and `*length` to the block's size. The block belongs to the search and is valid until the next
-/// call, `kglob_next_pattern` or `kglob_close`. It comes as soon as 64 KiB of matches are there, or 20 milliseconds have
-/// passed since its first match was found, or the search is at its end; the first match of a search comes at once.
+/// call, `kglob_next_pattern` or `kglob_close`. It comes as soon as 64 KiB of matches are there, or 20 milliseconds
+/// have passed since its first match was found, or the search is at its end; the first match of a search comes at once.
 ///
 /// - `KGLOB_OK` with a length greater than 0: a block.
 /// - `KGLOB_OK` with the length 0: the end; all matches of the pattern have been given.
 /// - `KGLOB_TIMED_OUT`: there was no block within `timeout_ms` milliseconds, and the search goes on. A negative timeout
 ///   waits as long as it takes; 0 doesn't wait.
-/// - Anything else: the error that ended the search for the pattern; see `kglob_error`. The matches found before it have
-///   been given.
+/// - Anything else: the error that ended the search for the pattern; see `kglob_error`. The matches found before it
+///   have been given.
 ///
 /// After the end and after an error further calls return the same, until `kglob_next_pattern` is called. Unless a block
 /// is returned the length is 0 and `*bytes` is null.
 KGLOB_API kglob_status kglob_next_block(kglob_search* search, int timeout_ms, const char** bytes, size_t* length);
 
-/// Sets the members of `*facts` that its size includes, those that this library doesn't know to 0, to what is known of the
-/// match at `index` in the current block, counted from 0. The texts belong to the search and are valid as long as the
-/// block. Returns nonzero; if there is no such match or the options asked for no facts it returns 0, and nothing is known.
+/// Sets the members of `*facts` that its size includes, those that this library doesn't know to 0, to what is known of
+/// the match at `index` in the current block, counted from 0. The texts belong to the search and are valid as long as
+/// the block. Returns nonzero; if there is no such match or the options asked for no facts it returns 0, and nothing is
+/// known.
 KGLOB_API int kglob_get_facts(const kglob_search* search, size_t index, kglob_facts* facts);
 
 /// Goes on to the next pattern, whose matches `kglob_next_block` then returns, and returns nonzero. Returns 0 and does
@@ -218,10 +219,10 @@ KGLOB_API int kglob_next_pattern(kglob_search* search);
 /// `kglob_close`; null if it hasn't returned one. Owned by the search.
 KGLOB_API const kglob_failure* kglob_error(const kglob_search* search);
 
-/// The next folder that couldn't be read, or entry that couldn't be looked at, and that the search for the current or an
-/// earlier pattern passed over: each once, in the order of the failures. If there is none, the matches are complete. A
-/// folder that doesn't exist is no failure, nor is one that is passed over because it closes a cycle of links. One with the
-/// status `KGLOB_OK` is a note: the matches are complete, but cost more than usual, and the reason says why.
+/// The next folder that couldn't be read, or entry that couldn't be looked at, and that the search for the current or
+/// an earlier pattern passed over: each once, in the order of the failures. If there is none, the matches are complete.
+/// A folder that doesn't exist is no failure, nor is one that is passed over because it closes a cycle of links. One
+/// with the status `KGLOB_OK` is a note: the matches are complete, but cost more than usual, and the reason says why.
 ///
 /// Owned by the search, and valid until the next call or `kglob_close`. Null if there is no further one at the moment;
 /// once `kglob_next_block` has returned the end or an error, all those of the pattern are known. Never waits.
