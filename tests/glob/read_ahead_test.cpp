@@ -69,7 +69,7 @@ class ReadAhead : public testing::Test {
     store_ = std::make_shared<MemoryProvider>(tree);
     most_ = inFlight_ = byOthers_ = 0;
     auto const own = std::this_thread::get_id();
-    auto const hook = [this, own, onRead](vfs::AbsoluteIRI const& /*location*/) {
+    auto const hook = [this, own, onRead](Operation /*asked*/, vfs::AbsoluteIRI const& /*location*/) {
       int const now = ++inFlight_;
       for (int most = most_; now > most && !most_.compare_exchange_weak(most, now);) {
       }
@@ -116,7 +116,7 @@ TEST(RandomReadAhead, FindsTheSameInTheSameOrderWithEveryWindow) {
       auto const expected = expectedMatches(tree, Tree::searchRoot, pattern, true);
       for (std::size_t const window : {1U, 32U}) {
         SCOPED_TRACE(testing::Message() << "round " << round << ": " << pattern << ", window " << window);
-        auto const hook = [](auto const&) { std::this_thread::sleep_for(150us); };
+        auto const hook = [](auto, auto const&) { std::this_thread::sleep_for(150us); };
         store->forgetRequests();
         ServedScheme const mem(u"mem", std::make_shared<HookedProvider>(store, window, hook));
         ServedScheme const disk(
@@ -154,6 +154,32 @@ TEST_F(ReadAhead, TimeFallsWithTheWindowWhereReadsWait) {
       EXPECT_LE(static_cast<std::size_t>(time / 1ms), 9 * requests / std::max<std::size_t>(window, 1) + 120);
     }
   }
+}
+
+// Where a store's folders are too large for pages of keys, names are looked up in each: the same requests, but many at
+// a time.
+TEST(StoreReadAhead, LooksUpNamesInManyFoldersAtATime) {
+  Tree tree;
+  for (int i = 0; i < 300; ++i) {
+    for (int j = 0; j < 20; ++j) tree.addFile(numbered('d', i) + "/" + numbered('f', j));
+  }
+  MemoryProvider::Options options;
+  options.subtreePage = 5;
+  auto const store = std::make_shared<MemoryProvider>(tree, options);
+  std::size_t requests[2] = {};
+  Clock::duration times[2] = {};
+  for (bool const readsAhead : {false, true}) {
+    store->forgetRequests();
+    auto const hook = [](auto, auto const&) { std::this_thread::sleep_for(2ms); };
+    ServedScheme const mem(u"mem", std::make_shared<HookedProvider>(store, readsAhead ? 16 : 0, hook));
+    ReadSession const session;
+    auto const start = Clock::now();
+    EXPECT_EQ(search("*/f1007", "mem:///").size(), 300U);
+    times[readsAhead] = Clock::now() - start;
+    requests[readsAhead] = store->requests();
+  }
+  EXPECT_LE(requests[1], requests[0] + 32);
+  EXPECT_LT(times[1], times[0] / 2);
 }
 
 TEST_F(ReadAhead, UsesTheSpareCoresWhereReadsCompute) {

@@ -10,13 +10,14 @@
 namespace foundation::storage::vfs {
 
 void PendingReads::Group::addSubfolders(SearchStates const& search, SearchStates::Set states,
-                                        FolderSnapshot const& snapshot) {
+                                        FolderSnapshot const& snapshot, bool lookupsOnly) {
   EntryTable const& entries = snapshot.entries;
   std::vector<Read> descended;
   for (std::size_t i = 0; i < entries.size(); ++i) {
     if (entries.kind(i) != PathKind::isFolder || entries.maybeLink(i)) continue;
     std::size_t const before = reads_.size();
     SearchStates::Set const below = search.below(states, entries.name(i));
+    if (lookupsOnly && search.lists(below)) continue;
     add(search, below, entries.name(i));
     // The search continues with the segments after a descent before it descends further.
     if ((below & ~states) != 0) continue;
@@ -83,6 +84,10 @@ std::optional<SearchStates::Set> PendingReads::takeRequested(Question question, 
     Group::Read* const read = group->find(path);
     if (read == nullptr || read->isTaken || read->question() != question) continue;
     SearchStates::Set const states = read->states;
+    auto const index = static_cast<std::size_t>(read - group->reads_.data());
+    for (; group->next_ < index; ++group->next_) {
+      if (!group->reads_[group->next_].isTaken) --size_;
+    }
     take(group, *read);
     return states;
   }

@@ -79,21 +79,21 @@ std::shared_ptr<void const> ReadAhead::announce(SearchOutline const& outline) {
   return announcement;
 }
 
-void ReadAhead::enter(FolderSnapshot const& folder) {
+void ReadAhead::enter(FolderSnapshot const& folder, bool lookupsOnly) {
   MutexLock const lock(mutex_, spinning);
-  predictBelow(folder);
+  predictBelow(folder, lookupsOnly);
 }
 
-void ReadAhead::predictBelow(FolderSnapshot const& folder) {
+void ReadAhead::predictBelow(FolderSnapshot const& folder, bool lookupsOnly) {
   if (announcement_.expired()) return;
   PendingReads::Group predicted(folder.location);
-  predicted.addSubfolders(*search_, search_->at(folder.location), folder);
+  predicted.addSubfolders(*search_, search_->at(folder.location), folder, lookupsOnly);
   pending_.enterFirst(std::move(predicted));
 }
 
 ReadAhead::Answer ReadAhead::request(Question question, std::shared_ptr<Provider> const& provider,
-                                     AbsoluteIRI const& location) {
-  std::optional<Answer> answer = awaitPrefetched(question, location);
+                                     AbsoluteIRI const& location, std::size_t mostAhead) {
+  std::optional<Answer> answer = awaitPrefetched(question, location, mostAhead);
   if (!answer) answer = readRequested(question, provider, location);
   startWorkers();
   return std::move(*answer);
@@ -101,11 +101,13 @@ ReadAhead::Answer ReadAhead::request(Question question, std::shared_ptr<Provider
 
 // The answer if it was, or is being, read ahead. While a worker reads it, the caller prefetches others if reads compute,
 // and otherwise waits, as one read more in flight isn't worth being late for this one.
-std::optional<ReadAhead::Answer> ReadAhead::awaitPrefetched(Question question, AbsoluteIRI const& location) {
+std::optional<ReadAhead::Answer> ReadAhead::awaitPrefetched(Question question, AbsoluteIRI const& location,
+                                                            std::size_t mostAhead) {
   Read* instead = nullptr;
   for (int looks = 0;; ++looks) {
     {
       MutexLock lock(mutex_, spinning);
+      mostAhead_ = mostAhead;
       if (instead != nullptr) finish(*instead);
       auto const found = reads(question).find(keyOf(location));
       if (found == reads(question).end()) return std::nullopt;
@@ -176,7 +178,7 @@ void ReadAhead::make(Read& read, bool isMeasured) const {
   if (isMeasured) read.measured = {std::chrono::steady_clock::now() - start, waitsOfThisThread() != waitsBefore};
   if (answer.failure || read.states == 0) return;
   if (answer.snapshot) {
-    read.predicted.emplace(answer.location).addSubfolders(*read.search, read.states, *answer.snapshot);
+    read.predicted.emplace(answer.location).addSubfolders(*read.search, read.states, *answer.snapshot, false);
   } else if (answer.kind == PathKind::isFolder) {
     std::string const name = core::text::toBytesLossy(answer.location.getName());
     read.predicted.emplace(answer.location.getParent()).add(*read.search, read.states, name);
@@ -213,7 +215,7 @@ void ReadAhead::finish(Read& read) noexcept {
 // Whether so many reads more can be made ahead.
 bool ReadAhead::hasRoom(std::size_t reads) const {
   std::size_t const ahead = reads_[0].size() + reads_[1].size();
-  return ahead + reads <= window_.ahead() && (ahead == 0 || memory_ < memoryBound_);
+  return ahead + reads <= std::min(window_.ahead(), mostAhead_) && (ahead == 0 || memory_ < memoryBound_);
 }
 
 // Takes a read to make ahead; null if none is predicted or there is no room.
@@ -242,7 +244,7 @@ ReadAhead::Answer ReadAhead::takeAnswer(Read& read) {
   misses_ = 0;
   if (read.search != search_) {  // it was read for a search before this one
     pending_.takeRequested(read.answer.question, read.answer.location);
-    if (read.answer.snapshot) predictBelow(*read.answer.snapshot);
+    if (read.answer.snapshot) predictBelow(*read.answer.snapshot, false);
   }
   window_.noteHit(read.provider->readsInFlight());
   wakeWorkers();

@@ -65,12 +65,15 @@ class ReadAhead {
   /// Predicts this search, and no other, for as long as the handle that this returns is held.
   std::shared_ptr<void const> announce(SearchOutline const& outline);
 
-  /// The search requests a folder that was read before it was announced.
-  void enter(FolderSnapshot const& folder);
+  /// The search requests a folder that wasn't read by `request`, or that was read before the search was announced.
+  /// With `lookupsOnly` it is predicted to look up names in its subfolders, but no listing.
+  void enter(FolderSnapshot const& folder, bool lookupsOnly);
 
-  /// The answer to a question of kind `entries` or `kind`, read now unless it was read ahead. Throws what the provider
+  /// The answer to a question of kind `entries` or `kind`, read now unless it was read ahead; at most
+  /// `mostAhead` others are then read ahead. Throws what the provider
   /// and the cache throw. A lack of descriptors or memory is thrown only where it is met without other threads.
-  Answer request(Question question, std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
+  Answer request(Question question, std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
+                 std::size_t mostAhead = SIZE_MAX);
 
  private:
   struct Read {
@@ -92,13 +95,13 @@ class ReadAhead {
   bool hasRoom(std::size_t reads) const KORVAN_REQUIRES(mutex_);
   Read* takeNext() noexcept KORVAN_REQUIRES(mutex_);
   void finish(Read& read) noexcept KORVAN_REQUIRES(mutex_);
-  void predictBelow(FolderSnapshot const& folder) KORVAN_REQUIRES(mutex_);
+  void predictBelow(FolderSnapshot const& folder, bool lookupsOnly) KORVAN_REQUIRES(mutex_);
   Answer takeAnswer(Read& read) KORVAN_REQUIRES(mutex_);
   std::vector<Answer> takeUnrequested() KORVAN_REQUIRES(mutex_);
   void await(Read const& read, core::threads::MutexLock& lock) KORVAN_REQUIRES(mutex_);
   void wakeWorkers() noexcept KORVAN_REQUIRES(mutex_);
 
-  std::optional<Answer> awaitPrefetched(Question question, AbsoluteIRI const& location);
+  std::optional<Answer> awaitPrefetched(Question question, AbsoluteIRI const& location, std::size_t mostAhead);
   Answer readRequested(Question question, std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
   void awaitWorkers();
   void startWorkers();
@@ -123,7 +126,8 @@ class ReadAhead {
   PendingReads pending_ KORVAN_GUARDED_BY(mutex_);
   ReadWindow window_ KORVAN_GUARDED_BY(mutex_);
   std::array<Reads, 2> reads_ KORVAN_GUARDED_BY(mutex_);  // by question: those in flight, or not yet requested
-  std::size_t memory_ KORVAN_GUARDED_BY(mutex_) = 0;      // of answers not yet requested
+  std::size_t mostAhead_ KORVAN_GUARDED_BY(mutex_) = SIZE_MAX;
+  std::size_t memory_ KORVAN_GUARDED_BY(mutex_) = 0;  // of answers not yet requested
   std::size_t inFlight_ KORVAN_GUARDED_BY(mutex_) = 0;
   std::size_t idleWorkers_ KORVAN_GUARDED_BY(mutex_) = 0;
   std::size_t misses_ KORVAN_GUARDED_BY(mutex_) = 0;         // requests in a row that weren't predicted

@@ -81,7 +81,6 @@ SessionCache::CachedFolder* SessionCache::findPredicted(std::u16string_view key,
 std::shared_ptr<FolderSnapshot> const& SessionCache::noteRequested(CachedFolder& folder) {
   if (lastRequested_ != nullptr) lastRequested_->next = &folder;
   lastRequested_ = &folder;
-  folder.search = search_;
   return folder.snapshot;
 }
 
@@ -91,11 +90,17 @@ std::shared_ptr<FolderSnapshot> SessionCache::snapshot(std::shared_ptr<Provider>
   if (visibility_.awaitsStart()) noteStart(*provider, location);
   if (!provider->servesSubtrees()) prefix = {};  // the provider reads whole folders anyway: cache them as such
   if (CachedFolder* const cached = findPredicted(key, prefix)) {
-    if (cached->search != search_ && !provider->servesSubtrees()) readAhead_.enter(*cached->snapshot);
+    enter(*cached, *provider);
     return noteRequested(*cached);
   }
   return failures_.attempt(FailureLog::Question::entries, location, FailureLog::Report::yes,
                            [&] { return read(provider, location, prefix); });
+}
+
+// Predicts what the search in progress reads below the folder, once for each search.
+void SessionCache::enter(CachedFolder& folder, Provider const& provider) {
+  if (std::exchange(folder.search, search_) == search_) return;
+  readAhead_.enter(*folder.snapshot, provider.servesSubtrees());
 }
 
 std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> const& provider,
@@ -105,13 +110,20 @@ std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> con
     ReadAhead::Answer answer = readAhead_.request(FailureLog::Question::entries, provider, location);
     if (answer.failure) std::rethrow_exception(answer.failure);
     if (isOutdated(*answer.snapshot)) answer.snapshot = readFolder(*provider, location, {}, &visibility_);
-    return noteRequested(add(std::move(answer.snapshot)));
+    CachedFolder& added = add(std::move(answer.snapshot));
+    added.search = search_;
+    return noteRequested(added);
   }
   if (visibility_.descendsFrom(location)) {
     scan(*provider, location, prefix);
-    if (CachedFolder* const cached = find(keyOf(location), prefix)) return noteRequested(*cached);
+    if (CachedFolder* const cached = find(keyOf(location), prefix)) {
+      enter(*cached, *provider);
+      return noteRequested(*cached);
+    }
   }
-  return noteRequested(add(readFolder(*provider, location, prefix, &visibility_)));
+  CachedFolder& added = add(readFolder(*provider, location, prefix, &visibility_));
+  enter(added, *provider);
+  return noteRequested(added);
 }
 
 // What was read ahead, and may be requested later or never.
@@ -182,16 +194,15 @@ PathKind SessionCache::askKind(StorageSystem& system, AbsoluteIRI const& locatio
   if (entry.snapshot != nullptr) {
     return entry.index == EntryTable::npos ? PathKind::notFound : kindOfEntry(*entry.snapshot, entry.index, *provider);
   }
-  PathKind kind = PathKind::notFound;
+  // Of a store, only so many are looked up ahead as will be looked up individually anyway.
+  std::size_t mostAhead = SIZE_MAX;
   if (provider->servesSubtrees()) {
-    kind = provider->kind(location);
-  } else {
-    ReadAhead::Answer const answer = readAhead_.request(FailureLog::Question::kind, provider, location);
-    if (answer.failure) std::rethrow_exception(answer.failure);
-    kind = answer.kind;
+    mostAhead = tryAPage ? std::min(scan_->lookupsToSkip(), 2 * provider->readsInFlight()) : 0;
   }
-  addKind(location, kind);
-  return kind;
+  ReadAhead::Answer const answer = readAhead_.request(FailureLog::Question::kind, provider, location, mostAhead);
+  if (answer.failure) std::rethrow_exception(answer.failure);
+  addKind(location, answer.kind);
+  return answer.kind;
 }
 
 PathKind SessionCache::kind(FolderSnapshot& snapshot, std::size_t index, Provider& provider) {
@@ -279,13 +290,28 @@ SessionCache::CachedFolder& SessionCache::add(std::shared_ptr<FolderSnapshot> sn
   return folders_.emplace(key, CachedFolder{std::move(snapshot)})->second;
 }
 
-// Evicts everything at once: searches rarely come near the bound, and keeping an order of eviction would cost time on every hit.
 void SessionCache::makeRoom(std::size_t bytes) {
-  if (memory_ + bytes > memoryBound_) {
-    forget();
-    hasEvicted_ = true;
-  }
+  if (memory_ + bytes > memoryBound_) evict();
   memory_ += bytes;
+}
+
+// Evicts all folders but the one requested last and those above it, of which a descent goes on asking. A search seldom
+// comes back to the others soon, and an order of eviction would cost time on every hit.
+void SessionCache::evict() {
+  std::u16string_view const last =
+      lastRequested_ == nullptr ? std::u16string_view() : keyOf(lastRequested_->snapshot->location);
+  memory_ = 0;
+  for (auto folder = folders_.begin(); folder != folders_.end();) {
+    std::u16string_view const key = folder->first;
+    bool const isOnTheWay = last.starts_with(key) && (last.size() == key.size() || last[key.size()] == u'/');
+    folder->second.next = nullptr;
+    memory_ += isOnTheWay ? memoryOf(*folder->second.snapshot) : 0;
+    folder = isOnTheWay ? std::next(folder) : folders_.erase(folder);
+  }
+  kinds_.clear();
+  identities_.clear();
+  lastLookedIn_ = nullptr;
+  hasEvicted_ = true;
 }
 
 void SessionCache::forget() noexcept {

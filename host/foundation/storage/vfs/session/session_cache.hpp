@@ -101,7 +101,9 @@ class SessionCache final : private ReadAhead::Cache {
   PathKind passOver(Entry entry, AbsoluteIRI const& location, Exception const& failure);
   bool isOutdated(FolderSnapshot const& snapshot) const noexcept;
   CachedFolder& add(std::shared_ptr<FolderSnapshot> snapshot);
+  void enter(CachedFolder& folder, Provider const& provider);
   void makeRoom(std::size_t bytes);
+  void evict();
   void forget() noexcept;
 
   Visibility visibility_;

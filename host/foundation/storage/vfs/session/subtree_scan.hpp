@@ -36,6 +36,9 @@ class SubtreeScan {
   /// one.
   bool isWorthAPage();
 
+  /// How many more lookups aren't worth a page.
+  std::size_t lookupsToSkip() const noexcept { return lookupsToSkip_; }
+
  private:
   struct OpenFolder {
     std::string path;                          // below the root, ending in "/"; empty for the root
