@@ -1,29 +1,35 @@
 // The functions of kglob.h, which let no exception out.
 #include "kglob.h"
 
-#include <algorithm>
-#include <cstring>
+#include <new>
+#include <string>
 
 #include "capi/match_facts.hpp"
 #include "capi/running_search.hpp"
+#include "capi/sized_struct.hpp"
+#include "foundation/storage/vfs/object_store_settings.hpp"
 
 struct kglob_search : kglob::RunningSearch {
   using RunningSearch::RunningSearch;
 };
 
-namespace {
-
-/// Fills a structure of the caller's, whose first member says how large it is there.
-template <class Structure>
-void fill(Structure* wanted, Structure known) {
-  std::size_t const size = wanted->size;
-  if (size < sizeof size) return;
-  known.size = size;
-  std::memset(wanted, 0, size);
-  std::memcpy(wanted, &known, std::min(size, sizeof known));
+kglob_status kglob_configure_object_store(kglob_object_store const* settings) {
+  auto const text = [](char const* member) { return std::string(member == nullptr ? "" : member); };
+  try {
+    kglob_object_store known = KGLOB_OBJECT_STORE_INIT;
+    if (settings != nullptr) kglob::copyKnown(known, settings);
+    foundation::storage::vfs::setObjectStoreSettings({.endpointUrl = text(known.endpoint_url),
+                                                      .region = text(known.region),
+                                                      .profile = text(known.profile),
+                                                      .noSignRequest = known.no_sign_request != 0,
+                                                      .requesterPays = known.requester_pays != 0});
+    return KGLOB_OK;
+  } catch (std::bad_alloc const&) {
+    return KGLOB_OUT_OF_MEMORY;
+  } catch (...) {
+    return KGLOB_INVALID_ARGUMENT;
+  }
 }
-
-}  // namespace
 
 kglob_search* kglob_open(char const* pattern, kglob_options const* options) {
   return kglob_open_patterns(&pattern, 1, options);
@@ -53,7 +59,7 @@ kglob_status kglob_next_block(kglob_search* search, int timeout_ms, char const**
 int kglob_get_facts(kglob_search const* search, std::size_t index, kglob_facts* facts) {
   kglob_facts known = kglob::noFacts;
   bool const areFound = search != nullptr && search->readFacts(index, known);
-  fill(facts, known);
+  kglob::fill(facts, known);
   return areFound ? 1 : 0;
 }
 
@@ -76,7 +82,7 @@ void kglob_cancel(kglob_search* search) {
 void kglob_get_progress(kglob_search const* search, kglob_progress* progress) {
   kglob_progress known{};
   if (search != nullptr) search->readProgress(known);
-  fill(progress, known);
+  kglob::fill(progress, known);
 }
 
 void kglob_close(kglob_search* search) {

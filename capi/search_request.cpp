@@ -1,10 +1,10 @@
 #include "capi/search_request.hpp"
 
 #include <algorithm>
-#include <cstring>
 #include <stdexcept>
 #include <utility>
 
+#include "capi/sized_struct.hpp"
 #include "foundation/core/text/bytes.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
 #include "foundation/storage/vfs/conversion.hpp"
@@ -22,15 +22,8 @@ using korvan::io::internal::Path;
 
 kglob_options knownOptions(kglob_options const* options) {
   kglob_options known = KGLOB_OPTIONS_INIT;
-  if (options == nullptr) return known;
-  std::size_t const size = options->size;
-  if (size < sizeof size) throw std::invalid_argument("the options' size is not set");
-  char const* const bytes = reinterpret_cast<char const*>(options);
-  std::memcpy(&known, bytes, std::min(size, sizeof known));
-  bool const asksForMore =
-      size > sizeof known && std::any_of(bytes + sizeof known, bytes + size, [](char byte) { return byte != 0; });
-  if (asksForMore || known.facts > KGLOB_ALL_FACTS)
-    throw std::invalid_argument("the options hold some that this library lacks");
+  if (options != nullptr) copyKnown(known, options);
+  if (known.facts > KGLOB_ALL_FACTS) throw std::invalid_argument("the options ask for unknown facts");
   return known;
 }
 

@@ -1,77 +1,115 @@
 #include "cli/options.hpp"
 
-#include <algorithm>
+#include <array>
+#include <charconv>
 #include <string_view>
 #include <type_traits>
 
-#include <CLI/App.hpp>
-#include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
-#include <CLI/Validators.hpp>
+#include <getopt.h>
 
 #include "cli/option_table.hpp"
 
 namespace kglob {
 namespace {
 
-/// The parser would take the argument after "--name=" for the value: `--root-folder= '*'` would search below "*".
-void refuseEmptyValues(int argc, char const* const* argv) {
-  for (std::string_view const argument : std::vector<std::string_view>(argv + 1, argv + argc)) {
-    if (argument == "--") return;
-    if (argument.starts_with("--") && argument.find('=') == argument.size() - 1)
-      throw UsageError(std::string(argument) + " needs a value");
+/// What getopt_long returns: an operand, an option's letter, or this plus the option's index in the table.
+constexpr int operand = 1;
+constexpr int firstLongOption = 256;
+
+std::array<option, optionTable.size() + 1> longOptions() {
+  std::array<option, optionTable.size() + 1> options{};
+  for (std::size_t i = 0; i < optionTable.size(); ++i) {
+    OptionRow const& row = optionTable[i];
+    int const hasValue = row.takesValue() ? required_argument : no_argument;
+    options[i] = {row.name.data(), hasValue, nullptr, firstLongOption + static_cast<int>(i)};
   }
+  return options;
 }
 
-void addOption(CLI::App& app, OptionRow const& row, Options& options) {
-  std::string names = "--" + std::string(row.name);
-  if (row.letter) ((names += ",-") += row.letter);
-  auto const add = [&](auto target) {
-    if constexpr (std::is_same_v<decltype(target), bool Options::*>) {
-      app.add_flag(names, options.*target)->disable_flag_override();
-    } else {
-      CLI::Option* const option = app.add_option(names, options.*target);
-      if constexpr (std::is_same_v<decltype(target), std::optional<std::uint64_t> Options::*>)
-        option->check(CLI::PositiveNumber);
-      option->type_name(std::string(row.placeholder))
-          ->type_size(1)
-          ->expected(1)
-          ->allow_extra_args(false)  // or a value like "[a,b]" would be split at the commas
-          ->multi_option_policy(row.isRepeatable() ? CLI::MultiOptionPolicy::TakeAll
-                                                   : CLI::MultiOptionPolicy::TakeLast);
-    }
+std::string letters() {
+  std::string letters = "-:";  // operands are returned in order; a missing value is told from an unknown option
+  for (OptionRow const& row : optionTable) {
+    if (!row.letter) continue;
+    letters += row.letter;
+    if (row.takesValue()) letters += ':';
+  }
+  return letters;
+}
+
+/// Null for an unknown option.
+OptionRow const* findRow(int code) {
+  if (code >= firstLongOption) return &optionTable[static_cast<std::size_t>(code - firstLongOption)];
+  auto const* const row =
+      std::ranges::find_if(optionTable, [code](OptionRow const& each) { return each.letter && each.letter == code; });
+  return row == optionTable.end() ? nullptr : row;
+}
+
+std::uint64_t parseNumber(std::string const& option, std::string_view text) {
+  std::uint64_t number = 0;
+  auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size() || number == 0)
+    throw UsageError(option + ": \"" + std::string(text) + "\" is not a number greater than 0");
+  return number;
+}
+
+void store(OptionRow const& row, char const* value, Options& options) {
+  auto const put = [&](auto target) {
+    using Value = std::remove_reference_t<decltype(options.*target)>;
+    if constexpr (std::is_same_v<Value, bool>)
+      options.*target = true;
+    else if constexpr (std::is_same_v<Value, std::string>)
+      options.*target = value;
+    else if constexpr (std::is_same_v<Value, std::vector<std::string>>)
+      (options.*target).emplace_back(value);
+    else
+      options.*target = parseNumber("--" + std::string(row.name), value);
   };
-  std::visit(add, row.target);
+  std::visit(put, row.target);
 }
 
-/// The patterns among the arguments that aren't known options.
-std::vector<std::string> patternsOf(std::vector<std::string> arguments) {
-  auto const mark = std::ranges::find(arguments, "--");
-  auto const unknown = std::find_if(arguments.begin(), mark, [](std::string const& argument) {
-    return argument.size() > 1 && argument.front() == '-';
-  });
-  if (unknown != mark) throw UsageError("unknown option " + *unknown + "; put -- before a pattern that begins with -");
-  if (mark != arguments.end()) arguments.erase(mark);
-  return arguments;
+[[noreturn]] void failUnknown(std::string const& option) {
+  throw UsageError("unknown option " + option + "; put -- before a pattern that begins with -");
+}
+
+/// The name of a long option as it was typed, with the dashes; empty for another argument.
+std::string_view typedName(std::string_view argument) {
+  return argument.starts_with("--") ? argument.substr(0, argument.find('=')) : std::string_view();
+}
+
+/// Handles a code that getopt_long returned for `argument`.
+void handle(int code, std::string const& argument, Options& options) {
+  if (code == operand) {
+    options.patterns.emplace_back(optarg);
+    return;
+  }
+  std::string const typed(typedName(argument));
+  bool const isLong = !typed.empty() && (code >= firstLongOption || optopt == 0 || optopt >= firstLongOption);
+  std::string const option =
+      isLong ? typed : std::string{'-', static_cast<char>(code == '?' || code == ':' ? optopt : code)};
+  OptionRow const* const row = findRow(code == '?' || code == ':' ? optopt : code);
+  // Abbreviated names would stop working with the next option that begins alike.
+  if (row == nullptr || (isLong && typed.substr(2) != row->name)) failUnknown(option);
+  if (code == ':' || (row->takesValue() && *optarg == '\0' && isLong && argument.ends_with('=')))
+    throw UsageError((code == ':' ? option : argument) + " needs a value: " + std::string(row->placeholder));
+  if (code == '?') throw UsageError(option + " takes no value");
+  store(*row, optarg, options);
 }
 
 }  // namespace
 
-Options parseOptions(int argc, char const* const* argv) {
+Options parseOptions(int argc, char* const* argv) {
   Options options;
-  CLI::App app;
-  app.set_help_flag();  // the text is our own, see help_text.hpp
-  app.allow_extras();   // patterns aren't CLI11 positionals: it would split one like "[a,b]" at the commas
-  for (OptionRow const& row : optionTable) addOption(app, row, options);
-
   if (argc < 1) throw UsageError("no PATTERN given");
-  refuseEmptyValues(argc, argv);
-  try {
-    app.parse(argc, argv);
-  } catch (CLI::ParseError const& error) {
-    throw UsageError(error.what());
+  auto const names = longOptions();
+  std::string const shortForms = letters();
+  opterr = 0;
+  for (;;) {
+    int const index = optind;
+    int const code = getopt_long(argc, argv, shortForms.c_str(), names.data(), nullptr);
+    if (code < 0) break;
+    handle(code, argv[index], options);
   }
-  options.patterns = patternsOf(app.remaining());
+  options.patterns.insert(options.patterns.end(), argv + optind, argv + argc);  // those after "--"
   if (options.humanSizes && !options.longFormat) options.help = true;
   bool const searches = !options.help && !options.version;
   if (searches && options.patterns.empty() && options.patternsFrom.empty()) throw UsageError("no PATTERN given");

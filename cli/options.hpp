@@ -25,6 +25,13 @@ struct Options {
   std::vector<std::string> excluded;
   std::optional<std::uint64_t> maxDepth;
 
+  // How object stores are used; empty or false: as the environment says.
+  std::string endpointUrl;
+  std::string region;
+  std::string profile;
+  bool noSignRequest = false;
+  std::string requestPayer;
+
   // Which matches are shown.
   std::vector<std::string> types;
   std::vector<std::string> sizes;
@@ -57,6 +64,6 @@ class UsageError : public std::runtime_error {
 
 /// Reads the command line: options and patterns in any order (POSIX 12.2, guideline 9 excepted), after "--" patterns
 /// only. The last value of an option that can't be repeated counts. Throws `UsageError`.
-Options parseOptions(int argc, char const* const* argv);
+Options parseOptions(int argc, char* const* argv);
 
 }  // namespace kglob

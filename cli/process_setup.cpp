@@ -42,7 +42,7 @@ bool isOutOfMemory() {
   std::abort();
 }
 
-/// Runs before the initialization of the program's global objects, some of which (CLI11's) allocate.
+/// Runs before the initialization of the program's global objects, which may allocate.
 [[gnu::constructor(101)]] void handleTerminate() {
   inherited = std::set_terminate(onTerminate);
 }

@@ -13,6 +13,7 @@
 #include "cli/hints.hpp"
 #include "cli/match_writer.hpp"
 #include "cli/messages.hpp"
+#include "cli/object_store.hpp"
 #include "cli/pattern_list.hpp"
 #include "cli/progress.hpp"
 #include "cli/root_folder.hpp"
@@ -87,6 +88,7 @@ bool explainNoMatch(Options const& options, std::vector<std::string> const& patt
 
 ExitStatus searchAll(Options const& options, Output& output) {
   deferInterrupts();
+  configureObjectStore(options);
   auto const start = std::chrono::steady_clock::now();
   MatchWriter writer(options, output);
   std::vector<std::string> const patterns = allPatterns(options);

@@ -2,8 +2,8 @@
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-build_packages=(cmake ninja-build g++ pkg-config libpcre2-dev libboost-dev libcli11-dev nlohmann-json3-dev libcurl4-openssl-dev libpugixml-dev
-  libgtest-dev libgmock-dev libbenchmark-dev python3)
+build_packages=(cmake ninja-build g++ pkg-config libpcre2-dev libboost-dev nlohmann-json3-dev libcurl4-openssl-dev
+  libpugixml-dev libssl-dev libgtest-dev libgmock-dev libbenchmark-dev python3)
 
 test_packages=(python3-swift openssl zsh fish)
 

@@ -150,6 +150,27 @@ typedef struct kglob_progress {
   uint64_t bytes;     ///< bytes that object stores answered
 } kglob_progress;
 
+/// How this process uses object stores, beyond what environment variables and profiles say. Initialised with
+/// `KGLOB_OBJECT_STORE_INIT`; a member that is null, empty or zero leaves the decision to those.
+typedef struct kglob_object_store {
+  size_t size;               ///< sizeof(kglob_object_store)
+  const char* endpoint_url;  ///< the server, such as "https://store.example:9000"
+  const char* region;
+  const char* profile;       ///< a section of the profile files; the environment's access keys are then ignored
+  uint32_t no_sign_request;  ///< nonzero: requests are not signed, as for public buckets; no credentials are looked for
+  uint32_t requester_pays;   ///< nonzero: requests say that the requester pays for them
+} kglob_object_store;
+
+/// Nothing set, to initialise `kglob_object_store` with.
+#define KGLOB_OBJECT_STORE_INIT \
+  { sizeof(kglob_object_store), NULL, NULL, NULL, 0, 0 }
+
+/// Replaces the process's settings. To be called before the first search of a store, since later calls may have no
+/// effect. The texts are copied; what is wrong with them is an error of the searches. Returns `KGLOB_OK`,
+/// `KGLOB_INVALID_ARGUMENT` for a size that this library doesn't know, as for `kglob_options`, or `KGLOB_OUT_OF_MEMORY`.
+/// For any thread.
+KGLOB_API kglob_status kglob_configure_object_store(const kglob_object_store* settings);
+
 /// Starts a search and returns it. `options` may be null for the defaults; the texts are copied. An empty pattern
 /// matches nothing.
 ///

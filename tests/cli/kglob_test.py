@@ -138,6 +138,7 @@ class UnreadableFolders(KglobTest):
             ([here + b"/open/*/*"], b"", here + b"/open/shut"),
             ([iri + b"/open/*/*"], b"", iri + b"/open/shut"),
             (["open/*/*", "z", "**/no*thing"], b"z\n", b"open/shut"),
+            (["**/inside", "*/a", "*/*/inside"], b"open/a\n", b"open/shut"),
         ]:
             self.expect(arguments, 2, output, b"kglob: cannot read " + unreadable + b": Permission denied\n", **self.user)
         for target in (b"open/shut/inside", iri + b"/open/shut/inside"):

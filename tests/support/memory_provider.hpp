@@ -40,7 +40,7 @@ class MemoryProvider final : public vfs::Provider {
   };
 
   explicit MemoryProvider(Tree served) : MemoryProvider(std::move(served), Options()) {}
-  MemoryProvider(Tree served, Options options) : tree(std::move(served)), options_(options) {}
+  MemoryProvider(Tree served, Options options) : tree(std::move(served)), options_(std::move(options)) {}
 
   Tree tree;
   /// What fails from now on.

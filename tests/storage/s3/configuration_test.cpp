@@ -10,8 +10,8 @@ namespace {
 
 using Texts = std::map<std::string, std::string>;
 
-Configuration configurationOf(Texts const& variables, Texts const& files,
-                              vfs::ObjectStoreSettings const& settings = {}) {
+Configuration configurationOf(Texts variables, Texts const& files, vfs::ObjectStoreSettings const& settings = {}) {
+  variables.emplace("AWS_EC2_METADATA_DISABLED", "true");
   auto const in = [](Texts const& texts) {
     return [&](std::string const& name) { return texts.contains(name) ? std::optional(texts.at(name)) : std::nullopt; };
   };
@@ -21,7 +21,8 @@ Configuration configurationOf(Texts const& variables, Texts const& files,
 // "key|secret|token @region endpoint ca attempts", or "unsigned" for no credentials, so that a case fits on one line.
 std::string summary(Configuration const& c) {
   std::string text = "unsigned";
-  if (c.credentials) text = c.credentials->accessKey + '|' + c.credentials->secret + '|' + c.credentials->sessionToken;
+  if (auto const keys = c.credentials ? c.credentials->current() : nullptr)
+    text = keys->accessKey + '|' + keys->secret + '|' + keys->sessionToken;
   return text + " @" + c.region + ' ' + c.endpoint + ' ' + c.connection.caBundle + ' ' +
          std::to_string(c.maximumAttempts);
 }

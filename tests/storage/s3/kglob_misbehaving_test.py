@@ -12,7 +12,9 @@ import unittest
 
 from misbehaving_store import BEHAVIOURS, NAMES, SECRET, MisbehavingStore
 
-KGLOB = SILENT_NAME_SERVERS = ""
+KGLOB = ""
+# The address sanitizer objects to a library that is loaded before its own.
+NO_NAME_SERVERS = {"AWS_ENDPOINT_URL": "http://store.example", "ASAN_OPTIONS": "verify_asan_link_order=0"}
 # bucket: (exit status, text on standard error, fewest and most requests, fewest and most seconds). A listing that fails
 # is reported, and the search goes on without it: status 2. A folder of many pages may be tried as a flat listing first,
 # at the cost of one request.
@@ -30,7 +32,7 @@ OUTCOMES = {
     "same-token": (2, "token repeats", 2, 3, 0, 8),
     "empty-forever": (2, "too many empty pages", 10, 200, 0, 10),
     "flood": (2, "larger than 32 MiB", 1, 1, 0, 20),
-    "moved": (0, "", 2, 2, 0, 8),
+    "moved": (0, "", 3, 4, 0, 8),
     "moving": (2, 'in region "eu-2", not "eu-1"', 2, 2, 0, 8),
     "moved-away": (2, 'in region "elsewhere.example/"', 1, 1, 0, 8),
     "password": (2, "HTTP 403: ***== *** *** ***\n", 1, 1, 0, 8),
@@ -95,7 +97,7 @@ class Misbehaving(unittest.TestCase):
     def test_an_interrupt_ends_every_phase(self):
         full = self.enterContext(socket.create_server(("127.0.0.1", 0), backlog=0))
         self.enterContext(socket.create_connection(full.getsockname()))  # takes the only place: others get no response
-        phases = {"look-up": {"AWS_ENDPOINT_URL": "http://store.example", "LD_PRELOAD": SILENT_NAME_SERVERS},
+        phases = {"look-up": NO_NAME_SERVERS,
                   "connect": {"AWS_ENDPOINT_URL": "http://127.0.0.1:%d" % full.getsockname()[1]},
                   "silent": {"AWS_CLI_READ_TIMEOUT": "0"}, "silent-body": {}, "retry-after": {}, "trickle": {}}
         for bucket, changes in phases.items():
@@ -111,8 +113,8 @@ class Misbehaving(unittest.TestCase):
 
     def test_silent_name_servers(self):
         begin = time.monotonic()
-        changes = {"AWS_ENDPOINT_URL": "http://store.example", "AWS_CLI_CONNECT_TIMEOUT": "1", "AWS_MAX_ATTEMPTS": "2"}
-        self.assertRegex(self.run_one("look-up", **changes, LD_PRELOAD=SILENT_NAME_SERVERS)[1], "tried 2 times")
+        changes = {**NO_NAME_SERVERS, "AWS_CLI_CONNECT_TIMEOUT": "1", "AWS_MAX_ATTEMPTS": "2"}
+        self.assertRegex(self.run_one("look-up", **changes)[1], "tried 2 times")
         self.assertLess(time.monotonic() - begin, 10)
 
     def test_certificates_are_verified(self):
@@ -127,5 +129,5 @@ class Misbehaving(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    KGLOB, SILENT_NAME_SERVERS = sys.argv.pop(1), sys.argv.pop(1)
+    KGLOB, NO_NAME_SERVERS["LD_PRELOAD"] = sys.argv.pop(1), sys.argv.pop(1)
     unittest.main()

@@ -1,5 +1,6 @@
 """Searches of a real store: outcomes and numbers of requests. Local searches must not load remote access."""
 
+import json
 import os
 import re
 import subprocess
@@ -36,7 +37,7 @@ class KglobStore(unittest.TestCase):
                 ("mirror", 2, "kglob: ", none),
                 ("mirror", 2, "kglob: ", {"AWS_ACCESS_KEY_ID": None}),
                 ("mirror", 2, "127.0.0.1", {"AWS_ENDPOINT_URL_S3": "http://127.0.0.1:1"}),
-                ("no-such-bucket", 1, "^$", {})):
+                ("no-such-bucket", 2, '^kglob: "s3://no-such-bucket/" does not exist\n$', {})):
             for pattern in ("*", "top.csv"):  # a listing, and a look-up
                 with self.subTest(bucket=bucket, pattern=pattern, **changes):
                     begin = time.monotonic()
@@ -81,6 +82,33 @@ class KglobStore(unittest.TestCase):
                 _, output, errors = self.run_kglob("--stats", f"s3://mirror/{pattern}")
                 self.assertEqual(len(output.splitlines()), matches, errors)
                 self.assertTrue(least <= int(STATS.search(errors).group(3)) <= most, errors)
+
+    def test_options(self):
+        bucket, wide = "s3://mirror/", [f"{number:04}.csv" for number in range(2500)]
+        for arguments, expected in (
+                (["-c", "-E", "1*", "-E", "2*", "-E", "00*.csv", bucket + "wide/**"], ["901"]), (["-E", "w*", bucket + "w*/"], []),
+                (["-t", "d", "-n2", bucket + "**"], [bucket, bucket + "%231"]), (["-tf", "--max-depth=1", "-r", bucket, "**/top*"], ["top.csv", "top.txt"]),
+                (["-a", "-r", bucket, "top.c*", "/mirror/top.t*"], [bucket + "top.csv", bucket + "top.txt"]),
+                (["--decode", bucket + "docs/*", bucket + "100%25.f*"], [bucket + "100%.file"]), (["-c", bucket + "wide/*"], ["2500"]),
+                (["-u", "-r", bucket + "wide", "000*", "0009*"], wide[:10]), (["--size", "+1", bucket + "wide/*"], []),
+                (["--no-sign-request", bucket + "top.csv"], None), (["--endpoint-url=http://127.0.0.1:1", bucket + "*"], None),
+                (["--profile", "none", bucket + "*"], None), (["--region", "!", bucket + "*"], None)):
+            status, output, errors = self.run_kglob(*arguments)
+            self.assertEqual((status, output), (2, "") if expected is None else (0 if expected else 1, "".join(line + "\n" for line in expected)),
+                             (arguments, errors))
+
+    def test_facts_cost_no_requests(self):
+        plain = self.run_kglob("--stats", "s3://mirror/wide/*")
+        for option in ("--json", "-l"):
+            status, output, errors = self.run_kglob("--stats", option, "s3://mirror/wide/*")
+            self.assertEqual((status, len(output.splitlines())), (0, 2500))
+            self.assertEqual(STATS.search(errors).group(3), STATS.search(plain[2]).group(3))
+        line = json.loads(self.run_kglob("--json", "s3://mirror/wide/0001.csv")[1])
+        self.assertRegex(line.pop("mtime"), r"^20\d\d-\d\d-\d\dT\d\d:\d\d:\d\d(\.\d+)?Z$")
+        self.assertRegex(line.pop("etag"), "^[0-9a-f]{32}$")
+        line.pop("storage_class", None)
+        self.assertEqual(line, {"path": "s3://mirror/wide/0001.csv", "kind": "file", "size": 0})
+        self.assertEqual(json.loads(self.run_kglob("--json", "s3://mirror/wid*")[1]), {"path": "s3://mirror/wide", "kind": "folder"})
 
     def test_a_local_search_loads_nothing_of_remote_access(self):
         for pattern, expected in (("*", False), ("**/*.csv", False), ("s3://mirror/wide/0001.csv", True)):

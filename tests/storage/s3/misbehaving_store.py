@@ -40,8 +40,10 @@ def slowly(body):
 
 
 def in_region(request):
-    """A bucket in the region "eu-far-1"."""
-    return WELL if request.region == "eu-far-1" else (301, error("PermanentRedirect"), {"x-amz-bucket-region": "eu-far-1", "Location": "/well"})
+    """A bucket in the region "eu-far-1", whose listing takes two pages."""
+    if request.region == "eu-far-1":
+        return 200, page(NAMES[:1], "1") if request.token == "0" else page(NAMES[1:]), {}
+    return 301, error("PermanentRedirect"), {"x-amz-bucket-region": "eu-far-1", "Location": "/well"}
 
 
 def with_the_password(request):

@@ -174,7 +174,8 @@ TEST(S3Redaction, SecretsAreRecognisedHoweverTheyAreWritten) {
 vfs::Exception errorOf(long status, std::string body) {
   Configuration configuration;
   configuration.region = "eu-1";
-  configuration.credentials = Credentials{"key", "s3cret", "t0ken"};
+  configuration.credentials = fixedCredentials("a test", {"key", "s3cret", "t0ken"});
+  configuration.credentials->current();
   Response response;
   response.status = status;
   response.body = std::move(body);

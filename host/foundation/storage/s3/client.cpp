@@ -46,15 +46,20 @@ ListPage Client::list(ListRequest const& request, PageCheck& check, vfs::Absolut
                });
   };
   std::string region = regionOf(request.bucket);
-  RequestOutcome outcome = getFrom(region);
-  if (auto named = regionNamedBy(outcome); named && *named != region) {
-    region = *std::move(named);
-    rememberRegion(request.bucket, region);
+  RequestOutcome outcome;
+  try {
     outcome = getFrom(region);
+    if (auto named = regionNamedBy(outcome); named && *named != region) {
+      region = *std::move(named);
+      outcome = getFrom(region);
+    }
+  } catch (CredentialsError const& error) {
+    throw vfs::Exception(vfs::ErrorCode::other, location, error.what());
   }
   auto const* const response = std::get_if<Response>(&outcome.last);
   try {
     if (response != nullptr && response->status == ok) {
+      if (region != configuration_.region) rememberRegion(request.bucket, region);
       check.accept(page);
       return page;
     }

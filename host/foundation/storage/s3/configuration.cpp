@@ -11,85 +11,11 @@
 #include <utility>
 
 #include "foundation/core/text/ascii.hpp"
-#include "foundation/storage/s3/profile_file.hpp"
-#include "foundation/storage/s3/url.hpp"
+#include "foundation/storage/s3/credentials/source_choice.hpp"
+#include "foundation/storage/s3/service_endpoint.hpp"
 
 namespace foundation::storage::s3 {
 namespace {
-
-/// The sections of one profile in both files.
-class Profile {
- public:
-  Profile(std::string name, Environment const& environment, FileReader const& files)
-      : name_(std::move(name)),
-        credentialsFile_(read(environment, files, "AWS_SHARED_CREDENTIALS_FILE", "credentials")),
-        configurationFile_(read(environment, files, "AWS_CONFIG_FILE", "config")) {
-    bool const isExplicit = !name_.empty();
-    if (!isExplicit) name_ = "default";
-    credentials_ = section(credentialsFile_, name_);
-    configuration_ = section(configurationFile_, "profile " + name_);
-    if (configuration_ == nullptr && name_ == "default") configuration_ = section(configurationFile_, name_);
-    if (isExplicit && credentials_ == nullptr && configuration_ == nullptr)
-      throw ConfigurationError("the profile \"" + name_ +
-                               "\" (see AWS_PROFILE) is in neither the credentials file nor the config file");
-  }
-
-  /// A setting of the profile, from the credentials file or else the config file; empty if neither has it.
-  std::string setting(char const* name) const {
-    std::string value = find(credentials_, name);
-    return value.empty() ? find(configuration_, name) : value;
-  }
-
-  /// A setting for S3 in the services section that the profile names; empty if there is none.
-  std::string serviceSetting(std::string const& name) const {
-    std::string const services = setting("services");
-    return services.empty() ? std::string() : find(section(configurationFile_, "services " + services), "s3." + name);
-  }
-
-  std::optional<Credentials> credentials() const {
-    for (ProfileSection const* each : {credentials_, configuration_}) {
-      Credentials found{find(each, "aws_access_key_id"), find(each, "aws_secret_access_key"),
-                        find(each, "aws_session_token")};
-      if (found.accessKey.empty() && found.secret.empty()) continue;
-      if (found.accessKey.empty() || found.secret.empty())
-        throw ConfigurationError("the profile \"" + name_ +
-                                 "\" sets only one of aws_access_key_id and aws_secret_access_key: set both");
-      return found;
-    }
-    return std::nullopt;
-  }
-
- private:
-  static ProfileFile read(Environment const& environment, FileReader const& files, char const* variable,
-                          char const* name) {
-    std::string path = environment(variable);
-    std::string const home = environment("HOME");
-    if (path.empty()) {
-      if (home.empty()) return {};
-      path = home + "/.aws/" + name;
-    } else if (path.starts_with("~/")) {
-      path.replace(0, 1, home);
-    }
-    return parseProfileFile(files(path).value_or(std::string()));
-  }
-
-  static ProfileSection const* section(ProfileFile const& file, std::string const& name) {
-    auto const found = file.find(name);
-    return found == file.end() ? nullptr : &found->second;
-  }
-
-  static std::string find(ProfileSection const* section, std::string const& name) {
-    if (section == nullptr) return {};
-    auto const found = section->find(name);
-    return found == section->end() ? std::string() : found->second;
-  }
-
-  std::string name_;
-  ProfileFile credentialsFile_;
-  ProfileFile configurationFile_;
-  ProfileSection const* credentials_ = nullptr;
-  ProfileSection const* configuration_ = nullptr;
-};
 
 std::string firstNonEmpty(std::initializer_list<std::string> values) {
   for (std::string const& value : values)
@@ -97,31 +23,11 @@ std::string firstNonEmpty(std::initializer_list<std::string> values) {
   return {};
 }
 
-std::optional<Credentials> environmentCredentials(Environment const& environment) {
-  Credentials found{environment("AWS_ACCESS_KEY_ID"), environment("AWS_SECRET_ACCESS_KEY"),
-                    environment("AWS_SESSION_TOKEN")};
-  if (found.accessKey.empty() && found.secret.empty()) return std::nullopt;
-  if (found.accessKey.empty() || found.secret.empty())
-    throw ConfigurationError("only one of AWS_ACCESS_KEY_ID and AWS_SECRET_ACCESS_KEY is set: set both or neither");
-  return found;
-}
-
-// The region becomes part of a host name and of the signature.
-std::string checkedRegion(std::string region) {
-  if (!isRegion(region))
-    throw ConfigurationError("the region \"" + region +
-                             "\" is invalid: use letters, digits and \"-\" only (see AWS_REGION)");
-  return region;
-}
-
-std::string checkedEndpoint(std::string const& text) {
-  if (text.empty()) return {};
-  auto endpoint = normalizedEndpoint(text);
-  // The message doesn't repeat the text, since it may contain a password.
-  if (!endpoint)
-    throw ConfigurationError(
-        "the endpoint URL is invalid: use the form http[s]://host[:port][/path] (see AWS_ENDPOINT_URL)");
-  return *std::move(endpoint);
+Profile activeProfile(Profiles const& profiles, std::string const& name) {
+  if (auto profile = profiles.find(name.empty() ? "default" : name)) return *std::move(profile);
+  if (name.empty()) return Profile("default", nullptr, nullptr);
+  throw ConfigurationError("the profile \"" + name +
+                           "\" (see AWS_PROFILE) is in neither the credentials file nor the config file");
 }
 
 unsigned checkedNumber(std::string const& text, unsigned otherwise, unsigned least, unsigned most, char const* name) {
@@ -192,20 +98,15 @@ bool isRegion(std::string_view text) {
 
 Configuration makeConfiguration(Environment const& environment, FileReader const& files,
                                 vfs::ObjectStoreSettings const& settings) {
-  Profile const profile(firstNonEmpty({settings.profile, environment("AWS_PROFILE")}), environment, files);
+  Profiles const profiles(environment, files);
+  Profile const profile = activeProfile(profiles, firstNonEmpty({settings.profile, environment("AWS_PROFILE")}));
   Configuration configuration;
-  configuration.noSignRequest = settings.noSignRequest || checkedFlag(environment("AWS_NO_SIGN_REQUEST"));
-  if (!configuration.noSignRequest) {
-    if (settings.profile.empty()) configuration.credentials = environmentCredentials(environment);
-    if (!configuration.credentials) configuration.credentials = profile.credentials();
-  }
   configuration.requesterPays = settings.requesterPays || checkedPayer(environment("AWS_REQUEST_PAYER"));
   configuration.region =
       checkedRegion(firstNonEmpty({settings.region, environment("AWS_REGION"), environment("AWS_DEFAULT_REGION"),
                                    profile.setting("region"), "us-east-1"}));
-  configuration.endpoint = checkedEndpoint(
-      firstNonEmpty({settings.endpointUrl, environment("AWS_ENDPOINT_URL_S3"), environment("AWS_ENDPOINT_URL"),
-                     profile.serviceSetting("endpoint_url"), profile.setting("endpoint_url")}));
+  configuration.endpoint = settings.endpointUrl.empty() ? configuredEndpoint(environment, profiles, profile, "s3")
+                                                        : checkedEndpoint(settings.endpointUrl);
   configuration.addressing = checkedAddressing(
       firstNonEmpty({environment("AWS_S3_ADDRESSING_STYLE"), profile.setting("s3.addressing_style")}));
   configuration.connection = connectionOptions(environment, profile);
@@ -214,6 +115,16 @@ Configuration makeConfiguration(Environment const& environment, FileReader const
   configuration.maximumAttempts =
       checkedNumber(firstNonEmpty({environment("AWS_MAX_ATTEMPTS"), profile.setting("max_attempts")}), 0, 1, 1000,
                     "the number of attempts (AWS_MAX_ATTEMPTS or max_attempts)");
+  configuration.noSignRequest = settings.noSignRequest || checkedFlag(environment("AWS_NO_SIGN_REQUEST"));
+  if (!configuration.noSignRequest)
+    configuration.credentials =
+        chooseCredentials({.environment = environment,
+                           .files = files,
+                           .profiles = profiles,
+                           .profileIsExplicit = !settings.profile.empty(),
+                           .region = configuration.region,
+                           .access = {configuration.connection.caBundle, configuration.proxies}},
+                          profile);
   return configuration;
 }
 

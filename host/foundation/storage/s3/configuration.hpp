@@ -1,20 +1,16 @@
 #pragma once
 
-#include <functional>
-#include <optional>
-#include <stdexcept>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "foundation/storage/s3/configuration_error.hpp"
+#include "foundation/storage/s3/credentials/credentials_cache.hpp"
+#include "foundation/storage/s3/profiles.hpp"
 #include "foundation/storage/vfs/object_store_settings.hpp"
 
 namespace foundation::storage::s3 {
-
-struct Credentials {
-  std::string accessKey;
-  std::string secret;
-  std::string sessionToken;  ///< empty if there is none
-};
 
 /// How to make connections.
 struct ConnectionOptions {
@@ -32,28 +28,16 @@ enum class Addressing {
 
 /// How to reach the store. A plain value.
 struct Configuration {
-  std::optional<Credentials> credentials;  ///< if absent, requests aren't signed
-  bool noSignRequest = false;              ///< there are no credentials because none are wanted
-  bool requesterPays = false;              ///< whoever makes the requests agrees to pay for them
-  std::string region;                      ///< letters, digits and "-"
-  std::string endpoint;                    ///< see `normalizedEndpoint`; empty for the region's own
+  std::shared_ptr<CredentialsCache> credentials;  ///< if null, requests aren't signed
+  bool noSignRequest = false;                     ///< there are no credentials because none are wanted
+  bool requesterPays = false;                     ///< whoever makes the requests agrees to pay for them
+  std::string region;                             ///< letters, digits and "-"
+  std::string endpoint;                           ///< see `normalizedEndpoint`; empty for the region's own
   Addressing addressing = Addressing::automatic;
   ConnectionOptions connection;
   std::vector<std::string> proxies;  ///< URLs, which may contain passwords; libcurl chooses one by itself
   unsigned maximumAttempts = 0;      ///< attempts at one request; 0 for the default
 };
-
-/// A configuration that can't be used. The message contains no secret.
-class ConfigurationError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-/// The value of an environment variable; empty if it isn't set.
-using Environment = std::function<std::string(char const* name)>;
-
-/// The text of the file at the path; nothing if it doesn't exist. Throws `ConfigurationError` if it can't be read.
-using FileReader = std::function<std::optional<std::string>(std::string const& path)>;
 
 /// Whether the region has only characters that host names and signatures may contain: letters, digits and "-".
 bool isRegion(std::string_view text);
@@ -62,8 +46,8 @@ bool isRegion(std::string_view text);
 /// first of its sources that has it, before which goes the host's setting:
 ///
 /// - profile: AWS_PROFILE; "default"
-/// - credentials, always together: AWS_ACCESS_KEY_ID with AWS_SECRET_ACCESS_KEY and AWS_SESSION_TOKEN, unless the host
-///   sets a profile; the profile in the credentials file; the profile in the config file
+/// - credentials: see `chooseCredentials`; keys and web identity in the environment don't count if the host sets a
+///   profile
 /// - no credentials at all: AWS_NO_SIGN_REQUEST ("true", "yes" or "1")
 /// - requester pays: AWS_REQUEST_PAYER ("requester")
 /// - region: AWS_REGION; AWS_DEFAULT_REGION; the profile's `region`; "us-east-1"
@@ -77,8 +61,8 @@ bool isRegion(std::string_view text);
 /// - proxies: http_proxy, https_proxy, HTTPS_PROXY, all_proxy and ALL_PROXY, all of them
 ///
 /// The files are those named by AWS_SHARED_CREDENTIALS_FILE and AWS_CONFIG_FILE, by default ~/.aws/credentials and
-/// ~/.aws/config, where ~ is HOME. Throws `ConfigurationError` for half a pair of credentials, a profile that is
-/// named and that neither file has, and malformed values.
+/// ~/.aws/config, where ~ is HOME. Throws `ConfigurationError` for half a pair of keys, a profile that is named and
+/// that neither file has, and malformed values. Makes no request.
 Configuration makeConfiguration(Environment const& environment, FileReader const& files,
                                 vfs::ObjectStoreSettings const& settings = {});
 

@@ -59,19 +59,17 @@ vfs::ErrorCode errorCodeOf(long status, std::string_view code) {
   return vfs::ErrorCode::other;
 }
 
-std::vector<std::string> secretsOf(Configuration const& configuration) {
-  std::vector<std::string> secrets;
-  if (configuration.credentials) secrets = {configuration.credentials->secret, configuration.credentials->sessionToken};
-  for (std::string const& proxy : configuration.proxies)
-    for (std::string& secret : userInformation(proxy)) secrets.push_back(std::move(secret));
+Secrets secretsOf(Configuration const& configuration) {
+  Secrets secrets = configuration.credentials ? configuration.credentials->secrets() : Secrets();
+  addUserInformation(secrets, configuration.proxies);
   return secrets;
 }
 
 // A store's words as part of a message: without secrets, on one line, shortened if need be. Line breaks and tabs, which
 // only lay out a body, become spaces; other controls are escaped here too, as not every host escapes what it prints.
-std::string quoted(std::string text, Configuration const& configuration) {
+std::string quoted(std::string text, Secrets const& secrets) {
   if (text.size() > longestRedacted) text.resize(longestRedacted);
-  redact(text, secretsOf(configuration));
+  redact(text, secrets);
   for (char& c : text)
     if (c == '\n' || c == '\r' || c == '\t') c = ' ';
   text.erase(0, text.find_first_not_of(' '));
@@ -86,8 +84,8 @@ std::string quoted(std::string text, Configuration const& configuration) {
   return core::text::toBytesLossy(line);
 }
 
-std::string requestIdSuffix(std::string const& requestId, Configuration const& configuration) {
-  return requestId.empty() ? std::string() : " (request id " + quoted(requestId, configuration) + ')';
+std::string requestIdSuffix(std::string const& requestId, Secrets const& secrets) {
+  return requestId.empty() ? std::string() : " (request id " + quoted(requestId, secrets) + ')';
 }
 
 std::string attemptSummary(RequestOutcome const& outcome) {
@@ -97,27 +95,45 @@ std::string attemptSummary(RequestOutcome const& outcome) {
          std::to_string(tenths % 10) + " s)";
 }
 
+std::string responseText(Response const& response, ErrorBody const& error, Secrets const& secrets) {
+  std::string text = "HTTP " + std::to_string(response.status);
+  if (!error.code.empty()) text += ' ' + quoted(error.code, secrets);
+  if (std::string const message = quoted(error.message, secrets); !message.empty()) text += ": " + message;
+  return text;
+}
+
 }  // namespace
+
+void addUserInformation(Secrets& secrets, std::vector<std::string> const& proxies) {
+  for (std::string const& proxy : proxies)
+    for (std::string& secret : userInformation(proxy)) secrets.push_back(std::move(secret));
+}
+
+std::string failureReason(RequestOutcome const& outcome, Secrets const& secrets) {
+  if (auto const* const failure = std::get_if<Failure>(&outcome.last))
+    return quoted(failure->reason, secrets) + attemptSummary(outcome);
+  Response const& response = std::get<Response>(outcome.last);
+  ErrorBody const error = parseErrorBody(response);
+  return responseText(response, error, secrets) + requestIdSuffix(error.requestId, secrets) + attemptSummary(outcome);
+}
 
 vfs::Exception exceptionFor(RequestOutcome const& outcome, Configuration const& configuration,
                             vfs::AbsoluteIRI const& location) {
-  std::string const attempts = attemptSummary(outcome);
-  if (auto const* const failure = std::get_if<Failure>(&outcome.last))
-    return vfs::Exception(vfs::ErrorCode::other, location, quoted(failure->reason, configuration) + attempts);
+  Secrets const secrets = secretsOf(configuration);
+  auto const* const response = std::get_if<Response>(&outcome.last);
+  if (response == nullptr) return vfs::Exception(vfs::ErrorCode::other, location, failureReason(outcome, secrets));
 
-  Response const& response = std::get<Response>(outcome.last);
-  ErrorBody const error = parseErrorBody(response);
-  vfs::ErrorCode const code = errorCodeOf(response.status, error.code);
-  std::string reason = "HTTP " + std::to_string(response.status);
-  if (!error.code.empty()) reason += ' ' + quoted(error.code, configuration);
-  if (std::string const message = quoted(error.message, configuration); !message.empty()) reason += ": " + message;
+  ErrorBody const error = parseErrorBody(*response);
+  vfs::ErrorCode const code = errorCodeOf(response->status, error.code);
+  std::string reason = responseText(*response, error, secrets);
   if (!error.region.empty() && error.region != configuration.region)
-    reason += "; the bucket is in region \"" + quoted(error.region, configuration) + "\", not \"" +
-              configuration.region + "\": set AWS_REGION";
-  if (!configuration.credentials && response.status >= 400 && response.status < 500 && code != vfs::ErrorCode::notFound)
+    reason += "; the bucket is in region \"" + quoted(error.region, secrets) + "\", not \"" + configuration.region +
+              "\": set AWS_REGION";
+  bool const isSigned = configuration.credentials && configuration.credentials->latest();
+  if (!isSigned && response->status >= 400 && response->status < 500 && code != vfs::ErrorCode::notFound)
     reason += configuration.noSignRequest ? "; the request was not signed"
                                           : "; the request was not signed because no credentials were found";
-  return vfs::Exception(code, location, reason + requestIdSuffix(error.requestId, configuration) + attempts);
+  return vfs::Exception(code, location, reason + requestIdSuffix(error.requestId, secrets) + attemptSummary(outcome));
 }
 
 std::string malformedReason(Response const& response, std::string const& fault) {

@@ -43,6 +43,7 @@ void setOptions(Transfer& transfer, HttpRequest const& request, ConnectionOption
     transfer.set(CURLOPT_POSTFIELDS, request.body.c_str());
     transfer.set(CURLOPT_CUSTOMREQUEST, request.method.c_str());
   }
+  transfer.set(CURLOPT_TIMEOUT_MS, static_cast<long>(request.timeout.count()));
   transfer.set(CURLOPT_CONNECTTIMEOUT_MS,
                options.connectTimeout == 0 ? neverMilliseconds : 1000L * options.connectTimeout);
   if (options.readTimeout != 0) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,7 +23,8 @@ struct HttpRequest {
   std::vector<std::string> headers = {};  ///< "name: value"
   std::string body = {};
   std::optional<Signature> signature = {};
-  bool direct = false;  ///< never through a proxy
+  bool direct = false;                   ///< never through a proxy
+  std::chrono::milliseconds timeout{0};  ///< for the whole attempt; 0 for no limit
 };
 
 /// Makes one attempt at a request with libcurl. Connections stay open for later requests; each thread uses one at a

@@ -136,7 +136,8 @@ Failure::Kind Transfer::failureKind(CURLcode code) const {
 
 std::string Transfer::errorText(CURLcode code) const {
   if (tooLarge_) return "the response is larger than 32 MiB";
-  if (code == CURLE_OUT_OF_MEMORY && requestSent()) return "a header of the response is longer than libcurl accepts";
+  if (code == CURLE_OUT_OF_MEMORY && requestSent() && receivedBytes_ == 0)
+    return "a header of the response is longer than libcurl accepts";
   std::string text = error_[0] != '\0' ? error_ : curl_easy_strerror(code);
   // libcurl cuts off longer messages. What it cut may be a URL with a password, which couldn't be recognised any more.
   if (text.size() >= CURL_ERROR_SIZE - 1) text = text.substr(0, text.rfind("://")) + "...";

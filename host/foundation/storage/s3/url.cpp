@@ -21,14 +21,6 @@ struct FreeUrl {
   void operator()(CURLU* url) const noexcept { curl_url_cleanup(url); }
 };
 
-// Encodes every byte except A-Z, a-z, 0-9, "-", ".", "_" and "~", with upper-case hex digits, as signatures require.
-std::string percentEncode(std::string_view bytes) {
-  if (bytes.empty()) return {};  // libcurl takes a length of 0 for "measure the text"
-  CurlText const text(curl_easy_escape(nullptr, bytes.data(), static_cast<int>(bytes.size())));
-  if (!text) throw std::bad_alloc();
-  return text.get();
-}
-
 // Null if the URL doesn't have the part.
 CurlText getPart(CURLU* url, CURLUPart part) {
   char* text = nullptr;
@@ -43,7 +35,14 @@ bool isHostLabel(std::string_view bucket) {
                      [](char c) { return core::text::isDigit(c) || core::text::isLower(c) || c == '-'; });
 }
 
-// Regions of some partitions have a domain of their own.
+// Whether the URL's host is an IP address, which can't have a bucket's name in front of it.
+bool isAddress(std::string_view afterScheme) {
+  std::string_view const host = afterScheme.substr(0, afterScheme.find_first_of(":/"));
+  return host.starts_with('[') || host.find_first_not_of("0123456789.") == std::string_view::npos;
+}
+
+}  // namespace
+
 std::string_view domainOf(std::string_view region) {
   constexpr std::string_view domains[][2] = {{"cn-", "amazonaws.com.cn"},    {"us-iso-", "c2s.ic.gov"},
                                              {"us-isob-", "sc2s.sgov.gov"},  {"us-isof-", "csp.hci.ic.gov"},
@@ -53,13 +52,12 @@ std::string_view domainOf(std::string_view region) {
   return "amazonaws.com";
 }
 
-// Whether the URL's host is an IP address, which can't have a bucket's name in front of it.
-bool isAddress(std::string_view afterScheme) {
-  std::string_view const host = afterScheme.substr(0, afterScheme.find_first_of(":/"));
-  return host.starts_with('[') || host.find_first_not_of("0123456789.") == std::string_view::npos;
+std::string percentEncode(std::string_view bytes) {
+  if (bytes.empty()) return {};  // libcurl takes a length of 0 for "measure the text"
+  CurlText const text(curl_easy_escape(nullptr, bytes.data(), static_cast<int>(bytes.size())));
+  if (!text) throw std::bad_alloc();
+  return text.get();
 }
-
-}  // namespace
 
 std::optional<std::string> percentDecode(std::string_view text) {
   std::string bytes;

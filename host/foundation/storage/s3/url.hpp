@@ -10,6 +10,12 @@
 
 namespace foundation::storage::s3 {
 
+/// The domain of the services in a region: regions of some partitions have one of their own.
+std::string_view domainOf(std::string_view region);
+
+/// Encodes every byte except A-Z, a-z, 0-9, "-", ".", "_" and "~", with upper-case hex digits, as signatures require.
+std::string percentEncode(std::string_view bytes);
+
 /// Decodes a text that a store has percent-encoded: "%XX", and "+" for a space. Returns nothing if a "%" isn't followed
 /// by two hex digits.
 std::optional<std::string> percentDecode(std::string_view text);

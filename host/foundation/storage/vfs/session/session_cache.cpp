@@ -283,7 +283,7 @@ void SessionCache::scan(Provider& provider, AbsoluteIRI const& location, std::st
 }
 
 SessionCache::CachedFolder& SessionCache::add(std::shared_ptr<FolderSnapshot> snapshot) {
-  activity.folders.fetch_add(1, std::memory_order_relaxed);
+  if (!snapshot->isClosed) activity.folders.fetch_add(1, std::memory_order_relaxed);
   activity.entries.fetch_add(snapshot->entries.size(), std::memory_order_relaxed);
   makeRoom(memoryOf(*snapshot));
   std::u16string_view const key = keyOf(snapshot->location);
