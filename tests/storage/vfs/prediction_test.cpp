@@ -46,7 +46,10 @@ vfs::SearchOutline outlineOf(std::string pattern) {
   for (pattern += '/'; !pattern.empty(); pattern.erase(0, pattern.find('/') + 1)) {
     std::string const segment = pattern.substr(0, pattern.find('/'));
     bool const isFilter = segment.find('*') != std::string::npos;
-    outline.segments.push_back({segment == "**" ? Match::descent : isFilter ? Match::filter : Match::name, toText(segment)});
+    outline.segments.push_back({segment == "**" ? Match::descent
+                                : isFilter      ? Match::filter
+                                                : Match::name,
+                                toText(segment)});
   }
   return outline;
 }
@@ -62,13 +65,11 @@ Strings predicted(Tree const& tree, std::string const& pattern) {
     vfs::EntrySink sink(snapshot.entries, false);
     store.list(folder, "", sink);
     snapshot.entries.sort();
-    PendingReads::Group group(folder);
-    group.addSubfolders(search, states, snapshot, false);
     all.push_back(described(true, folder));
-    return group;
+    return PendingReads::Group::below(snapshot, search, states, false);
   };
   vfs::AbsoluteIRI const start(u"file:///");
-  pending.enterFirst(below(start, search.at(start)));
+  if (auto first = below(start, search.at(start))) pending.enterFirst(std::move(*first));
   while (auto const read = pending.takeNext()) {
     EXPECT_EQ(read->states, search.at(read->location)) << "as its path implies";
     if (read->question == Question::entries) {
@@ -92,8 +93,8 @@ TEST(Prediction, IsTheOrderOfTheSearch) {
     for (std::string const middle : {"b/c", "d/e", "x.d", "z"}) tree.addFile(top + "/" + middle + "/f.txt");
   }
   tree.addFile("d2/d/e/a/b").addLink("link", "a").addFolder("a/.dot/d");
-  for (std::string const pattern : {"*", "**", "**/*.txt", "**/", "*/*/*.txt", "*/d", "*/d/e", "*/d/e/*", "*/d/*", "d*/**",
-                                    "*/b/**", "**/d*/**/*.txt", "*//d/*", "**/**", "*/./d", "a*/nothing/*"}) {
+  for (std::string const pattern : {"*", "**", "**/*.txt", "**/", "*/*/*.txt", "*/d", "*/d/e", "*/d/e/*", "*/d/*",
+                                    "d*/**", "*/b/**", "**/d*/**/*.txt", "*//d/*", "**/**", "*/./d", "a*/nothing/*"}) {
     auto expected = requested(tree, pattern);
     auto const isOfLink = [](std::string const& read) { return read.find("/link") != std::string::npos; };
     std::erase_if(expected, isOfLink);
@@ -127,9 +128,7 @@ TEST(PendingReads, ForgetsWhatTheSearchHasPassed) {
   vfs::FolderSnapshot snapshot(vfs::AbsoluteIRI(u"file:///"), "");
   for (auto const* const name : {"a", "b%", "c", "d"}) snapshot.entries.add(name, EntryKind::folder);
   PendingReads pending;
-  PendingReads::Group group(snapshot.location);
-  group.addSubfolders(search, search.at(snapshot.location), snapshot, false);
-  pending.enterFirst(std::move(group));
+  pending.enterFirst(*PendingReads::Group::below(snapshot, search, search.at(snapshot.location), false));
   EXPECT_FALSE(pending.takeRequested(Question::kind, vfs::AbsoluteIRI(u"file:///b%25")));
   EXPECT_TRUE(pending.takeRequested(Question::entries, vfs::AbsoluteIRI(u"file:///b%25")));
   EXPECT_FALSE(pending.takeRequested(Question::entries, vfs::AbsoluteIRI(u"file:///b%25/")));
@@ -148,11 +147,21 @@ TEST(ReadWindow, Follows) {
     std::string events;
     std::size_t size;
   } const cases[] = {
-      {4, 32, "chhhhhhh", 0},    {4, 32, "chhhhhhhh", 1},    {4, 32, "chhhhhhhhh", 2},    {4, 32, "chhhhhhhhhhhhhhhhhhhhhhhhh", 3},
-      {1, 32, "chhhhhhhhhhh", 0}, {4, 0, "whhhhhhhhhhh", 0}, {1, 32, "wh", 1},             {1, 32, "whhhh", 4},
-      {1, 32, std::string("w") + std::string(100, 'h'), 32}, {1, 5, std::string("w") + std::string(100, 'h'), 5},
-      {2, 32, "whhhhcccccccccccccccccccccccccccccccccccccccch", 1}, {1, 32, "whhhhs", 2}, {1, 32, "whhhhl", 3},
-      {1, 32, "whhhhlhhhhhh", 3}, {1, 32, "whhhhn", 0},
+      {4, 32, "chhhhhhh", 0},
+      {4, 32, "chhhhhhhh", 1},
+      {4, 32, "chhhhhhhhh", 2},
+      {4, 32, "chhhhhhhhhhhhhhhhhhhhhhhhh", 3},
+      {1, 32, "chhhhhhhhhhh", 0},
+      {4, 0, "whhhhhhhhhhh", 0},
+      {1, 32, "wh", 1},
+      {1, 32, "whhhh", 4},
+      {1, 32, std::string("w") + std::string(100, 'h'), 32},
+      {1, 5, std::string("w") + std::string(100, 'h'), 5},
+      {2, 32, "whhhhcccccccccccccccccccccccccccccccccccccccch", 1},
+      {1, 32, "whhhhs", 2},
+      {1, 32, "whhhhl", 3},
+      {1, 32, "whhhhlhhhhhh", 3},
+      {1, 32, "whhhhn", 0},
   };
   for (auto const& [cores, provider, events, size] : cases) {
     vfs::ReadWindow window(cores);

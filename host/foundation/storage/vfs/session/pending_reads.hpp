@@ -28,10 +28,10 @@ class KORVAN_HOST_EXPORT PendingReads {
    public:
     explicit Group(AbsoluteIRI folder) : folder_(std::move(folder)) {}
 
-    /// Adds what the search reads in the subfolders. Links and entries of unknown kind are left out, so no cycle of
-    /// links is followed. With `lookupsOnly` listings are left out too.
-    void addSubfolders(SearchStates const& search, SearchStates::Set states, FolderSnapshot const& snapshot,
-                       bool lookupsOnly);
+    /// What a folder with these states predicts; nothing if the search ends there. Links and entries of unknown kind
+    /// are left out, so no cycle of links is followed. With `lookupsOnly` listings are left out too.
+    static std::optional<Group> below(FolderSnapshot const& folder, SearchStates const& search,
+                                      SearchStates::Set states, bool lookupsOnly);
 
     /// Adds what the search reads in the subfolder of that name, which has these states.
     void add(SearchStates const& search, SearchStates::Set states, std::string_view name);

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstddef>
-#include <exception>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -16,9 +15,9 @@
 #include "foundation/core/threads/mutex.hpp"
 #include "foundation/storage/vfs/detail/folder_snapshot.hpp"
 #include "foundation/storage/vfs/detail/location_key.hpp"
+#include "foundation/storage/vfs/session/one_read.hpp"
 #include "foundation/storage/vfs/session/pending_reads.hpp"
 #include "foundation/storage/vfs/session/read_window.hpp"
-#include "foundation/storage/vfs/session/visibility.hpp"
 
 namespace foundation::storage::vfs {
 
@@ -30,15 +29,6 @@ struct Activity;
 class ReadAhead {
  public:
   using Question = PendingReads::Question;
-
-  /// What a read found out, or why it couldn't.
-  struct Answer {
-    Question question;
-    AbsoluteIRI location;
-    std::shared_ptr<FolderSnapshot> snapshot{};  ///< for `Question::entries`
-    PathKind kind = PathKind::notFound;          ///< for `Question::kind`
-    std::exception_ptr failure{};                ///< an `Exception` as the provider threw it, or null
-  };
 
   /// What was read before, and is to be remembered. Used on the caller's thread.
   class Cache {
@@ -76,19 +66,6 @@ class ReadAhead {
                  std::size_t mostAhead = SIZE_MAX);
 
  private:
-  struct Read {
-    Answer answer;
-    std::shared_ptr<Provider> provider;
-    std::shared_ptr<SearchStates const> search;  // for which it was predicted; null if there is none
-    SearchStates::Set states = 0;                // at the location, if it is a folder
-    PendingReads::Position position{};           // valid as long as that search is predicted
-    std::optional<PendingReads::Group> predicted{};
-    std::optional<ReadWindow::Measurement> measured{};
-    std::size_t memory = 0;
-    bool isAnswered = false;
-    bool isDone = false;           // the only member that other threads look at while the read is in flight
-    bool lackedResources = false;  // descriptors or memory: a failure that says nothing about the location
-  };
   using Reads = std::unordered_map<std::u16string_view, std::unique_ptr<Read>, KeyHash, KeyEqual>;
 
   Reads& reads(Question question) KORVAN_REQUIRES(mutex_) { return reads_[static_cast<std::size_t>(question)]; }
@@ -107,8 +84,6 @@ class ReadAhead {
   void startWorkers();
   void addUnrequested(std::vector<Answer> const& answers);
   void runWorker() noexcept;
-  void make(Read& read, bool isMeasured) const;
-  void prefetch(Read& read, bool isMeasured) const noexcept;
 
   Cache& cache_;
   Visibility const& visibility_;

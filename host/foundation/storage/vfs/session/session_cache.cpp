@@ -49,12 +49,6 @@ SessionCache::SessionCache(std::size_t memoryBound, SessionPolicy const& policy)
       memoryBound_(memoryBound - std::min(memoryBound / 4, memoryAhead)),
       readAhead_(*this, visibility_, activity, std::min(memoryBound / 4, memoryAhead)) {}
 
-std::shared_ptr<void const> SessionCache::announce(SearchOutline const& outline) {
-  auto announcement = readAhead_.announce(outline);
-  ++search_;
-  return announcement;
-}
-
 std::shared_ptr<NameFilter const> const& SessionCache::filter(std::u16string const& text) {
   if (!filter_ || filterText_ != text) {
     filter_ = std::make_shared<NameFilter const>(text);
@@ -97,17 +91,11 @@ std::shared_ptr<FolderSnapshot> SessionCache::snapshot(std::shared_ptr<Provider>
                            [&] { return read(provider, location, prefix); });
 }
 
-// Predicts what the search in progress reads below the folder, once for each search.
-void SessionCache::enter(CachedFolder& folder, Provider const& provider) {
-  if (std::exchange(folder.search, search_) == search_) return;
-  readAhead_.enter(*folder.snapshot, provider.servesSubtrees());
-}
-
 std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> const& provider,
                                                    AbsoluteIRI const& location, std::string_view prefix) {
   Busy const busy(busy_);
   if (!provider->servesSubtrees()) {
-    ReadAhead::Answer answer = readAhead_.request(FailureLog::Question::entries, provider, location);
+    Answer answer = readAhead_.request(FailureLog::Question::entries, provider, location);
     if (answer.failure) std::rethrow_exception(answer.failure);
     if (isOutdated(*answer.snapshot)) answer.snapshot = readFolder(*provider, location, {}, &visibility_);
     CachedFolder& added = add(std::move(answer.snapshot));
@@ -124,28 +112,6 @@ std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> con
   CachedFolder& added = add(readFolder(*provider, location, prefix, &visibility_));
   enter(added, *provider);
   return noteRequested(added);
-}
-
-// What was read ahead, and may be requested later or never.
-void SessionCache::addUnrequested(ReadAhead::Answer const& answer) {
-  if (answer.failure) {
-    try {
-      std::rethrow_exception(answer.failure);
-    } catch (Exception const& failure) {
-      failures_.remember(answer.question, answer.location, failure);
-    }
-  } else if (answer.question == FailureLog::Question::kind) {
-    addKind(answer.location, answer.kind);
-  } else if (!isOutdated(*answer.snapshot) && find(keyOf(answer.location), {}) == nullptr) {
-    add(answer.snapshot).search = search_;
-  }
-}
-
-std::unordered_set<std::size_t> SessionCache::knownFolders() const {
-  std::unordered_set<std::size_t> known;
-  for (auto const& folder : folders_) known.insert(KeyHash()(folder.first));
-  failures_.forEach(FailureLog::Question::entries, [&](std::u16string_view key) { known.insert(KeyHash()(key)); });
-  return known;
 }
 
 void SessionCache::addKind(AbsoluteIRI const& location, PathKind kind) {
@@ -199,7 +165,7 @@ PathKind SessionCache::askKind(StorageSystem& system, AbsoluteIRI const& locatio
   if (provider->servesSubtrees()) {
     mostAhead = tryAPage ? std::min(scan_->lookupsToSkip(), 2 * provider->readsInFlight()) : 0;
   }
-  ReadAhead::Answer const answer = readAhead_.request(FailureLog::Question::kind, provider, location, mostAhead);
+  Answer const answer = readAhead_.request(FailureLog::Question::kind, provider, location, mostAhead);
   if (answer.failure) std::rethrow_exception(answer.failure);
   addKind(location, answer.kind);
   return answer.kind;

@@ -90,7 +90,7 @@ class SessionCache final : private ReadAhead::Cache {
                                        std::string_view prefix);
   PathKind askKind(StorageSystem& system, AbsoluteIRI const& location, Entry entry);
   void scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix);
-  void addUnrequested(ReadAhead::Answer const& answer) override;
+  void addUnrequested(Answer const& answer) override;
   std::unordered_set<std::size_t> knownFolders() const override;
   void addKind(AbsoluteIRI const& location, PathKind kind);
   std::optional<EntryFacts> askFacts(Provider& provider, AbsoluteIRI const& location);
