@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "capi/match_facts.hpp"
+#include "foundation/core/text/bytes.hpp"
 #include "foundation/core/threads/signals_blocked.hpp"
 #include "korvan/io/glob.hpp"
 #include "quindarel/interrupt/interrupt_state.hpp"
@@ -110,6 +111,14 @@ void RunningSearch::takeFailures(std::size_t pattern, bool asIRI, ReadSession co
       MutexLock const lock(mutex_);
       failures_.push_back({pattern, std::move(failure)});
     }
+  }
+  auto const& notes = session.notes();
+  for (; notesTaken_ < notes.size(); ++notesTaken_) {
+    vfs::Exception const& taken = notes[notesTaken_];
+    std::string const location = foundation::core::text::toBytesLossy(taken.getLocation().toString());
+    SearchFailure note{KGLOB_OK, {}, location + ": " + taken.reason(), location, taken.reason()};
+    MutexLock const lock(mutex_);
+    failures_.push_back({pattern, std::move(note)});
   }
 }
 

@@ -72,6 +72,7 @@ class RunningSearch {
   std::deque<FailureOfPattern> failures_ KORVAN_GUARDED_BY(mutex_);
 
   std::size_t failuresTaken_ = 0;  // by the search, from its session
+  std::size_t notesTaken_ = 0;     // the same
   SearchFailure givenFailure_{};
   kglob_failure givenFailureView_{};
 

@@ -1,7 +1,7 @@
 #include "cli/colours.hpp"
 
+#include <algorithm>
 #include <cstdlib>
-#include <ranges>
 
 #include "cli/options.hpp"
 #include "kglob.h"
@@ -10,8 +10,10 @@ namespace kglob {
 
 Colours::Colours() {
   char const* const variable = std::getenv("LS_COLORS");
-  for (auto const part : std::views::split(std::string_view(variable == nullptr ? "" : variable), ':')) {
-    std::string_view const item(part.begin(), part.end());
+  std::string_view rest = variable == nullptr ? "" : variable;
+  while (!rest.empty()) {
+    std::string_view const item = rest.substr(0, rest.find(':'));
+    rest.remove_prefix(std::min(item.size() + 1, rest.size()));
     std::size_t const equals = item.find('=');
     if (equals == std::string_view::npos) continue;
     std::string_view const key = item.substr(0, equals);
@@ -38,8 +40,10 @@ std::string_view Colours::ofKind(std::uint32_t kind) const {
 
 std::string_view Colours::of(std::string_view path, std::uint32_t kind) const {
   if (kind == KGLOB_FILE) {
-    for (Ending const& ending : endings_ | std::views::reverse)
-      if (path.ends_with(ending.text)) return ending.colour;
+    // The last one counts.
+    auto const ending = std::find_if(endings_.rbegin(), endings_.rend(),
+                                     [path](Ending const& each) { return path.ends_with(each.text); });
+    if (ending != endings_.rend()) return ending->colour;
   }
   return ofKind(kind);
 }

@@ -7,6 +7,10 @@ namespace kglob {
 
 void FailedFolders::reportNew(std::string const& pattern) {
   while (kglob_failure const* const failure = search_.nextFailure()) {
+    if (failure->status == KGLOB_OK) {
+      report(std::string(failure->location) + ": " + failure->reason);
+      continue;
+    }
     if (++count_ > maximumLines) continue;
     bool const isRelative = !isIRI(failure->location) && !pattern.starts_with('/');
     std::string const shown = isRelative ? asWritten(failure->location, rootFolder_) : failure->location;

@@ -16,7 +16,7 @@ class FailedFolders {
   /// The search and the root folder must outlive this.
   FailedFolders(Search& search, std::string const& rootFolder) : search_(search), rootFolder_(rootFolder) {}
 
-  /// Reports the failures since the last call, in the search for `pattern`. Local folders are written the way the matches
+  /// Reports the notes and failures since the last call, in the search for `pattern`. Local folders are written the way the matches
   /// of that pattern are, below the root folder as the user wrote it; as IRIs if the pattern or the root folder is one.
   /// Folders in stores are always written as IRIs.
   void reportNew(std::string const& pattern);

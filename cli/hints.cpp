@@ -1,8 +1,8 @@
 #include "cli/hints.hpp"
 
 #include <algorithm>
-#include <optional>
 #include <string_view>
+#include <utility>
 
 #include "cli/locations.hpp"
 #include "cli/lookup.hpp"
@@ -63,27 +63,19 @@ std::string unexpandedHint(std::string const& pattern, std::string const& rootFo
   return {};
 }
 
-/// The first folder of the part before the wildcards that doesn't exist. Of an IRI with an authority, that is asked for
-/// first.
-NoMatchHint missingFolderHint(std::string const& pattern, std::string const& rootFolder) {
+/// The first folder of the part before the wildcards that doesn't exist.
+std::string missingFolderHint(std::string const& pattern, std::string const& rootFolder) {
   std::vector<std::string> folders;
-  if (isIRI(pattern) && !pattern.starts_with("file:")) folders.push_back(pattern.substr(0, endOfRoot(pattern)));
-  bool const hasRoot = !folders.empty();
   for (std::size_t const end : endsOfNames(pattern)) {
-    bool const isFolder = end < pattern.size();
     std::string folder = pattern.substr(0, end);
-    if (!isFolder || folder.find('*') != std::string::npos) break;
-    folders.push_back(std::move(folder));
+    if (end == pattern.size() || folder.find('*') != std::string::npos) break;
+    folders.push_back(folder + '/');
   }
-  std::vector<std::string> asked = folders;
-  for (std::string& folder : asked)
-    if (!folder.ends_with('/')) folder += '/';
-  std::vector<Presence> const found = lookUp(asked, rootFolder);
-  auto const missing = static_cast<std::size_t>(
-      std::ranges::find_if_not(found, [](Presence each) { return each == Presence::present; }) - found.begin());
-  if (missing == found.size() || found[missing] != Presence::absent) return {};
-  if (missing == 0 && hasRoot) return {"\"" + folders[0] + "\" does not exist", true};
-  return {"no folder " + folders[missing]};
+  std::vector<Presence> const found = lookUp(folders, rootFolder);
+  auto const missing = std::ranges::find_if_not(found, [](Presence each) { return each == Presence::present; });
+  if (missing == found.end() || *missing != Presence::absent) return {};
+  std::string const& folder = folders[static_cast<std::size_t>(missing - found.begin())];
+  return "no folder " + folder.substr(0, folder.size() - 1);
 }
 
 }  // namespace
@@ -99,22 +91,35 @@ std::vector<std::string> hintsBeforeSearch(Options const& options) {
 
 std::string hintAboutFolderOperand(Options const& options) {
   auto const& operands = options.patterns;
-  if (operands.size() < 2 || operands[0].find('*') == std::string::npos) return {};
-  for (std::size_t i = 1; i < operands.size(); ++i) {
-    std::string const& operand = operands[i];
-    if (operand.empty() || operand.ends_with('/') || operand.find('*') != std::string::npos) continue;
-    if (lookUp({operand + "/"}, options.rootFolder())[0] == Presence::present)
-      return "\"" + operand + "\" is taken as a pattern; to search in that folder use -r \"" + operand + "\"";
-  }
-  return {};
+  bool const mayBeMeant = operands.size() > 1 && operands[0].find('*') != std::string::npos && !operands[1].empty() &&
+                          !operands[1].ends_with('/') && operands[1].find('*') == std::string::npos;
+  if (!mayBeMeant || lookUp({operands[1] + "/"}, options.rootFolder())[0] != Presence::present) return {};
+  return "\"" + operands[1] + "\" is taken as a pattern; to search in that folder use -r \"" + operands[1] + "\"";
 }
 
-NoMatchHint hintWhenNothingMatched(std::vector<std::string> const& patterns, std::string const& rootFolder) {
-  for (std::string const& pattern : patterns) {
-    if (pattern.empty()) return {"an empty pattern matches nothing"};
-    if (auto hint = singleSlashHint(pattern); !hint.empty()) return {std::move(hint)};
-    if (auto hint = unexpandedHint(pattern, rootFolder); !hint.empty()) return {std::move(hint)};
-    if (auto hint = missingFolderHint(pattern, rootFolder); !hint.text.empty()) return hint;
+std::vector<std::string> missingStores(std::vector<std::string> const& unmatched) {
+  std::vector<std::string> stores;
+  for (std::string const& pattern : unmatched) {
+    std::string store = pattern.substr(0, endOfRoot(pattern));
+    if (!store.ends_with('/')) store += '/';
+    bool const isNamed = isIRI(pattern) && !store.ends_with("///");
+    if (isNamed && std::ranges::find(stores, store) == stores.end()) stores.push_back(std::move(store));
+  }
+  std::vector<Presence> const found = lookUp(stores, {});
+  std::vector<std::string> missing;
+  for (std::size_t i = 0; i < found.size(); ++i)
+    if (found[i] == Presence::absent) missing.push_back(stores[i]);
+  return missing;
+}
+
+std::string hintWhenNothingMatched(std::vector<std::string> const& patterns, std::string const& rootFolder) {
+  constexpr std::size_t few = 5;
+  for (std::size_t i = 0; i < std::min(patterns.size(), few); ++i) {
+    std::string const& pattern = patterns[i];
+    if (pattern.empty()) return "an empty pattern matches nothing";
+    if (auto hint = singleSlashHint(pattern); !hint.empty()) return hint;
+    if (auto hint = unexpandedHint(pattern, rootFolder); !hint.empty()) return hint;
+    if (auto hint = missingFolderHint(pattern, rootFolder); !hint.empty()) return hint;
   }
   return {};
 }

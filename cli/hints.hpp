@@ -12,17 +12,15 @@ namespace kglob {
 /// Hints that the command line alone gives.
 std::vector<std::string> hintsBeforeSearch(Options const& options);
 
-/// For a search with matches: an operand after the first that names a folder, as `find` takes its folders. Empty if there
-/// is none. May cost a look-up.
+/// For a search with matches: a second operand that names a folder, as `find` takes its folders. Empty if it doesn't. May
+/// cost a look-up.
 std::string hintAboutFolderOperand(Options const& options);
 
-/// For patterns that nothing matched.
-struct NoMatchHint {
-  std::string text;
-  bool isError = false;  ///< the store that a pattern names doesn't exist
-};
+/// The buckets (for other schemes, the hosts) that patterns without matches name and that don't exist, as IRIs. Costs a
+/// look-up for each bucket that is named.
+std::vector<std::string> missingStores(std::vector<std::string> const& unmatched);
 
-/// The first hint that one of the patterns gives; without a text if none does. Costs look-ups.
-NoMatchHint hintWhenNothingMatched(std::vector<std::string> const& patterns, std::string const& rootFolder);
+/// For patterns that nothing matched: the first hint that one of the first few gives, empty if none does. Costs look-ups.
+std::string hintWhenNothingMatched(std::vector<std::string> const& patterns, std::string const& rootFolder);
 
 }  // namespace kglob

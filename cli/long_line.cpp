@@ -15,7 +15,10 @@ std::string humanSize(std::uint64_t bytes) {
   constexpr char units[] = "KMGTPE";
   double size = static_cast<double>(bytes) / 1024;
   std::size_t unit = 0;
-  for (; size > 1023; size /= 1024) ++unit;
+  while (size > 1023) {
+    size /= 1024;
+    ++unit;
+  }
   bool const hasFraction = size <= 9.9;
   double const scale = hasFraction ? 10 : 1;
   double const rounded = static_cast<double>(static_cast<std::uint64_t>(size * scale + (1 - 1e-9))) / scale;

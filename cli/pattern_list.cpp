@@ -13,7 +13,7 @@ namespace {
 
 struct CloseFile {
   void operator()(std::FILE* file) const {
-    if (file != stdin) std::fclose(file);
+    if (file != stdin) static_cast<void>(std::fclose(file));  // only read
   }
 };
 struct Free {

@@ -52,36 +52,44 @@ Scope scopeOf(Options const& options, kglob_fact_level facts) {
           .facts = facts};
 }
 
-/// Searches all patterns. Returns whether there was an error or an unreadable folder.
-bool searchPatterns(std::vector<std::string> const& patterns, Scope const& scope, MatchWriter& writer, Output& output,
-                    kglob_progress& read) {
-  if (patterns.empty()) return false;
+struct Outcome {
+  bool anyError = false;               ///< an error or an unreadable folder
+  std::vector<std::string> unmatched;  ///< patterns without matches or errors
+  kglob_progress read{};
+};
+
+Outcome searchPatterns(std::vector<std::string> const& patterns, Scope const& scope, MatchWriter& writer,
+                       Output& output) {
+  Outcome outcome;
+  if (patterns.empty()) return outcome;
   Search search(patterns, scope);
   FailedFolders failures(search, scope.rootFolder);
-  bool anyError = false;
   auto pattern = patterns.begin();
   bool wantsMore = true;
   do {
+    std::uint64_t const before = writer.count();
     wantsMore = writeMatches(search, writer, output);
     if (kglob_failure const* const error = search.error()) {
       report(*error);
-      anyError = true;
+      outcome.anyError = true;
+    } else if (writer.count() == before) {
+      outcome.unmatched.push_back(*pattern);
     }
     failures.reportNew(*pattern++);
   } while (wantsMore && search.nextPattern());
-  anyError |= failures.finish();
-  read = search.progress();
-  return anyError;
+  outcome.anyError |= failures.finish();
+  outcome.read = search.progress();
+  return outcome;
 }
 
-/// Reports what was probably wrong with a search that nothing matched. Returns whether that is an error.
+/// Reports what was probably wrong with a search without matches. Returns whether that is an error.
 bool explainNoMatch(Options const& options, std::vector<std::string> const& patterns) {
   std::string const root = options.rootFolder();
   // The library treats a root folder that doesn't exist as empty, but a user who named one has probably mistyped it.
   if (!root.empty() && !checkRootFolder(root)) return true;
-  NoMatchHint const hint = hintWhenNothingMatched(patterns, root);
-  if (!hint.text.empty() && (hint.isError || !options.quiet)) report(hint.text);
-  return hint.isError;
+  if (options.quiet) return false;
+  if (auto const hint = hintWhenNothingMatched(patterns, root); !hint.empty()) report(hint);
+  return false;
 }
 
 }  // namespace
@@ -94,15 +102,19 @@ ExitStatus searchAll(Options const& options, Output& output) {
   std::vector<std::string> const patterns = allPatterns(options);
   if (!options.quiet)
     for (std::string const& hint : hintsBeforeSearch(options)) report(hint);
-  kglob_progress read{};
-  bool anyError = searchPatterns(patterns, scopeOf(options, writer.neededFacts()), writer, output, read);
+  Outcome const outcome = searchPatterns(patterns, scopeOf(options, writer.neededFacts()), writer, output);
   writer.finish();
   output.flush();
+  bool anyError = outcome.anyError;
   bool const anyMatch = writer.count() > 0;
+  for (std::string const& store : missingStores(outcome.unmatched)) {
+    report("\"" + store + "\" does not exist");
+    anyError = true;
+  }
   if (!anyMatch && !anyError) anyError = explainNoMatch(options, patterns);
   if (anyMatch && !options.quiet)
     if (auto const hint = hintAboutFolderOperand(options); !hint.empty()) report(hint);
-  if (options.stats) reportStats(read, std::chrono::steady_clock::now() - start);
+  if (options.stats) reportStats(outcome.read, std::chrono::steady_clock::now() - start);
   return anyError ? failed : anyMatch ? matched : noMatch;
 }
 

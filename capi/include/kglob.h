@@ -220,7 +220,8 @@ KGLOB_API const kglob_failure* kglob_error(const kglob_search* search);
 
 /// The next folder that couldn't be read, or entry that couldn't be looked at, and that the search for the current or an
 /// earlier pattern passed over: each once, in the order of the failures. If there is none, the matches are complete. A
-/// folder that doesn't exist is no failure, nor is one that is passed over because it closes a cycle of links.
+/// folder that doesn't exist is no failure, nor is one that is passed over because it closes a cycle of links. One with the
+/// status `KGLOB_OK` is a note: the matches are complete, but cost more than usual, and the reason says why.
 ///
 /// Owned by the search, and valid until the next call or `kglob_close`. Null if there is no further one at the moment;
 /// once `kglob_next_block` has returned the end or an error, all those of the pattern are known. Never waits.

@@ -18,7 +18,7 @@ LINKS = {"folder": "a/sub", "chain": "folder", "a/far": "../other", "b/up": ".."
 LINKS.update({"../links/%02d" % number: "%02d" % (number + 1) for number in range(45)})  # more than the system follows at once
 LINKS["../links/45"] = "../tree/a/sub"
 WIDE = ["../wide/%02d/%d.csv" % (number, number) for number in range(60)]  # enough for a search to start a thread
-SEARCHES = [["-dL", "**"], ["**/*.csv", "*/"], ["-l", "**"], ["chain/deep/*", "a/2.csv", "b/*/*/"],
+SEARCHES = [["-dL", "**"], ["**/*.csv", "*/"], ["--size=-9k", "**"], ["chain/deep/*", "a/2.csv", "b/*/*/"],
             ["-r", "../wide", "**/*.csv"], ["-r", "../links", "00/deep/*"]]
 DISK_ERRORS = ["EIO", "ESTALE", "EINTR", "ENOMEM", "EMFILE", "EACCES", "ELOOP", "ENOTCONN"]
 FAULTS = {"open": DISK_ERRORS, "getdents": DISK_ERRORS[:4], "stat": DISK_ERRORS, "readlink": ["EIO", "EACCES", "ENOMEM"],

@@ -41,9 +41,14 @@ class HookedProvider final : public vfs::Provider {
     return inner_->facts(location);
   }
   vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
-                           bool withFacts) override {
+                           std::string_view page, bool withFacts) override {
     hook_(Operation::subtree, folder);
-    return inner_->subtree(folder, prefix, after, withFacts);
+    return inner_->subtree(folder, prefix, after, page, withFacts);
+  }
+  void listRest(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view after,
+                vfs::EntrySink& entries) override {
+    hook_(Operation::list, folder);
+    inner_->listRest(folder, namePrefix, after, entries);
   }
 
  private:

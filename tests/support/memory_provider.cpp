@@ -57,13 +57,22 @@ vfs::PathKind MemoryProvider::kind(vfs::AbsoluteIRI const& location) {
 }
 
 void MemoryProvider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) {
+  listRest(folder, namePrefix, {}, entries);
+}
+
+void MemoryProvider::listRest(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view after,
+                              vfs::EntrySink& entries) {
   std::string const path = note(Operation::list, folder);
   if (!tree.isFolder(path)) throw vfs::Exception(vfs::ErrorCode::notFound, folder, "there is no such folder");
   auto all = tree.children(path);
   // Not sorted: that is left to the layer above.
   std::reverse(all.begin(), all.end());
+  std::size_t listed = 0;
   for (auto const& [name, kind] : all) {
-    if (!beginsWith(name, namePrefix)) continue;
+    // The keys in a folder come before its name with the character after "/".
+    bool const isAfter = (kind == EntryKind::folder ? name + '0' : name) > after;
+    if (!beginsWith(name, namePrefix) || !isAfter) continue;
+    if (servesSubtrees() && ++listed > options_.subtreePage) listed = 1, note(Operation::list, folder);
     onEntry();
     entries.add(name, options_.hidesKinds ? EntryKind::unknown : kind);
   }
@@ -88,7 +97,7 @@ std::optional<vfs::EntryFacts> MemoryProvider::facts(vfs::AbsoluteIRI const& loc
 }
 
 vfs::SubtreePage MemoryProvider::subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix,
-                                         std::string_view after, bool withFacts) {
+                                         std::string_view after, std::string_view /*page*/, bool withFacts) {
   std::string const path = note(Operation::subtree, folder);
   std::vector<std::string> all;
   if (tree.isFolder(path)) {

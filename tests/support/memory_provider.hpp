@@ -29,7 +29,7 @@ class MemoryProvider final : public vfs::Provider {
 
   struct Options {
     Authority authority = Authority::empty;
-    /// The most paths in one page of `subtree`; 0 where it isn't served.
+    /// The most paths in one page of `subtree`, and entries in one page of a listing; 0 where subtrees aren't served.
     std::size_t subtreePage = 0;
     /// Whether a flat page names all folders, not only empty ones.
     bool marksEveryFolder = false;
@@ -62,7 +62,9 @@ class MemoryProvider final : public vfs::Provider {
   std::optional<vfs::EntryFacts> facts(vfs::AbsoluteIRI const& location) override;
   bool servesSubtrees() const noexcept override { return options_.subtreePage != 0; }
   vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
-                           bool withFacts) override;
+                           std::string_view page, bool withFacts) override;
+  void listRest(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view after,
+                vfs::EntrySink& entries) override;
 
  private:
   std::string note(Operation operation, vfs::AbsoluteIRI const& location);

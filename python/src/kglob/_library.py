@@ -10,7 +10,10 @@ PERMISSION_DENIED, INACCESSIBLE, INTERRUPTED, OUT_OF_MEMORY = range(7, 11)
 
 class Options(ctypes.Structure):
     _fields_ = [("size", ctypes.c_size_t), ("root_folder", ctypes.c_char_p), ("cache_bytes", ctypes.c_size_t),
-                ("include_dot_files", ctypes.c_uint32), ("dont_follow_links", ctypes.c_uint32)]
+                ("include_dot_files", ctypes.c_uint32), ("dont_follow_links", ctypes.c_uint32),
+                ("excluded_names", ctypes.POINTER(ctypes.c_char_p)), ("excluded_count", ctypes.c_size_t),
+                ("one_file_system", ctypes.c_uint32), ("report_refusals", ctypes.c_uint32),
+                ("max_depth", ctypes.c_uint32), ("facts", ctypes.c_uint32)]
 
 
 class Failure(ctypes.Structure):

@@ -7,12 +7,13 @@ import ctypes
 import os
 import threading
 import weakref
-from typing import Any, AnyStr, Callable, Generator, Optional, Union
+from typing import Any, AnyStr, Callable, Generator, Iterable, Optional, Union
 
 from kglob import _library
 from kglob._errors import Error, make_error
 
 _RootFolder = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
+_Names = Union[str, bytes, Iterable[Union[str, bytes]]]
 _OnError = Callable[[Error], object]
 
 # Signal handlers, and so ctrl-c, run when the call for the next block has returned.
@@ -20,13 +21,16 @@ _SIGNAL_CHECK_MS = 20
 
 
 def glob(pattern: AnyStr, *, root_dir: Optional[_RootFolder] = None, include_hidden: bool = False,
-         onerror: Optional[_OnError] = None) -> list[AnyStr]:
+         follow_links: bool = True, one_file_system: bool = False, exclude: _Names = (),
+         max_depth: Optional[int] = None, onerror: Optional[_OnError] = None) -> list[AnyStr]:
     """Returns the list of all matches; the parameters and exceptions are those of `iglob`."""
-    return list(iglob(pattern, root_dir=root_dir, include_hidden=include_hidden, onerror=onerror))
+    return list(iglob(pattern, root_dir=root_dir, include_hidden=include_hidden, follow_links=follow_links,
+                      one_file_system=one_file_system, exclude=exclude, max_depth=max_depth, onerror=onerror))
 
 
 def iglob(pattern: AnyStr, *, root_dir: Optional[_RootFolder] = None, include_hidden: bool = False,
-          onerror: Optional[_OnError] = None) -> Generator[AnyStr, None, None]:
+          follow_links: bool = True, one_file_system: bool = False, exclude: _Names = (),
+          max_depth: Optional[int] = None, onerror: Optional[_OnError] = None) -> Generator[AnyStr, None, None]:
     """Returns an iterator over the matches, which gives them as they are found.
 
     The search starts with the first match that is asked for, and reads ahead by a block of 64 KiB of matches. It ends
@@ -38,16 +42,30 @@ def iglob(pattern: AnyStr, *, root_dir: Optional[_RootFolder] = None, include_hi
         pattern is relative to the root folder, and then so are its matches; or it is absolute, or an IRI.
     root_dir: a path or an IRI; if None or empty, the current folder when the search starts.
     include_hidden: whether wildcards also match names that begin with ".".
+    follow_links: whether "**" enters links to folders.
+    one_file_system: whether folders on other file systems are listed, but not entered.
+    exclude: a name, or names, of entries that are left out with all below them; "*" is any run of characters. Such
+        folders are not read. Names in the part of the pattern before its first wildcard are never left out.
+    max_depth: how many levels below that part matches may be, at least 1; None for any number.
     onerror: called with an `Error` for each folder that couldn't be read, or entry that couldn't be looked at; if there
         are none, the matches are complete. An exception that it raises ends the search. Without it they are ignored.
 
-    Raises TypeError for a pattern or root folder of another type, and ValueError for a NUL in one. Iterating raises an
-    `Error`, which is an OSError, when the search fails, after the matches found before; and MemoryError.
+    Raises TypeError for a pattern, name or root folder of another type, and ValueError for a NUL in one and for an
+    impossible depth. Iterating raises an `Error`, which is an OSError, when the search fails, after the matches found
+    before; and MemoryError.
     """
     if not isinstance(pattern, (str, bytes)):
         raise TypeError(f"the pattern must be str or bytes, not {type(pattern).__name__}")
+    if max_depth is not None and not 0 < max_depth < 2**32:
+        raise ValueError(f"max_depth must be greater than 0, not {max_depth}")
     decode: Callable[[bytes], Any] = os.fsdecode if isinstance(pattern, str) else bytes
-    return _matches(_text(pattern), b"" if root_dir is None else _text(root_dir), include_hidden, onerror, decode)
+    names = [_text(name) for name in ([exclude] if isinstance(exclude, (str, bytes)) else exclude)]
+    options = _library.Options(
+        ctypes.sizeof(_library.Options), b"" if root_dir is None else _text(root_dir),
+        include_dot_files=bool(include_hidden), dont_follow_links=not follow_links,
+        excluded_names=(ctypes.c_char_p * len(names))(*names), excluded_count=len(names),
+        one_file_system=bool(one_file_system), max_depth=max_depth or 0)
+    return _matches(_text(pattern), options, onerror, decode)
 
 
 def _text(path: _RootFolder) -> bytes:
@@ -57,9 +75,8 @@ def _text(path: _RootFolder) -> bytes:
     return text
 
 
-def _matches(pattern: bytes, root_folder: bytes, include_hidden: bool, onerror: Optional[_OnError],
+def _matches(pattern: bytes, options: _library.Options, onerror: Optional[_OnError],
              decode: Callable[[bytes], Any]) -> Generator[Any, None, None]:
-    options = _library.Options(ctypes.sizeof(_library.Options), root_folder, include_dot_files=bool(include_hidden))
     search = _Search(pattern, options)
     separator = decode(b"\0")
     try:
@@ -95,7 +112,8 @@ class _Search:
                 raise SystemExit  # closed by `_close_all`; it ends a daemon thread without a word
             failures = []
             while with_failures and (failure := _library.next_failure(self._handle)):
-                failures.append(make_error(failure.contents, decode))
+                if failure.contents.status != _library.OK:  # a note
+                    failures.append(make_error(failure.contents, decode))
             if status != _library.OK:
                 return None, failures, make_error(_library.error(self._handle).contents, decode)
             return ctypes.string_at(begin, length.value - 1) if length else None, failures, None

@@ -17,8 +17,12 @@ SECRET = "se+cr/e%t: x"
 NAMES = ["three", "tree", "two"]
 
 
-def page(names=NAMES, token=None):
+KEYS = sorted([f"f{folder}/x{number}" for folder in range(3) for number in range(15)] + [f"f0/{name}/x" for name in ("S", "t", "U")])
+
+
+def page(names=NAMES, token=None, prefixes=()):
     inside = "".join(f"<Contents><Key>{name}</Key></Contents>" for name in names)
+    inside += "".join(f"<CommonPrefixes><Prefix>{prefix}</Prefix></CommonPrefixes>" for prefix in prefixes)
     inside += f"<IsTruncated>true</IsTruncated><NextContinuationToken>{token}</NextContinuationToken>" if token else \
         "<IsTruncated>false</IsTruncated>"
     return f"<?xml version='1.0'?><ListBucketResult>{inside}</ListBucketResult>".encode()
@@ -26,6 +30,21 @@ def page(names=NAMES, token=None):
 
 def error(code, more=""):
     return f"<Error><Code>{code}</Code><Message>as configured</Message><RequestId>id-{code}</RequestId>{more}</Error>".encode()
+
+
+def listing(query, keys=KEYS):
+    """A page of at most ten keys and prefixes, as a store would answer that lists in the order of `keys`."""
+    prefix, delimiter, token = query.get("prefix", ""), query.get("delimiter"), query.get("continuation-token")
+    names, after = [], query.get("start-after", "")
+    for key in keys:
+        end = key.find("/", len(prefix)) if delimiter else -1
+        name = key[:end + 1] if end >= 0 else key
+        if key.startswith(prefix) and key > after and name not in names:
+            names.append(name)
+    begin = names.index(token) + 1 if token else 0
+    chosen, more = names[begin:begin + 10], len(names) > begin + 10
+    is_prefix = lambda name: name.endswith("/")
+    return 200, page(itertools.filterfalse(is_prefix, chosen), chosen[-1] if more else None, filter(is_prefix, chosen)), {}
 
 
 WELL = (200, page(), {})
@@ -65,7 +84,7 @@ def cut(request):
     request.wfile.write(response)
 
 
-# bucket: the response (status, body, headers) to a request, which has the attributes `number` (from 1, for each bucket), `token` (of
+# bucket: the response (status, body, headers) to a request, which has the attributes `number` (from 1, for each bucket), `query`, `token` (of
 # continuation), `region` (that it is signed for) and `bucket`; None hangs up.
 BEHAVIOURS = {
     "well": lambda request: WELL,
@@ -81,6 +100,7 @@ BEHAVIOURS = {
     "cut-5": cut,
     "cut-20": cut,
     "garbage": lambda request: (200, bytes(range(256)) * 10, {}),
+    "not-http": lambda request: (request.wfile.write(b"220 mail.example ESMTP\r\n\r\n"), None)[1],
     "long-header": lambda request: (200, page(), {"x-long": "x" * 200000}),
     "same-token": lambda request: (200, page([f"t{request.number:06}"], "again"), {}),
     "empty-forever": lambda request: (200, page([], f"token{request.number}"), {}),
@@ -91,8 +111,17 @@ BEHAVIOURS = {
     "password": with_the_password,
     "in-host": lambda request: WELL if request.headers["Host"].startswith("in-host.") else (400, b"", {}),
     "payer": lambda request: WELL if request.headers.get("x-amz-request-payer") == "requester" else (403, error("AccessDenied"), {}),
+    "collated": lambda request: listing(request.query, sorted(KEYS, key=str.lower)),
+    "limited": lambda request: listing(request.query) if request.query["prefix"].startswith("f0/") else (403, error("AccessDenied"), {}),
     "unsigned": lambda request: (403, error("AccessDenied"), {}) if "Authorization" in request.headers else WELL,
 }
+
+
+def behaviour(bucket):
+    """That of the bucket "gone-7" is to be absent at the seventh request only."""
+    if not bucket.startswith("gone-"):
+        return BEHAVIOURS[bucket]
+    return lambda request: (404, error("NoSuchBucket"), {}) if bucket.endswith(f"-{request.number}") else listing(request.query)
 
 
 class Handler(http.server.BaseHTTPRequestHandler):
@@ -103,9 +132,10 @@ class Handler(http.server.BaseHTTPRequestHandler):
         self.bucket = address.path.split("/")[1] or self.headers["Host"].split(".")[0]
         self.server.requests[self.bucket] += 1
         self.number = self.server.requests[self.bucket]
-        self.token = dict(urllib.parse.parse_qsl(address.query)).get("continuation-token", "0")
+        self.query = dict(urllib.parse.parse_qsl(address.query, keep_blank_values=True))
+        self.token = self.query.get("continuation-token", "0")
         self.region = (self.headers.get("Authorization", "").split("/") + [""] * 3)[2]
-        response = BEHAVIOURS[self.bucket](self)
+        response = behaviour(self.bucket)(self)
         self.close_connection = True
         if response is None:
             return

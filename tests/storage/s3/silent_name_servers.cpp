@@ -2,8 +2,8 @@
 #include <netdb.h>
 #include <unistd.h>
 
-extern "C" int getaddrinfo(char const* /*host*/, char const* /*service*/, addrinfo const* /*hints*/,
-                           addrinfo** /*result*/) {
+extern "C" __attribute__((visibility("default"))) int getaddrinfo(char const* /*host*/, char const* /*service*/,
+                                                                  addrinfo const* /*hints*/, addrinfo** /*result*/) {
   ::sleep(60);
   return EAI_AGAIN;
 }

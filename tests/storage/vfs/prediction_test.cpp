@@ -10,6 +10,7 @@
 #include "foundation/storage/vfs/conversion.hpp"
 #include "foundation/storage/vfs/session/pending_reads.hpp"
 #include "foundation/storage/vfs/session/read_window.hpp"
+#include "foundation/storage/vfs/session/visibility.hpp"
 #include "support/hooked_provider.hpp"
 #include "support/oracle.hpp"
 #include "support/search.hpp"
@@ -56,7 +57,7 @@ vfs::SearchOutline outlineOf(std::string pattern) {
 
 // What is read if each read is made when it is predicted to be the next.
 Strings predicted(Tree const& tree, std::string const& pattern) {
-  vfs::SearchStates const search(outlineOf(pattern));
+  vfs::SearchStates const search(outlineOf(pattern), vfs::Visibility({}));
   MemoryProvider store(tree);
   PendingReads pending;
   Strings all;
@@ -124,7 +125,7 @@ TEST(Prediction, LeavesNoListingOut) {
 }
 
 TEST(PendingReads, ForgetsWhatTheSearchHasPassed) {
-  vfs::SearchStates const search(outlineOf("*/*"));
+  vfs::SearchStates const search(outlineOf("*/*"), vfs::Visibility({}));
   vfs::FolderSnapshot snapshot(vfs::AbsoluteIRI(u"file:///"), "");
   for (auto const* const name : {"a", "b%", "c", "d"}) snapshot.entries.add(name, EntryKind::folder);
   PendingReads pending;

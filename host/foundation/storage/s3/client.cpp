@@ -15,7 +15,8 @@ Query queryOf(ListRequest const& request) {
   // Without encoding-type=url XML couldn't carry keys with control characters.
   Query query{{"list-type", "2"}, {"encoding-type", "url"}, {"prefix", request.prefix}};
   if (request.delimited) query.emplace_back("delimiter", "/");
-  if (!request.startAfter.empty()) query.emplace_back("start-after", request.startAfter);
+  if (!request.startAfter.empty() && request.continuationToken.empty())
+    query.emplace_back("start-after", request.startAfter);
   if (!request.continuationToken.empty()) query.emplace_back("continuation-token", request.continuationToken);
   if (request.maximumKeys != 0) query.emplace_back("max-keys", std::to_string(request.maximumKeys));
   return query;

@@ -1,8 +1,10 @@
 #include "foundation/storage/s3/list_page.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <utility>
 
 #include <pugixml.hpp>
@@ -101,8 +103,8 @@ ListPage parseListPage(std::string_view body, bool withFacts) {
   return page;
 }
 
-PageCheck::PageCheck(std::string prefix, bool delimited, std::string after)
-    : prefix_(std::move(prefix)), delimited_(delimited), last_(std::move(after)), begun_(!last_.empty()) {}
+PageCheck::PageCheck(std::string prefix, bool delimited, std::string after, std::string token)
+    : prefix_(std::move(prefix)), delimited_(delimited), last_(std::move(after)), token_(std::move(token)) {}
 
 void PageCheck::checkName(std::string const& name, bool isPrefix) const {
   if (!name.starts_with(prefix_)) throw MalformedPage("a name does not begin with the requested prefix");
@@ -110,23 +112,39 @@ void PageCheck::checkName(std::string const& name, bool isPrefix) const {
   bool const isSplit =
       isPrefix ? delimited_ && delimiter == name.size() - 1 : !delimited_ || delimiter == std::string::npos;
   if (!isSplit) throw MalformedPage("a name is not split at the requested delimiter");
-  if (begun_ && name < last_) throw MalformedPage("a page begins before the end of the previous one");
+}
+
+// Whether the page's names are in byte order and none precedes those of the previous pages. A common prefix may come
+// again.
+bool PageCheck::continues(ListPage const& page) {
+  std::string greatest = last_;
+  for (auto const* const names : {&page.keys, &page.commonPrefixes}) {
+    if (names->empty()) continue;
+    if (names->front() < last_ || !std::is_sorted(names->begin(), names->end())) return false;
+    greatest = std::max(greatest, names->back());
+  }
+  last_ = std::move(greatest);
+  return true;
+}
+
+bool PageCheck::hasNewNames(ListPage const& page) {
+  std::size_t const before = seen_.size();
+  for (auto const* const names : {&page.keys, &page.commonPrefixes})
+    for (std::string const& name : *names) seen_.insert(std::hash<std::string>()(name));
+  return seen_.size() > before;
 }
 
 void PageCheck::accept(ListPage const& page) {
-  std::string const* greatest = nullptr;
-  for (auto const* const names : {&page.keys, &page.commonPrefixes})
-    for (std::string const& name : *names) {
-      checkName(name, names == &page.commonPrefixes);
-      if (greatest == nullptr || *greatest < name) greatest = &name;
-    }
-  if (greatest == nullptr) {
+  for (std::string const& key : page.keys) checkName(key, false);
+  for (std::string const& prefix : page.commonPrefixes) checkName(prefix, true);
+  if (page.keys.empty() && page.commonPrefixes.empty()) {
     if (page.truncated && ++emptyPages_ > maximumEmptyPages) throw MalformedPage("too many empty pages in a row");
   } else {
-    if (begun_ && !(last_ < *greatest)) throw MalformedPage("a page repeats the previous one");
-    last_ = *greatest;
-    begun_ = true;
     emptyPages_ = 0;
+    std::string const before = last_;
+    isOrdered_ = isOrdered_ && continues(page);
+    bool const isNew = isOrdered_ ? before < last_ : hasNewNames(page);
+    if (!isNew) throw MalformedPage("a page repeats the previous one");
   }
   if (!page.truncated) return;
   if (page.continuationToken.empty()) throw MalformedPage("more pages follow, but there is no continuation token");

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "foundation/storage/vfs/entry_facts.hpp"
@@ -32,24 +34,32 @@ class MalformedPage : public std::runtime_error {
 ListPage parseListPage(std::string_view body, bool withFacts = false);
 
 /// Checks that the pages of one listing agree with the request and with each other: every name begins with the prefix;
-/// with a delimiter, no key continues past it and each common prefix ends with it; a page doesn't start before the end
-/// of the previous one, and goes beyond it; no continuation token comes twice in a row. So a listing of any store ends.
+/// with a delimiter, no key continues past it and each common prefix ends with it; no continuation token comes twice in a
+/// row; each page has names that the previous ones don't have. So a listing of any store ends. Notices where a store
+/// doesn't list in byte order, which the interface requires but not every store does.
 class PageCheck {
  public:
-  /// `after`: the key after which the listing starts; empty if it starts at the beginning.
-  PageCheck(std::string prefix, bool delimited, std::string after = {});
+  /// `after`: the key after which the listing starts; empty if it starts at the beginning. `token`: the continuation
+  /// token that the listing starts with; may be empty.
+  PageCheck(std::string prefix, bool delimited, std::string after = {}, std::string token = {});
 
   /// Throws `MalformedPage` if the page can't be the next one.
   void accept(ListPage const& page);
 
+  /// Whether all pages so far came in byte order.
+  bool isOrdered() const noexcept { return isOrdered_; }
+
  private:
   void checkName(std::string const& name, bool isPrefix) const;
+  bool continues(ListPage const& page);
+  bool hasNewNames(ListPage const& page);
 
   std::string prefix_;
   bool delimited_;
-  std::string last_;
+  std::string last_;  // the greatest name so far
   std::string token_;
-  bool begun_ = false;
+  bool isOrdered_ = true;
+  std::unordered_set<std::size_t> seen_;  // hashes of the names of a store that doesn't list in byte order
   unsigned emptyPages_ = 0;
 };
 

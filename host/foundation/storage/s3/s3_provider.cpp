@@ -4,7 +4,6 @@
 #include <string>
 #include <utility>
 
-#include "foundation/storage/s3/object_location.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
 
 namespace foundation::storage::s3 {
@@ -24,49 +23,59 @@ bool reachesPast(ListPage const& page, std::string const& folderPrefix) {
          std::any_of(page.commonPrefixes.begin(), page.commonPrefixes.end(), sortsAfter);
 }
 
-// The first page with a name in it, or the last page: a page may be empty although more follow.
-ListPage firstNonEmptyPage(Client& client, ListRequest request, PageCheck& check, vfs::AbsoluteIRI const& location) {
-  for (;;) {
-    ListPage page = client.list(request, check, location);
-    if (!page.truncated || !page.keys.empty() || !page.commonPrefixes.empty()) return page;
-    request.continuationToken = std::move(page.continuationToken);
-  }
-}
-
-// Whether any key begins with the prefix. For an empty prefix, whether the bucket exists: then the request succeeds.
-bool anyKeyBelow(Client& client, std::string const& bucket, std::string const& prefix,
-                 vfs::AbsoluteIRI const& location) {
-  PageCheck check(prefix, false);
-  ListRequest const request{.bucket = bucket, .prefix = prefix, .maximumKeys = 1};
-  if (!prefix.empty()) return !firstNonEmptyPage(client, request, check, location).keys.empty();
-  client.list(request, check, location);
-  return true;
-}
-
-// What exists at the location; the facts of an object only if they are asked for.
-std::optional<vfs::EntryFacts> lookUp(Client& client, ObjectLocation const& target, vfs::AbsoluteIRI const& location,
-                                      bool withFacts) {
-  vfs::EntryFacts const folder{.kind = vfs::EntryKind::folder};
-  std::optional<vfs::EntryFacts> object;
-  if (!target.folderOnly && !target.key.empty()) {
-    PageCheck check(target.key, true);
-    ListRequest const request{.bucket = target.bucket,
-                              .prefix = target.key,
-                              .delimited = true,
-                              .maximumKeys = lookUpPageSize,
-                              .withFacts = withFacts};
-    ListPage const page = firstNonEmptyPage(client, request, check, location);
-    if (contains(page.commonPrefixes, target.folderPrefix())) return folder;
-    auto const found = std::find(page.keys.begin(), page.keys.end(), target.key);
-    if (found != page.keys.end()) {
-      object = withFacts ? page.facts[static_cast<std::size_t>(found - page.keys.begin())] : vfs::EntryFacts();
-    }
-    if (reachesPast(page, target.folderPrefix())) return object;
-  }
-  return anyKeyBelow(client, target.bucket, target.folderPrefix(), location) ? folder : object;
+bool isAbsence(vfs::Exception const& error) {
+  return error.getErrorCode() == static_cast<int>(vfs::ErrorCode::notFound);
 }
 
 }  // namespace
+
+// The pages of one request for a list.
+class S3Provider::Pages {
+ public:
+  Pages(S3Provider& provider, ListRequest request, vfs::AbsoluteIRI const& location)
+      : provider_(provider),
+        client_(provider.client(location)),
+        request_(std::move(request)),
+        location_(location),
+        check_(request_.prefix, request_.delimited, request_.delimited ? std::string() : request_.startAfter,
+               request_.continuationToken) {}
+
+  bool more() const noexcept { return more_; }
+
+  // The next page: one request. The absence of the bucket concerns its root, and is a failure once it has answered.
+  ListPage next() {
+    ListPage page;
+    try {
+      page = client_.list(request_, check_, location_);
+    } catch (vfs::Exception const& error) {
+      if (!isAbsence(error)) throw;
+      if (hasAnswered_) throw vfs::Exception(vfs::ErrorCode::other, location_, error.reason());
+      throw vfs::Exception(vfs::ErrorCode::notFound, vfs::AbsoluteIRI(location_, u"/"), error.reason());
+    }
+    hasAnswered_ = true;
+    if (!check_.isOrdered()) provider_.isUnordered_ = true;
+    more_ = page.truncated;
+    request_.continuationToken = page.continuationToken;
+    return page;
+  }
+
+  // The first page with a name in it, or the last page: a page may be empty although more follow.
+  ListPage nextNonEmpty() {
+    for (;;) {
+      ListPage page = next();
+      if (!more_ || !page.keys.empty() || !page.commonPrefixes.empty()) return page;
+    }
+  }
+
+ private:
+  S3Provider& provider_;
+  Client& client_;
+  ListRequest request_;
+  vfs::AbsoluteIRI const& location_;
+  PageCheck check_;
+  bool more_ = true;
+  bool hasAnswered_ = false;
+};
 
 S3Provider::S3Provider(MakeClient makeClient) : makeClient_(std::move(makeClient)) {}
 
@@ -78,6 +87,13 @@ Client& S3Provider::client(vfs::AbsoluteIRI const& location) {
     throw vfs::Exception(vfs::ErrorCode::other, location, error.what());
   }
   return *client_;
+}
+
+// Whether any key begins with the prefix. For an empty prefix, whether the bucket exists: then the request succeeds.
+bool S3Provider::anyKeyBelow(ObjectLocation const& target, vfs::AbsoluteIRI const& location) {
+  Pages pages(*this, {.bucket = target.bucket, .prefix = target.folderPrefix(), .maximumKeys = 1}, location);
+  if (target.key.empty()) return pages.next(), true;
+  return !pages.nextNonEmpty().keys.empty();
 }
 
 vfs::PathKind S3Provider::kind(vfs::AbsoluteIRI const& location) {
@@ -93,78 +109,94 @@ std::optional<vfs::EntryFacts> S3Provider::facts(vfs::AbsoluteIRI const& locatio
 std::optional<vfs::EntryFacts> S3Provider::find(vfs::AbsoluteIRI const& location, bool withFacts) {
   ObjectLocation const target = objectLocationOf(location);
   if (!target.canExist()) return std::nullopt;
-  try {
-    return lookUp(client(location), target, location, withFacts);
-  } catch (vfs::Exception const& error) {
-    if (error.getErrorCode() == static_cast<int>(vfs::ErrorCode::notFound)) return std::nullopt;
-    throw;
+  vfs::EntryFacts const folder{.kind = vfs::EntryKind::folder};
+  std::optional<vfs::EntryFacts> object;
+  if (!target.folderOnly && !target.key.empty()) {
+    ListRequest const request{.bucket = target.bucket,
+                              .prefix = target.key,
+                              .delimited = true,
+                              .maximumKeys = lookUpPageSize,
+                              .withFacts = withFacts};
+    ListPage const page = Pages(*this, request, location).nextNonEmpty();
+    if (contains(page.commonPrefixes, target.folderPrefix())) return folder;
+    auto const found = std::find(page.keys.begin(), page.keys.end(), target.key);
+    if (found != page.keys.end()) {
+      object = withFacts ? page.facts[static_cast<std::size_t>(found - page.keys.begin())] : vfs::EntryFacts();
+    }
+    if (!page.truncated || (!isUnordered_ && reachesPast(page, target.folderPrefix()))) return object;
   }
+  return anyKeyBelow(target, location) ? folder : object;
 }
 
 void S3Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) {
   ObjectLocation const target = objectLocationOf(folder);
-  bool found = target.canExist() && (target.key.empty() || !namePrefix.empty());
-  if (target.canExist()) {
-    std::string const folderPrefix = target.folderPrefix();
-    ListRequest request{.bucket = target.bucket,
-                        .prefix = folderPrefix + validUtf8Prefix(namePrefix),
-                        .delimited = true,
-                        .withFacts = entries.wantsFacts()};
-    PageCheck check(request.prefix, true);
-    for (bool more = true; more;) {
-      ListPage page = client(folder).list(request, check, folder);
-      found = found || !page.keys.empty() || !page.commonPrefixes.empty();
-      auto const add = [&](std::string_view name, auto const& kindOrFacts) {
-        if (nameablePrefix(name) == name) entries.add(name, kindOrFacts);
-      };
-      for (std::size_t i = 0; i < page.keys.size(); ++i) {
-        std::string_view const name = std::string_view(page.keys[i]).substr(folderPrefix.size());
-        request.withFacts ? add(name, page.facts[i]) : add(name, vfs::EntryKind::file);
-      }
-      for (std::string_view prefix : page.commonPrefixes) {
-        prefix.remove_prefix(folderPrefix.size());
-        prefix.remove_suffix(1);
-        add(prefix, vfs::EntryKind::folder);
-      }
-      more = page.truncated;
-      request.continuationToken = std::move(page.continuationToken);
+  bool const mustExist = !target.canExist() || (!target.key.empty() && namePrefix.empty());
+  if (!(target.canExist() && listNames(folder, target, namePrefix, {}, entries)) && mustExist)
+    throw vfs::Exception(vfs::ErrorCode::notFound, folder, "no such folder");
+}
+
+void S3Provider::listRest(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view after,
+                          vfs::EntrySink& entries) {
+  listNames(folder, objectLocationOf(folder), namePrefix, after, entries);
+}
+
+// Whether there was any name, be it only the folder's marker.
+bool S3Provider::listNames(vfs::AbsoluteIRI const& folder, ObjectLocation const& target, std::string_view namePrefix,
+                           std::string_view after, vfs::EntrySink& entries) {
+  std::string const folderPrefix = target.folderPrefix();
+  ListRequest request{.bucket = target.bucket, .prefix = folderPrefix + validUtf8Prefix(namePrefix), .delimited = true};
+  if (!after.empty()) request.startAfter = folderPrefix + validUtf8Prefix(after);
+  bool found = false;
+  bool const withFacts = request.withFacts = entries.wantsFacts();
+  auto const add = [&](std::string_view name, auto const& kindOrFacts) {
+    if (nameablePrefix(name) == name) entries.add(name, kindOrFacts);
+  };
+  for (Pages pages(*this, std::move(request), folder); pages.more();) {
+    ListPage const page = pages.next();
+    found = found || !page.keys.empty() || !page.commonPrefixes.empty();
+    for (std::size_t i = 0; i < page.keys.size(); ++i) {
+      std::string_view const name = std::string_view(page.keys[i]).substr(folderPrefix.size());
+      withFacts ? add(name, page.facts[i]) : add(name, vfs::EntryKind::file);
+    }
+    for (std::string_view prefix : page.commonPrefixes) {
+      prefix.remove_prefix(folderPrefix.size());
+      prefix.remove_suffix(1);
+      add(prefix, vfs::EntryKind::folder);
     }
   }
-  if (!found) throw vfs::Exception(vfs::ErrorCode::notFound, folder, "no such folder");
+  return found;
 }
 
 vfs::SubtreePage S3Provider::subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
-                                     bool withFacts) {
+                                     std::string_view page, bool withFacts) {
   vfs::SubtreePage result;
   ObjectLocation const target = objectLocationOf(folder);
   if (!target.canExist()) return result;
+  result.isOrdered = !isUnordered_;
+  if (!result.isOrdered) return result;
   std::string const folderPrefix = target.folderPrefix();
-  ListRequest request{
-      .bucket = target.bucket, .prefix = folderPrefix + validUtf8Prefix(prefix), .withFacts = withFacts};
   // Skips the folder's own marker, which isn't a path below it.
-  request.startAfter = folderPrefix + validUtf8Prefix(after);
-  PageCheck check(request.prefix, false, request.startAfter);
-  ListPage page;
-  try {
-    page = client(folder).list(request, check, folder);
-  } catch (vfs::Exception const& error) {
-    if (error.getErrorCode() == static_cast<int>(vfs::ErrorCode::notFound)) return result;
-    throw;
-  }
-  if (!std::is_sorted(page.keys.begin(), page.keys.end()))
-    throw vfs::Exception(vfs::ErrorCode::other, folder, "the store does not list keys in byte order");
+  ListRequest request{.bucket = target.bucket,
+                      .prefix = folderPrefix + validUtf8Prefix(prefix),
+                      .startAfter = folderPrefix + validUtf8Prefix(after),
+                      .continuationToken = std::string(page),
+                      .withFacts = withFacts};
+  ListPage listed = Pages(*this, std::move(request), folder).next();
+  result.isOrdered = !isUnordered_;
+  if (!result.isOrdered) return result;
   std::string_view reached = after;
-  for (std::size_t i = 0; i < page.keys.size(); ++i) {
-    std::string_view const key = std::string_view(page.keys[i]).substr(folderPrefix.size());
+  for (std::size_t i = 0; i < listed.keys.size(); ++i) {
+    std::string_view const key = std::string_view(listed.keys[i]).substr(folderPrefix.size());
     // For a key that no path can name, the deepest folder above it that one can, unless a path in it came before.
     std::string_view const path = nameablePrefix(key);
     if (path <= reached || !path.starts_with(prefix)) continue;
     result.paths.emplace_back(path);
-    if (withFacts) result.facts.push_back(page.facts[i]);
+    if (withFacts) result.facts.push_back(std::move(listed.facts[i]));
     reached = path;
   }
-  result.last = !page.truncated;
-  if (!page.keys.empty()) result.position = page.keys.back().substr(folderPrefix.size());
+  result.last = !listed.truncated;
+  result.nextPage = std::move(listed.continuationToken);
+  if (!listed.keys.empty()) result.position = listed.keys.back().substr(folderPrefix.size());
   return result;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -7,6 +8,7 @@
 
 #include "foundation/core/threads/mutex.hpp"
 #include "foundation/storage/s3/client.hpp"
+#include "foundation/storage/s3/object_location.hpp"
 #include "foundation/storage/vfs/provider.hpp"
 
 namespace foundation::storage::s3 {
@@ -39,15 +41,25 @@ class S3Provider final : public vfs::Provider {
 
   /// One request for 1,000 keys.
   vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
-                           bool withFacts) override;
+                           std::string_view page, bool withFacts) override;
+
+  /// One request for each 1,000 entries.
+  void listRest(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view after,
+                vfs::EntrySink& entries) override;
 
  private:
+  class Pages;
+
   Client& client(vfs::AbsoluteIRI const& location);
   std::optional<vfs::EntryFacts> find(vfs::AbsoluteIRI const& location, bool withFacts);
+  bool anyKeyBelow(ObjectLocation const& target, vfs::AbsoluteIRI const& location);
+  bool listNames(vfs::AbsoluteIRI const& folder, ObjectLocation const& target, std::string_view namePrefix,
+                 std::string_view after, vfs::EntrySink& entries);
 
   MakeClient makeClient_;
   core::threads::Mutex mutex_;
   std::unique_ptr<Client> client_ KORVAN_GUARDED_BY(mutex_);
+  std::atomic<bool> isUnordered_ = false;  // whether the store was found not to list in byte order
 };
 
 }  // namespace foundation::storage::s3

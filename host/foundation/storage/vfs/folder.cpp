@@ -59,9 +59,13 @@ bool entersLinks() {
   return cache == nullptr || cache->visibility().followsLinks();
 }
 
-// Within a session.
+// Within a session. An entry that can't be looked up, which the session reports, counts as one: it isn't to be entered.
 bool isLink(Provider& provider, AbsoluteIRI const& location) {
-  return currentSessionCache()->entryKind(provider, location) == EntryKind::link;
+  try {
+    return currentSessionCache()->entryKind(provider, location) == EntryKind::link;
+  } catch (Exception const&) {
+    return true;
+  }
 }
 
 bool maybeLink(AbsoluteIRI const& location) {
@@ -132,6 +136,10 @@ Folder::Folder(std::shared_ptr<Node const> node) noexcept : node_(std::move(node
 
 AbsoluteIRI const& Folder::getLocation() const noexcept {
   return node_->location;
+}
+
+void Folder::expectDescent() const {
+  if (SessionCache* const cache = currentSessionCache()) cache->expectDescent(node_->location);
 }
 
 std::u16string Folder::getName() const {

@@ -25,8 +25,13 @@ bool Provider::servesSubtrees() const noexcept {
 }
 
 SubtreePage Provider::subtree(AbsoluteIRI const& folder, std::string_view /*prefix*/, std::string_view /*after*/,
-                              bool /*withFacts*/) {
+                              std::string_view /*page*/, bool /*withFacts*/) {
   throw Exception(ErrorCode::other, folder, "this kind of storage has no flat listings");
+}
+
+void Provider::listRest(AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view /*after*/,
+                        EntrySink& entries) {
+  list(folder, namePrefix, entries);
 }
 
 }  // namespace foundation::storage::vfs

@@ -32,6 +32,10 @@ struct SubtreePage {
   /// What the next page begins after, if that isn't the last of `paths`: a page may end with keys that no path can
   /// name. Empty for the last of `paths`.
   std::string position;
+  /// What the provider calls the next page; may be empty.
+  std::string nextPage{};
+  /// Whether the store lists in byte order. If not, the page is of no use.
+  bool isOrdered = true;
   /// Of each of `paths`, if they were asked for.
   std::vector<EntryFacts> facts{};
 };
@@ -62,7 +66,9 @@ class KORVAN_HOST_EXPORT Provider {
   /// by default. No request.
   virtual std::size_t readsInFlight() const noexcept;
 
-  /// What exists at the location; `notFound` if nothing does. At most two requests.
+  /// What exists at the location; `notFound` if nothing does. At most two requests. This and the other operations throw
+  /// an `Exception` with code `notFound` and the root's location where the whole authority (a bucket) is absent, which
+  /// a session doesn't believe of a store that has answered before.
   virtual PathKind kind(AbsoluteIRI const& location) = 0;
 
   /// Adds to `entries` the entries of the folder whose names begin with the bytes `namePrefix`, in any order; it may
@@ -78,16 +84,22 @@ class KORVAN_HOST_EXPORT Provider {
   /// requests. By default only the kind, as `kind` finds it out: for storage without links.
   virtual std::optional<EntryFacts> facts(AbsoluteIRI const& location);
 
-  /// Whether this is a store of flat keys: `subtree` is served, and `list` reads only what begins with its prefix. By
-  /// default not.
+  /// Whether this is a store of flat keys: `subtree` and `listRest` are served, and `list` reads only what begins with
+  /// its prefix. By default not.
   virtual bool servesSubtrees() const noexcept;
 
   /// The page of everything below the folder whose path below it begins with the bytes `prefix` and is greater than
-  /// `after` (from the beginning if that is empty). One request. For a folder with nothing below it, and for a location
-  /// where nothing exists, the page is empty and the last one. The facts of its paths only if they are asked for.
-  /// Throws `Exception` with code `other` if this isn't served.
+  /// `after` (from the beginning if that is empty). `page` is the `nextPage` of the page that ended there, or empty. One
+  /// request, for nothing outside that prefix. For a folder with nothing below it, and for a location where nothing
+  /// exists, the page is empty and the last one. The facts of its paths only if they are asked for. Throws `Exception`
+  /// with code `other` if this isn't served.
   virtual SubtreePage subtree(AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
-                              bool withFacts);
+                              std::string_view page, bool withFacts);
+
+  /// As `list`, but only the entries from the path `after` below the folder on: those with a key greater than it, among
+  /// them perhaps the one that it is in. The folder is known to exist. For a store that lists in byte order.
+  virtual void listRest(AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view after,
+                        EntrySink& entries);
 };
 
 }  // namespace foundation::storage::vfs

@@ -38,6 +38,10 @@ std::vector<Exception> const& ReadSession::failedListings() const noexcept {
   return cache_->failures().reported();
 }
 
+std::vector<Exception> const& ReadSession::notes() const noexcept {
+  return cache_->notes();
+}
+
 ReadSession* ReadSession::current() noexcept {
   return innermost;
 }

@@ -65,6 +65,10 @@ class KORVAN_HOST_EXPORT ReadSession {
   /// earlier call isn't repeated.
   std::vector<Exception> const& failedListings() const noexcept;
 
+  /// What a user should know although the result is complete, such as why a store costs more requests than usual: each
+  /// once, with the location and the reason. The list only grows.
+  std::vector<Exception> const& notes() const noexcept;
+
   /// The calling thread's innermost session, or null.
   static ReadSession* current() noexcept;
 

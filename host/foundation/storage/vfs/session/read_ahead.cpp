@@ -47,7 +47,7 @@ ReadAhead::~ReadAhead() {
 }
 
 std::shared_ptr<void const> ReadAhead::announce(SearchOutline const& outline) {
-  auto search = std::make_shared<SearchStates const>(outline);
+  auto search = std::make_shared<SearchStates const>(outline, visibility_);
   std::shared_ptr<void const> announcement = std::make_shared<char>();
   std::vector<Answer> unrequested;
   {

@@ -10,12 +10,13 @@ namespace foundation::storage::vfs {
 
 using Match = SearchOutline::Match;
 
-SearchStates::SearchStates(SearchOutline const& outline) : start_(keyOf(outline.start)) {
+SearchStates::SearchStates(SearchOutline const& outline, Visibility const& visibility) : start_(keyOf(outline.start)) {
   for (auto const& [match, text] : outline.segments) {
     Segment segment{match, outline.includeDotFiles || text.starts_with(u'.'), {}, {}};
     bool const hasName = match != Match::name || core::text::appendBytes(segment.name, text);
     // "." and ".." aren't entries, and a text without a byte form names nothing.
     if (!hasName || segment.name == "." || segment.name == ".." || segments_.size() == 64) break;
+    if (!segment.name.empty() && (visibility.closesFolders() || visibility.hides(segment.name))) break;
     Set const bit = Set{1} << segments_.size();
     if (match == Match::filter) segment.filter.emplace(text);
     if (match == Match::descent) segment.matchesDotNames = outline.includeDotFiles;

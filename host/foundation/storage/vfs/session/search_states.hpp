@@ -11,6 +11,7 @@
 #include "foundation/storage/vfs/absolute_iri.hpp"
 #include "foundation/storage/vfs/detail/name_filter.hpp"
 #include "foundation/storage/vfs/search_outline.hpp"
+#include "foundation/storage/vfs/session/visibility.hpp"
 
 namespace foundation::storage::vfs {
 
@@ -21,7 +22,8 @@ class KORVAN_HOST_EXPORT SearchStates {
  public:
   using Set = std::uint64_t;
 
-  explicit SearchStates(SearchOutline const& outline);
+  /// A search that looks up a name that `visibility` hides, or may hide where it is looked up, counts as ending before.
+  SearchStates(SearchOutline const& outline, Visibility const& visibility);
 
   /// The states at a folder, as its path below the start implies; none if the search doesn't reach it.
   Set at(AbsoluteIRI const& folder) const;

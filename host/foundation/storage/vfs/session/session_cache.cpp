@@ -32,6 +32,12 @@ bool covers(FolderSnapshot const& snapshot, std::u16string_view key, std::string
   return KeyEqual()(keyOf(snapshot.location), key) && prefix.starts_with(snapshot.prefix);
 }
 
+bool isAtOrBelow(AbsoluteIRI const& location, AbsoluteIRI const& folder) {
+  std::u16string_view const key = keyOf(location);
+  std::u16string_view const above = keyOf(folder);
+  return key.starts_with(above) && (key.size() == above.size() || key[above.size()] == u'/');
+}
+
 bool isRefusal(Exception const& failure) {
   return failure.getErrorCode() == static_cast<int>(ErrorCode::permissionDenied);
 }
@@ -102,14 +108,15 @@ std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> con
     added.search = search_;
     return noteRequested(added);
   }
-  if (visibility_.descendsFrom(location)) {
-    scan(*provider, location, prefix);
-    if (CachedFolder* const cached = find(keyOf(location), prefix)) {
-      enter(*cached, *provider);
-      return noteRequested(*cached);
-    }
-  }
-  CachedFolder& added = add(readFolder(*provider, location, prefix, &visibility_));
+  SubtreeScan::Expectation const expected = !visibility_.descendsFrom(location) ? SubtreeScan::Expectation::thisFolder
+                                            : descent_ && isAtOrBelow(location, *descent_)
+                                                ? SubtreeScan::Expectation::everythingBelow
+                                                : SubtreeScan::Expectation::unknown;
+  auto snapshot = scanFor(location, prefix).read(*provider, location, prefix, expected, [this](auto const& other) {
+    addScanned(other);
+  });
+  noteOrderOf(location);
+  CachedFolder& added = add(std::move(snapshot));
   enter(added, *provider);
   return noteRequested(added);
 }
@@ -152,22 +159,23 @@ PathKind SessionCache::askKind(StorageSystem& system, AbsoluteIRI const& locatio
   std::shared_ptr<Provider> const provider = system.provider(location.scheme());
   Busy const busy(busy_);
   AbsoluteIRI const above = location.getParent();
-  bool const tryAPage = entry.snapshot == nullptr && scan_ && location.hasParent() && scan_->reaches(above, {});
-  if (tryAPage && scan_->isWorthAPage()) {
-    scan(*provider, above, {});
+  if (entry.snapshot == nullptr && scan_ && location.hasParent() && scan_->reaches(above, {})) {
+    scan_->readForLookup(*provider, above, [this](auto const& snapshot) { addScanned(snapshot); });
     entry = findEntry(location);
   }
   if (entry.snapshot != nullptr) {
     return entry.index == EntryTable::npos ? PathKind::notFound : kindOfEntry(*entry.snapshot, entry.index, *provider);
   }
-  // Of a store, only so many are looked up ahead as will be looked up individually anyway.
-  std::size_t mostAhead = SIZE_MAX;
-  if (provider->servesSubtrees()) {
-    mostAhead = tryAPage ? std::min(scan_->lookupsToSkip(), 2 * provider->readsInFlight()) : 0;
-  }
+  PathKind const kind =
+      provider->servesSubtrees() ? askStore(provider, location) : lookUp(provider, location, SIZE_MAX);
+  addKind(location, kind);
+  return kind;
+}
+
+PathKind SessionCache::lookUp(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
+                              std::size_t mostAhead) {
   Answer const answer = readAhead_.request(FailureLog::Question::kind, provider, location, mostAhead);
   if (answer.failure) std::rethrow_exception(answer.failure);
-  addKind(location, answer.kind);
   return answer.kind;
 }
 
@@ -241,11 +249,40 @@ std::size_t SessionCache::findNeighbour(std::u16string_view key) {
   return EntryTable::npos;
 }
 
-void SessionCache::scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix) {
-  if (!scan_ || !scan_->reaches(location, prefix)) scan_.emplace(location, std::string(prefix), visibility_);
-  scan_->advance(provider, location, [this](std::shared_ptr<FolderSnapshot> snapshot) {
-    if (find(keyOf(snapshot->location), snapshot->prefix) == nullptr) add(std::move(snapshot));
-  });
+// The provider's answer; a store that doesn't exist has no entries.
+// Only so many names are looked up ahead as will be looked up individually anyway.
+PathKind SessionCache::askStore(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location) {
+  std::size_t const mostAhead =
+      scan_ ? std::min(scan_->lookupsBeforeAPage(), 2 * provider->readsInFlight()) : std::size_t{0};
+  try {
+    return stores_.ask(location, [&] { return lookUp(provider, location, mostAhead); });
+  } catch (Exception const& failure) {
+    if (failure.getErrorCode() != static_cast<int>(ErrorCode::notFound)) throw;
+    return PathKind::notFound;
+  }
+}
+
+void SessionCache::expectDescent(AbsoluteIRI const& folder) {
+  if (!descent_ || !isAtOrBelow(folder, *descent_)) descent_ = folder;
+}
+
+SubtreeScan& SessionCache::scanFor(AbsoluteIRI const& location, std::string_view prefix) {
+  if (!scan_ || !scan_->reaches(location, prefix))
+    scan_.emplace(location, std::string(prefix), visibility_, memoryBound_, stores_);
+  return *scan_;
+}
+
+void SessionCache::addScanned(std::shared_ptr<FolderSnapshot> snapshot) {
+  if (find(keyOf(snapshot->location), snapshot->prefix) == nullptr) add(std::move(snapshot));
+}
+
+void SessionCache::noteOrderOf(AbsoluteIRI const& location) {
+  if (!scan_->isUnordered()) return;
+  AbsoluteIRI const store(location, u"/");
+  for (Exception const& note : notes_)
+    if (note.getLocation() == store) return;
+  notes_.emplace_back(ErrorCode::other, store,
+                      "the store does not list its keys in byte order, so each folder is listed alone");
 }
 
 SessionCache::CachedFolder& SessionCache::add(std::shared_ptr<FolderSnapshot> snapshot) {

@@ -5,11 +5,13 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "foundation/storage/vfs/detail/folder_snapshot.hpp"
 #include "foundation/storage/vfs/detail/location_key.hpp"
 #include "foundation/storage/vfs/detail/name_filter.hpp"
 #include "foundation/storage/vfs/read_session.hpp"
+#include "foundation/storage/vfs/session/answered_stores.hpp"
 #include "foundation/storage/vfs/session/failure_log.hpp"
 #include "foundation/storage/vfs/session/read_ahead.hpp"
 #include "foundation/storage/vfs/session/subtree_scan.hpp"
@@ -55,10 +57,16 @@ class SessionCache final : private ReadAhead::Cache {
   /// filter.
   std::shared_ptr<NameFilter const> const& filter(std::u16string const& text);
 
+  /// The search is going to list everything below the folder.
+  void expectDescent(AbsoluteIRI const& folder);
+
   /// Whether a provider is being called on this thread.
   bool isBusy() const noexcept { return busy_; }
 
   FailureLog const& failures() const noexcept { return failures_; }
+
+  /// See `ReadSession::notes`.
+  std::vector<Exception> const& notes() const noexcept { return notes_; }
 
   Visibility const& visibility() const noexcept { return visibility_; }
 
@@ -89,10 +97,15 @@ class SessionCache final : private ReadAhead::Cache {
   std::shared_ptr<FolderSnapshot> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
                                        std::string_view prefix);
   PathKind askKind(StorageSystem& system, AbsoluteIRI const& location, Entry entry);
-  void scan(Provider& provider, AbsoluteIRI const& location, std::string_view prefix);
   void addUnrequested(Answer const& answer) override;
   std::unordered_set<std::size_t> knownFolders() const override;
   void addKind(AbsoluteIRI const& location, PathKind kind);
+  PathKind lookUp(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location, std::size_t mostAhead);
+  PathKind askStore(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
+  SubtreeScan& scanFor(AbsoluteIRI const& location, std::string_view prefix);
+  void addScanned(std::shared_ptr<FolderSnapshot> snapshot);
+  void noteOrderOf(AbsoluteIRI const& location);
+  EntryKind knownKind(Entry entry, Provider& provider, AbsoluteIRI const& location);
   std::optional<EntryFacts> askFacts(Provider& provider, AbsoluteIRI const& location);
   void noteStart(Provider& provider, AbsoluteIRI const& folder);
   bool hides(StorageSystem& system, AbsoluteIRI const& location);
@@ -112,7 +125,10 @@ class SessionCache final : private ReadAhead::Cache {
   std::unordered_map<std::u16string, PathKind> kinds_;
   std::unordered_map<std::u16string, std::optional<FolderIdentity>, KeyHash, KeyEqual> identities_;
   FailureLog failures_;
+  AnsweredStores stores_;
   std::optional<SubtreeScan> scan_;
+  std::optional<AbsoluteIRI> descent_;  // everything below it is going to be listed
+  std::vector<Exception> notes_;
   bool busy_ = false;
   std::size_t search_ = 0;  // the number of searches announced
   bool hasEvicted_ = false;

@@ -24,7 +24,11 @@ void SessionCache::addUnrequested(Answer const& answer) {
     try {
       std::rethrow_exception(answer.failure);
     } catch (Exception const& failure) {
-      failures_.remember(answer.question, answer.location, failure);
+      // The absence of a whole store is judged when it is met by a request.
+      bool const isAbsence = failure.getErrorCode() == static_cast<int>(ErrorCode::notFound);
+      if (answer.question == FailureLog::Question::entries || !isAbsence) {
+        failures_.remember(answer.question, answer.location, failure);
+      }
     }
   } else if (answer.question == FailureLog::Question::kind) {
     addKind(answer.location, answer.kind);

@@ -1,67 +1,93 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <list>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "foundation/storage/vfs/detail/folder_snapshot.hpp"
+#include "foundation/storage/vfs/session/answered_stores.hpp"
+#include "foundation/storage/vfs/session/scanned_range.hpp"
 
 namespace foundation::storage::vfs {
 
-/// Reads many small folders of a flat store with few requests. One page of keys below a root holds, in key order, whole
-/// subfolders one after the other: each that begins and ends within what was read without a gap is as complete as if
-/// it had been listed. A descent requests folders nearly in key order, so pages follow one another; if it skips some,
-/// the scan skips them too. Internal to the session.
+/// Reads the folders of a flat store with few requests: by pages of all keys below a root, which complete many small
+/// folders each, or by listing a folder alone where its subfolders hold most keys. What was read is kept, as ranges of
+/// keys: each request begins where an earlier one ended, or at a folder in none of the ranges. A descent requests
+/// folders nearly in key order, so that one range grows to its end; what it skips begins another range. Internal to the
+/// session.
 class SubtreeScan {
  public:
   using AddToCache = std::function<void(std::shared_ptr<FolderSnapshot>)>;
 
-  /// A scan of what exists below `root`, begins with `prefix` and isn't hidden by `visibility`, which must outlive the
-  /// scan. Makes no request.
-  SubtreeScan(AbsoluteIRI root, std::string prefix, Visibility const& visibility);
+  /// What the search is going to list next.
+  enum class Expectation {
+    thisFolder,       ///< none of the folders below the one that it asks for
+    unknown,          ///< perhaps some of them
+    everythingBelow,  ///< all of them, so that no page is read in vain
+  };
+
+  /// A scan of what exists below `root`, begins with `prefix` and isn't hidden by `visibility`. For one folder it reads
+  /// only a part of `memoryBound` bytes ahead. Every request goes through `stores`; both must outlive it. Makes no
+  /// request.
+  SubtreeScan(AbsoluteIRI root, std::string prefix, Visibility const& visibility, std::size_t memoryBound,
+              AnsweredStores& stores);
 
   /// Whether the location is a folder below the root that the scan can reach (or the root, for the same prefix).
   bool reaches(AbsoluteIRI const& location, std::string_view prefix) const;
 
-  /// Reads one page, from the position that soonest completes `folder`, which the scan must reach: one request. Passes
-  /// on each folder that is now complete, sorted. Throws as `Provider::subtree` does; the next call then starts over.
-  void advance(Provider& provider, AbsoluteIRI const& folder, AddToCache const& addToCache);
+  /// The entries of the folder, which the scan must reach: at least those whose names begin with `prefix`. Passes on
+  /// the other folders that the same pages complete. Throws as `Provider::list` and `Provider::subtree` do; what was
+  /// read before remains.
+  std::shared_ptr<FolderSnapshot> read(Provider& provider, AbsoluteIRI const& folder, std::string_view prefix,
+                                       Expectation expected, AddToCache const& addToCache);
 
-  /// Whether a page is worth its request for an entry that could be looked up individually. A page that completes the
-  /// folder it was read for answers the next lookups too. Otherwise pages back off: each unhelpful page in a row
-  /// doubles the number of individual lookups before the next page, up to a bound, as small folders may follow a huge
-  /// one.
-  bool isWorthAPage();
+  /// Reads one page for entries of the folder that could be looked up individually, if that is worth its request: it
+  /// passes on the folders that the page completes. A page that completes the folder it was read for answers the next
+  /// lookups too. Otherwise pages back off: each unhelpful page in a row doubles the number of individual lookups before
+  /// the next page, up to a bound, as small folders may follow a huge one.
+  void readForLookup(Provider& provider, AbsoluteIRI const& folder, AddToCache const& addToCache);
 
-  /// How many more lookups aren't worth a page.
-  std::size_t lookupsToSkip() const noexcept { return lookupsToSkip_; }
+  /// How many entries will be looked up individually before the next page is read for one.
+  std::size_t lookupsBeforeAPage() const noexcept { return isUnordered_ ? SIZE_MAX : lookupsToSkip_; }
+
+  /// Whether the store was found not to list in byte order: then each folder is listed alone.
+  bool isUnordered() const noexcept { return isUnordered_; }
 
  private:
-  struct OpenFolder {
-    std::string path;                          // below the root, ending in "/"; empty for the root
-    std::shared_ptr<FolderSnapshot> snapshot;  // null if keys before the first one read may be missing
-    bool exists;  // whether a key showed it; a page may have begun at a folder that doesn't exist
+  using Ranges = std::list<ScannedRange>;
+  // What has been read for the folder that is wanted.
+  struct Progress {
+    std::size_t pages = 0;
+    std::size_t memory = 0;                  // of the folders that they completed
+    std::shared_ptr<FolderSnapshot> wanted;  // once it is complete
   };
 
-  SubtreePage pageFor(Provider& provider, AbsoluteIRI const& folder) const;
   std::string pathBelowRoot(AbsoluteIRI const& folder) const;
-  void beginAt(std::string const& path);
-  void open(std::string path, bool complete, bool exists);
-  void add(std::string_view path, EntryFacts const* facts, AddToCache const& addToCache);
-  void skipHidden();
-  void closeUntil(std::string_view path, AddToCache const& addToCache);
+  Ranges::iterator rangeFor(std::string const& wanted, Progress const& progress, Expectation expected);
+  bool mayReadAhead(Progress const& progress) const noexcept;
+  bool isWorthAPage(ScannedRange const& range, std::string_view wanted, std::string_view prefix, Expectation expected,
+                    Progress const& progress) const;
+  void readPage(Provider& provider, AbsoluteIRI const& folder, std::string_view wanted, Ranges::iterator range,
+                Progress& progress, AddToCache const& addToCache);
+  SubtreePage nextPage(Provider& provider, AbsoluteIRI const& folder, ScannedRange const& range);
+  std::shared_ptr<FolderSnapshot> list(Provider& provider, AbsoluteIRI const& folder, std::string_view wanted,
+                                       std::string_view prefix);
 
   AbsoluteIRI root_;
   std::string prefix_;
   Visibility const& visibility_;
-  std::string position_;  // the last path read; the next page begins after it
-  std::vector<OpenFolder> open_;
-  bool intact_ = true;  // whether the last page was processed to its end; otherwise open folders may lack keys
+  std::size_t memoryBound_;
+  AnsweredStores& stores_;
+  Ranges ranges_;  // disjoint; the one used last comes first
+  std::size_t pages_ = 0;
+  std::size_t listings_ = 0;  // requests for folders that were listed alone, about
+  bool isUnordered_ = false;
   std::size_t lookupsToSkip_ = 0;   // before the next page is worth its request
-  std::size_t unhelpfulPages_ = 0;  // in a row
+  std::size_t unhelpfulPages_ = 0;  // for lookups, in a row
 };
 
 }  // namespace foundation::storage::vfs
