@@ -160,7 +160,6 @@ void Walker::open(Frame& frame) {
   if (!frame.folder) {
     frame.folder.emplace(PathAccess::toIRI(absolute(frame.at, root_)), storage_);
   }
-  if (frame.isDescent && !frame.isBelow) frame.folder->expectDescent();
   list(frame);
 }
 

@@ -169,7 +169,7 @@ TEST(SessionPolicy, DeepFoldersAreNotRead) {
     store->forgetRequests();
     ReadSession const session(ReadSession::defaultMemoryBound, policy);
     EXPECT_EQ(search("t/**", "mem:///").size(), depth == 1 ? 103U : depth == 2 ? 204U : 404U);
-    EXPECT_LE(store->requests(), depth == 1 ? 1U : depth == 2 ? 6U : 10U);
+    EXPECT_LE(store->requests(), depth == 1 ? 3U : depth == 2 ? 7U : 11U);
   }
 }
 

@@ -42,8 +42,8 @@ struct Configuration {
 /// Whether the region has only characters that host names and signatures may contain: letters, digits and "-".
 bool isRegion(std::string_view text);
 
-/// Makes the configuration from the host's settings and from those that S3 clients customarily read. Each comes from the
-/// first of its sources that has it, before which goes the host's setting:
+/// Makes the configuration from the host's settings and from those that S3 clients customarily read. Each comes from
+/// the first of its sources that has it, before which goes the host's setting:
 ///
 /// - profile: AWS_PROFILE; "default"
 /// - credentials: see `chooseCredentials`; keys and web identity in the environment don't count if the host sets a

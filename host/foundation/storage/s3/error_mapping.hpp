@@ -16,8 +16,8 @@ using Secrets = std::vector<std::string>;
 /// Adds the user names and passwords in the URLs of proxies.
 void addUserInformation(Secrets& secrets, std::vector<std::string> const& proxies);
 
-/// Why a request wasn't answered with 200, in one line: the failure, or the HTTP status with the error code, the message
-/// and the request id of the response, whose body need not be XML. The secrets are redacted.
+/// Why a request wasn't answered with 200, in one line: the failure, or the HTTP status with the error code, the
+/// message and the request id of the response, whose body need not be XML. The secrets are redacted.
 std::string failureReason(RequestOutcome const& outcome, Secrets const& secrets);
 
 /// The storage exception for a request that wasn't answered with 200; the only place where S3 errors are mapped. A

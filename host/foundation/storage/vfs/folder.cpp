@@ -138,10 +138,6 @@ AbsoluteIRI const& Folder::getLocation() const noexcept {
   return node_->location;
 }
 
-void Folder::expectDescent() const {
-  if (SessionCache* const cache = currentSessionCache()) cache->expectDescent(node_->location);
-}
-
 std::u16string Folder::getName() const {
   return node_->location.getName();
 }

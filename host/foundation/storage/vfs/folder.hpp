@@ -59,10 +59,6 @@ class KORVAN_HOST_EXPORT Folder {
   /// The folder's name, decoded; empty for a root.
   std::u16string getName() const;
 
-  /// Says that the search is going to list this folder and all folders below it, so that a session can choose its
-  /// requests accordingly. Changes no answer, makes no request.
-  void expectDescent() const;
-
   /// Every entry whose name matches the filter: "*" is any run of characters, every other character matches itself.
   /// Lists the folder (one request per page), or answers from the thread's session. Throws `Exception` when the folder
   /// can't be listed completely.

@@ -13,8 +13,8 @@ class ContainerSource final : public CredentialsSource {
  public:
   /// AWS_CONTAINER_CREDENTIALS_RELATIVE_URI, a path on the link-local host of the service, or else
   /// AWS_CONTAINER_CREDENTIALS_FULL_URI; with the token in the file AWS_CONTAINER_AUTHORIZATION_TOKEN_FILE, which each
-  /// fetch reads again, or else AWS_CONTAINER_AUTHORIZATION_TOKEN. Throws `ConfigurationError` for a URI over plain HTTP
-  /// to any host but a loopback or link-local one.
+  /// fetch reads again, or else AWS_CONTAINER_AUTHORIZATION_TOKEN. Throws `ConfigurationError` for a URI over plain
+  /// HTTP to any host but a loopback or link-local one.
   ContainerSource(Environment const& environment, FileReader files, ServiceAccess access);
 
   /// Whether one of the two URIs is set.

@@ -35,7 +35,8 @@ class CredentialsCache {
   /// The credentials that were fetched last, without fetching any; null if there are none.
   std::shared_ptr<Credentials const> latest() const;
 
-  /// The secrets of the credentials that were fetched last and of those before, which requests may still be signed with.
+  /// The secrets of the credentials that were fetched last and of those before, which requests in flight may be signed
+  /// with.
   std::vector<std::string> secrets() const;
 
   /// Notes that the store takes these credentials for expired. Returns whether `current` may now give others.

@@ -8,8 +8,8 @@
 
 namespace foundation::storage::s3 {
 
-/// The role of the virtual machine, from its metadata service, version 2 only. Each fetch is three requests that may take
-/// one second each. Gives nothing where there is no such service, or no role.
+/// The role of the virtual machine, from its metadata service, version 2 only. Each fetch is three requests that may
+/// take one second each. Gives nothing where there is no such service, or no role.
 class InstanceSource final : public CredentialsSource {
  public:
   /// Asks AWS_EC2_METADATA_SERVICE_ENDPOINT, by default the service's link-local address, for version 6 of the Internet

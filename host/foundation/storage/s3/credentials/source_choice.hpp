@@ -23,7 +23,8 @@ struct CredentialsContext {
 ///
 /// 1. keys in the environment: AWS_ACCESS_KEY_ID with AWS_SECRET_ACCESS_KEY and AWS_SESSION_TOKEN
 /// 2. the profile's `role_arn` with `source_profile` or `credential_source`
-/// 3. web identity: AWS_WEB_IDENTITY_TOKEN_FILE with AWS_ROLE_ARN; the profile's `web_identity_token_file` with `role_arn`
+/// 3. web identity: AWS_WEB_IDENTITY_TOKEN_FILE with AWS_ROLE_ARN; the profile's `web_identity_token_file` with
+///    `role_arn`
 /// 4. an SSO login: the profile's `sso_session`, or `sso_start_url` with `sso_region`
 /// 5. the profile's keys in the credentials file
 /// 6. the profile's `credential_process`

@@ -10,8 +10,8 @@
 namespace foundation::storage::s3 {
 
 /// A role of an account that an earlier SSO login gives access to. The login has left its token in a file; each fetch
-/// reads it again, as another login may have replaced it, and makes one request to the SSO portal. A token that is about
-/// to expire is renewed by one more request, if the login has left the means, and written back to the file.
+/// reads it again, as another login may have replaced it, and makes one request to the SSO portal. A token that is
+/// about to expire is renewed by one more request, if the login has left the means, and written back to the file.
 class SsoSource final : public CredentialsSource {
  public:
   struct Settings {

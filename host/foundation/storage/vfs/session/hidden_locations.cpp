@@ -18,8 +18,8 @@ AbsoluteIRI folderAbove(AbsoluteIRI const& location) {
 // A start on another device or at another depth makes the folders that were read outdated.
 void SessionCache::noteStart(Provider& provider, AbsoluteIRI const& folder) {
   std::uint64_t const device = visibility_.staysOnDevice() ? deviceOf(provider, folder) : Visibility::noDevice;
-  bool const isElsewhere = device != visibility_.device() || depthOf(folder) != visibility_.startDepth();
-  if (visibility_.closesFolders() && isElsewhere) forget();
+  bool const measuresOtherwise = device != visibility_.device() || depthOf(folder) != visibility_.startDepth();
+  if (visibility_.closesFolders() && measuresOtherwise) forget();
   visibility_.setStart(folder, device);
   scan_.reset();
 }

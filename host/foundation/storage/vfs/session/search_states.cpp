@@ -21,6 +21,7 @@ SearchStates::SearchStates(SearchOutline const& outline, Visibility const& visib
     if (match == Match::filter) segment.filter.emplace(text);
     if (match == Match::descent) segment.matchesDotNames = outline.includeDotFiles;
     if (match != Match::name) listing_ |= bit;
+    if (match == Match::descent) descents_ |= bit;
     segments_.push_back(std::move(segment));
   }
 }

@@ -31,6 +31,9 @@ class KORVAN_HOST_EXPORT SearchStates {
   /// The states at the entry of that name of a folder with these states, if the entry is a folder.
   Set below(Set states, std::string_view name) const;
 
+  /// Whether the search is going to list the folder and the folders below it at any depth.
+  bool descendsFrom(AbsoluteIRI const& folder) const { return (at(folder) & descents_) != 0; }
+
   /// Whether a folder with these states is listed. In one that isn't, only the entries that `names` gives are looked up.
   bool lists(Set states) const noexcept { return (states & listing_) != 0; }
 
@@ -55,6 +58,7 @@ class KORVAN_HOST_EXPORT SearchStates {
   std::u16string start_;
   std::vector<Segment> segments_;
   Set listing_ = 0;
+  Set descents_ = 0;
 };
 
 }  // namespace foundation::storage::vfs

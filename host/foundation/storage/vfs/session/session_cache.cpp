@@ -32,12 +32,6 @@ bool covers(FolderSnapshot const& snapshot, std::u16string_view key, std::string
   return KeyEqual()(keyOf(snapshot.location), key) && prefix.starts_with(snapshot.prefix);
 }
 
-bool isAtOrBelow(AbsoluteIRI const& location, AbsoluteIRI const& folder) {
-  std::u16string_view const key = keyOf(location);
-  std::u16string_view const above = keyOf(folder);
-  return key.starts_with(above) && (key.size() == above.size() || key[above.size()] == u'/');
-}
-
 bool isRefusal(Exception const& failure) {
   return failure.getErrorCode() == static_cast<int>(ErrorCode::permissionDenied);
 }
@@ -109,7 +103,7 @@ std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> con
     return noteRequested(added);
   }
   SubtreeScan::Expectation const expected = !visibility_.descendsFrom(location) ? SubtreeScan::Expectation::thisFolder
-                                            : descent_ && isAtOrBelow(location, *descent_)
+                                            : announced_ && announced_->descendsFrom(location)
                                                 ? SubtreeScan::Expectation::everythingBelow
                                                 : SubtreeScan::Expectation::unknown;
   auto snapshot = scanFor(location, prefix).read(*provider, location, prefix, expected, [this](auto const& other) {
@@ -260,10 +254,6 @@ PathKind SessionCache::askStore(std::shared_ptr<Provider> const& provider, Absol
     if (failure.getErrorCode() != static_cast<int>(ErrorCode::notFound)) throw;
     return PathKind::notFound;
   }
-}
-
-void SessionCache::expectDescent(AbsoluteIRI const& folder) {
-  if (!descent_ || !isAtOrBelow(folder, *descent_)) descent_ = folder;
 }
 
 SubtreeScan& SessionCache::scanFor(AbsoluteIRI const& location, std::string_view prefix) {

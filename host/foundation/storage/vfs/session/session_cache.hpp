@@ -14,6 +14,7 @@
 #include "foundation/storage/vfs/session/answered_stores.hpp"
 #include "foundation/storage/vfs/session/failure_log.hpp"
 #include "foundation/storage/vfs/session/read_ahead.hpp"
+#include "foundation/storage/vfs/session/search_states.hpp"
 #include "foundation/storage/vfs/session/subtree_scan.hpp"
 #include "foundation/storage/vfs/session/visibility.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
@@ -56,9 +57,6 @@ class SessionCache final : private ReadAhead::Cache {
   /// The filter of the text: the last one if the text is the same, as a search lists thousands of folders with one
   /// filter.
   std::shared_ptr<NameFilter const> const& filter(std::u16string const& text);
-
-  /// The search is going to list everything below the folder.
-  void expectDescent(AbsoluteIRI const& folder);
 
   /// Whether a provider is being called on this thread.
   bool isBusy() const noexcept { return busy_; }
@@ -127,7 +125,7 @@ class SessionCache final : private ReadAhead::Cache {
   FailureLog failures_;
   AnsweredStores stores_;
   std::optional<SubtreeScan> scan_;
-  std::optional<AbsoluteIRI> descent_;  // everything below it is going to be listed
+  std::optional<SearchStates> announced_;  // the latest search
   std::vector<Exception> notes_;
   bool busy_ = false;
   std::size_t search_ = 0;  // the number of searches announced

@@ -8,6 +8,7 @@ namespace foundation::storage::vfs {
 
 std::shared_ptr<void const> SessionCache::announce(SearchOutline const& outline) {
   auto announcement = readAhead_.announce(outline);
+  announced_.emplace(outline, visibility_);
   ++search_;
   return announcement;
 }

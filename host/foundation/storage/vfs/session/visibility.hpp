@@ -34,22 +34,26 @@ class KORVAN_HOST_EXPORT Visibility {
   /// Whether entries of that name are left out.
   bool hides(std::string_view name) const;
 
-  /// What isn't found of a path: where it begins, and where what begins in the same way ends, with the "/" after it.
+  /// Where a path leads to something hidden: it is shown up to `begin`, and every path with the same first `end` bytes
+  /// is hidden too.
   struct HiddenPart {
     std::size_t begin;
     std::size_t end;
   };
-  /// Nothing if the path is shown. It is the path below the folder, which is the start or below it; its elements are
-  /// joined by "/".
+  /// The hidden part of the path below the folder, which is the start or below it; nothing if there is none. The path's
+  /// elements are joined by "/", and a hidden folder's "/" belongs to the first `end` bytes.
   std::optional<HiddenPart> hiddenPart(AbsoluteIRI const& folder, std::string_view path) const;
 
-  /// Whether folders may not be entered: those for which one of the next two functions is true.
+  /// Whether there may be folders that aren't entered: those that are too deep or elsewhere.
   bool closesFolders() const noexcept { return staysOnDevice_ || maximumDepth_ != unlimited; }
 
-  /// How many levels of entries are found below the folder, which is the start or below it.
+  /// How many levels of entries are shown below the folder, which is the start or below it.
   std::size_t levelsBelow(AbsoluteIRI const& folder) const noexcept;
-  /// Whether something below the entries of the folder may be found, or next to them in other folders.
+
+  /// Whether more than the entries of the folder is shown: something below them, or in folders beside this one.
   bool descendsFrom(AbsoluteIRI const& folder) const noexcept;
+
+  /// Whether no entries of the folder are shown.
   bool isTooDeep(AbsoluteIRI const& folder) const noexcept { return levelsBelow(folder) == 0; }
 
   /// Whether the device is another one than the start's.
