@@ -5,8 +5,8 @@
 #include <string>
 #include <utility>
 
-#include "foundation/storage/vfs/conversion.hpp"
 #include "foundation/storage/vfs/provider.hpp"
+#include "support/memory_provider.hpp"
 
 namespace korvan::test {
 
@@ -15,7 +15,8 @@ namespace vfs = foundation::storage::vfs;
 /// Passes every question on to another provider, after a hook that may wait, fail, or do anything else.
 class HookedProvider final : public vfs::Provider {
  public:
-  using Hook = std::function<void(vfs::AbsoluteIRI const&)>;
+  using Operation = MemoryProvider::Operation;
+  using Hook = std::function<void(Operation, vfs::AbsoluteIRI const&)>;
 
   HookedProvider(std::shared_ptr<vfs::Provider> inner, std::size_t readsInFlight, Hook hook)
       : inner_(std::move(inner)), readsInFlight_(readsInFlight), hook_(std::move(hook)) {}
@@ -24,29 +25,29 @@ class HookedProvider final : public vfs::Provider {
   std::size_t readsInFlight() const noexcept override { return readsInFlight_; }
   bool servesSubtrees() const noexcept override { return inner_->servesSubtrees(); }
   vfs::PathKind kind(vfs::AbsoluteIRI const& location) override {
-    hook_(location);
+    hook_(Operation::kind, location);
     return inner_->kind(location);
   }
   void list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) override {
-    hook_(folder);
+    hook_(Operation::list, folder);
     inner_->list(folder, namePrefix, entries);
   }
   std::optional<vfs::FolderIdentity> identity(vfs::AbsoluteIRI const& folder) override {
-    hook_(folder);
+    hook_(Operation::identity, folder);
     return inner_->identity(folder);
   }
   std::optional<vfs::EntryFacts> facts(vfs::AbsoluteIRI const& location) override {
-    hook_(location);
+    hook_(Operation::kind, location);
     return inner_->facts(location);
   }
   vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
                            std::string_view page, bool withFacts) override {
-    hook_(folder);
+    hook_(Operation::subtree, folder);
     return inner_->subtree(folder, prefix, after, page, withFacts);
   }
   void listRest(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view after,
                 vfs::EntrySink& entries) override {
-    hook_(folder);
+    hook_(Operation::list, folder);
     inner_->listRest(folder, namePrefix, after, entries);
   }
 

@@ -11,7 +11,9 @@ void FailureLog::rethrowRemembered(Question question, AbsoluteIRI const& locatio
 }
 
 void FailureLog::remember(Question question, AbsoluteIRI const& location, Exception const& failure) {
-  failures_[static_cast<std::size_t>(question)].try_emplace(std::u16string(keyOf(location)), failure);
+  Failures& failures = failures_[static_cast<std::size_t>(question)];
+  if (failures.size() >= mostRemembered) failures.clear();
+  failures.try_emplace(std::u16string(keyOf(location)), failure);
 }
 
 void FailureLog::report(Exception const& failure) {

@@ -52,6 +52,8 @@ class FailureLog {
   std::vector<Exception> const& reported() const noexcept { return reported_; }
 
  private:
+  // Bounds the memory; what is forgotten is asked again.
+  static constexpr std::size_t mostRemembered = 10000;
   using Failures = std::unordered_map<std::u16string, Exception, KeyHash, KeyEqual>;
 
   void rethrowRemembered(Question question, AbsoluteIRI const& location, Report toReport);

@@ -9,26 +9,33 @@
 
 namespace foundation::storage::vfs {
 
-void PendingReads::Group::addSubfolders(SearchStates const& search, SearchStates::Set states,
-                                        FolderSnapshot const& snapshot) {
-  EntryTable const& entries = snapshot.entries;
+std::optional<PendingReads::Group> PendingReads::Group::below(FolderSnapshot const& folder, SearchStates const& search,
+                                                              SearchStates::Set states, bool lookupsOnly) {
+  std::optional<Group> group;
+  if (states == 0) return group;
+  EntryTable const& entries = folder.entries;
   std::vector<Read> descended;
   for (std::size_t i = 0; i < entries.size(); ++i) {
     if (entries.kind(i) != PathKind::isFolder || entries.maybeLink(i)) continue;
-    std::size_t const before = reads_.size();
     SearchStates::Set const below = search.below(states, entries.name(i));
-    add(search, below, entries.name(i));
+    if (below == 0 || (lookupsOnly && search.lists(below))) continue;
+    if (!group) group.emplace(folder.location);
+    std::vector<Read>& reads = group->reads_;
+    std::size_t const before = reads.size();
+    group->add(search, below, entries.name(i));
     // The search continues with the segments after a descent before it descends further.
     if ((below & ~states) != 0) continue;
-    descended.insert(descended.end(), reads_.begin() + static_cast<std::ptrdiff_t>(before), reads_.end());
-    reads_.resize(before);
+    descended.insert(descended.end(), reads.begin() + static_cast<std::ptrdiff_t>(before), reads.end());
+    reads.resize(before);
   }
-  preceding_ = reads_.size();
-  if (reads_.empty()) {
-    reads_ = std::move(descended);
+  if (!group) return group;
+  group->preceding_ = group->reads_.size();
+  if (group->preceding_ == 0) {
+    group->reads_ = std::move(descended);
   } else {
-    reads_.insert(reads_.end(), descended.begin(), descended.end());
+    group->reads_.insert(group->reads_.end(), descended.begin(), descended.end());
   }
+  return group;
 }
 
 void PendingReads::Group::add(SearchStates const& search, SearchStates::Set states, std::string_view name) {
@@ -83,6 +90,10 @@ std::optional<SearchStates::Set> PendingReads::takeRequested(Question question, 
     Group::Read* const read = group->find(path);
     if (read == nullptr || read->isTaken || read->question() != question) continue;
     SearchStates::Set const states = read->states;
+    auto const index = static_cast<std::size_t>(read - group->reads_.data());
+    for (; group->next_ < index; ++group->next_) {
+      if (!group->reads_[group->next_].isTaken) --size_;
+    }
     take(group, *read);
     return states;
   }

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/core/host_export.hpp"
 #include "foundation/storage/vfs/detail/folder_snapshot.hpp"
 #include "foundation/storage/vfs/session/failure_log.hpp"
 #include "foundation/storage/vfs/session/search_states.hpp"
@@ -17,19 +18,20 @@ namespace foundation::storage::vfs {
 /// What a search is predicted to read, in the order in which it does so: depth first, entries in listing order. Several
 /// reads may be taken before the first of them is made: each leaves its position in the order, where what it predicts
 /// will be. Internal to the session.
-class PendingReads {
+class KORVAN_HOST_EXPORT PendingReads {
  public:
   using Question = FailureLog::Question;
 
   /// What one folder predicts: listings of its subfolders, or lookups of names in them. The names are copies, since the
   /// thread that requested a snapshot may change it.
-  class Group {
+  class KORVAN_HOST_EXPORT Group {
    public:
     explicit Group(AbsoluteIRI folder) : folder_(std::move(folder)) {}
 
-    /// Adds what the search reads in the subfolders. Links and entries of unknown kind are left out, so no cycle of
-    /// links is followed.
-    void addSubfolders(SearchStates const& search, SearchStates::Set states, FolderSnapshot const& snapshot);
+    /// What a folder with these states predicts; nothing if the search ends there. Links and entries of unknown kind
+    /// are left out, so no cycle of links is followed. With `lookupsOnly` listings are left out too.
+    static std::optional<Group> below(FolderSnapshot const& folder, SearchStates const& search,
+                                      SearchStates::Set states, bool lookupsOnly);
 
     /// Adds what the search reads in the subfolder of that name, which has these states.
     void add(SearchStates const& search, SearchStates::Set states, std::string_view name);
@@ -73,7 +75,8 @@ class PendingReads {
   /// Takes the read that is needed soonest; nothing if none is known.
   std::optional<Taken> takeNext();
 
-  /// Takes a read that the search requests, whatever comes before it: its states, or nothing if it wasn't predicted.
+  /// Takes a read that the search requests: its states, or nothing if it wasn't predicted. Reads that the same folder
+  /// predicted before it are forgotten, as the search has passed them.
   std::optional<SearchStates::Set> takeRequested(Question question, AbsoluteIRI const& location);
 
   /// Puts what a requested read predicts before everything else.

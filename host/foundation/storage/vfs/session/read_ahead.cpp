@@ -1,13 +1,9 @@
 #include "foundation/storage/vfs/session/read_ahead.hpp"
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <utility>
 
-#include <sys/resource.h>
-
-#include "foundation/core/text/bytes.hpp"
 #include "foundation/core/threads/signals_blocked.hpp"
 #include "foundation/storage/vfs/session/current_session.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
@@ -31,17 +27,6 @@ constexpr std::size_t missesToShrink = 32;
 
 // Measuring costs two system calls, so only one in so many reads is measured.
 constexpr std::size_t measureEvery = 8;
-
-bool lacksResources(int systemError) {
-  return systemError == EMFILE || systemError == ENFILE || systemError == ENOMEM;
-}
-
-// How often the thread has waited for something else than a processor.
-long waitsOfThisThread() {
-  rusage usage = {};
-  ::getrusage(RUSAGE_THREAD, &usage);
-  return usage.ru_nvcsw;
-}
 
 }  // namespace
 
@@ -79,21 +64,20 @@ std::shared_ptr<void const> ReadAhead::announce(SearchOutline const& outline) {
   return announcement;
 }
 
-void ReadAhead::enter(FolderSnapshot const& folder) {
+void ReadAhead::enter(FolderSnapshot const& folder, bool lookupsOnly) {
   MutexLock const lock(mutex_, spinning);
-  predictBelow(folder);
+  predictBelow(folder, lookupsOnly);
 }
 
-void ReadAhead::predictBelow(FolderSnapshot const& folder) {
+void ReadAhead::predictBelow(FolderSnapshot const& folder, bool lookupsOnly) {
   if (announcement_.expired()) return;
-  PendingReads::Group predicted(folder.location);
-  predicted.addSubfolders(*search_, search_->at(folder.location), folder);
-  pending_.enterFirst(std::move(predicted));
+  auto predicted = PendingReads::Group::below(folder, *search_, search_->at(folder.location), lookupsOnly);
+  if (predicted) pending_.enterFirst(std::move(*predicted));
 }
 
-ReadAhead::Answer ReadAhead::request(Question question, std::shared_ptr<Provider> const& provider,
-                                     AbsoluteIRI const& location) {
-  std::optional<Answer> answer = awaitPrefetched(question, location);
+Answer ReadAhead::request(Question question, std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
+                          std::size_t mostAhead) {
+  std::optional<Answer> answer = awaitPrefetched(question, location, mostAhead);
   if (!answer) answer = readRequested(question, provider, location);
   startWorkers();
   return std::move(*answer);
@@ -101,11 +85,13 @@ ReadAhead::Answer ReadAhead::request(Question question, std::shared_ptr<Provider
 
 // The answer if it was, or is being, read ahead. While a worker reads it, the caller prefetches others if reads compute,
 // and otherwise waits, as one read more in flight isn't worth being late for this one.
-std::optional<ReadAhead::Answer> ReadAhead::awaitPrefetched(Question question, AbsoluteIRI const& location) {
+std::optional<Answer> ReadAhead::awaitPrefetched(Question question, AbsoluteIRI const& location,
+                                                 std::size_t mostAhead) {
   Read* instead = nullptr;
   for (int looks = 0;; ++looks) {
     {
       MutexLock lock(mutex_, spinning);
+      mostAhead_ = mostAhead;
       if (instead != nullptr) finish(*instead);
       auto const found = reads(question).find(keyOf(location));
       if (found == reads(question).end()) return std::nullopt;
@@ -118,15 +104,15 @@ std::optional<ReadAhead::Answer> ReadAhead::awaitPrefetched(Question question, A
       if (instead == nullptr && (looks >= spins || window_.waits())) await(*found->second, lock);
     }
     if (instead != nullptr) {
-      prefetch(*instead, false);
+      instead->prefetch(visibility_, false);
     } else {
       std::this_thread::yield();
     }
   }
 }
 
-ReadAhead::Answer ReadAhead::readRequested(Question question, std::shared_ptr<Provider> const& provider,
-                                           AbsoluteIRI const& location) {
+Answer ReadAhead::readRequested(Question question, std::shared_ptr<Provider> const& provider,
+                                AbsoluteIRI const& location) {
   Read read{Answer{question, location}, provider, nullptr};
   std::optional<SearchStates::Set> predicted;
   std::vector<Answer> unrequested;
@@ -144,11 +130,11 @@ ReadAhead::Answer ReadAhead::readRequested(Question question, std::shared_ptr<Pr
   if (read.search) read.states = predicted ? *predicted : read.search->at(location);
   bool const isMeasured = readsOfCaller_ < measureEvery || readsOfCaller_ % measureEvery == 0;
   ++readsOfCaller_;
-  make(read, isMeasured);
+  read.make(visibility_, isMeasured);
   if (read.lackedResources && !workers_.empty()) {
     awaitWorkers();
     read.answer.failure = nullptr;
-    make(read, false);
+    read.make(visibility_, false);
   }
   MutexLock const lock(mutex_, spinning);
   if (read.measured) window_.noteRead(*read.measured);
@@ -156,44 +142,6 @@ ReadAhead::Answer ReadAhead::readRequested(Question question, std::shared_ptr<Pr
   if (read.predicted) pending_.enterFirst(std::move(*read.predicted));
   wakeWorkers();
   return std::move(read.answer);
-}
-
-// Reads, and predicts what the search reads below. Throws only what isn't an `Exception` of the storage layer.
-void ReadAhead::make(Read& read, bool isMeasured) const {
-  Answer& answer = read.answer;
-  auto const start = std::chrono::steady_clock::now();
-  long const waitsBefore = isMeasured ? waitsOfThisThread() : 0;
-  try {
-    if (answer.question == Question::entries) {
-      answer.snapshot = readFolder(*read.provider, answer.location, {}, &visibility_);
-    } else {
-      answer.kind = read.provider->kind(answer.location);
-    }
-  } catch (Exception const& failure) {
-    answer.failure = std::current_exception();
-    read.lackedResources = lacksResources(failure.systemError());
-  }
-  if (isMeasured) read.measured = {std::chrono::steady_clock::now() - start, waitsOfThisThread() != waitsBefore};
-  if (answer.failure || read.states == 0) return;
-  if (answer.snapshot) {
-    read.predicted.emplace(answer.location).addSubfolders(*read.search, read.states, *answer.snapshot);
-  } else if (answer.kind == PathKind::isFolder) {
-    std::string const name = core::text::toBytesLossy(answer.location.getName());
-    read.predicted.emplace(answer.location.getParent()).add(*read.search, read.states, name);
-  }
-}
-
-// An interrupt or a lack of memory or descriptors isn't an answer about something that nobody has requested: when it is
-// requested it is read again, and fails again if the cause remains.
-void ReadAhead::prefetch(Read& read, bool isMeasured) const noexcept {
-  try {
-    make(read, isMeasured);
-    if (read.answer.snapshot) read.memory = read.answer.snapshot->entries.memory();
-    if (read.predicted) read.memory += read.predicted->memory();
-    read.isAnswered = !read.lackedResources;
-  } catch (...) {
-    read.predicted.reset();
-  }
 }
 
 void ReadAhead::finish(Read& read) noexcept {
@@ -205,19 +153,22 @@ void ReadAhead::finish(Read& read) noexcept {
     read.isDone = true;
     return;
   }
-  window_.shrink();
-  if (read.lackedResources) window_.limit(window_.size());
+  if (read.lackedResources) {
+    window_.limit(inFlight_ - std::min<std::size_t>(inFlight_, 1));  // for the others there was enough
+  } else {
+    window_.shrink();
+  }
   reads(read.answer.question).erase(keyOf(read.answer.location));
 }
 
 // Whether so many reads more can be made ahead.
 bool ReadAhead::hasRoom(std::size_t reads) const {
   std::size_t const ahead = reads_[0].size() + reads_[1].size();
-  return ahead + reads <= window_.ahead() && (ahead == 0 || memory_ < memoryBound_);
+  return ahead + reads <= std::min(window_.ahead(), mostAhead_) && (ahead == 0 || memory_ < memoryBound_);
 }
 
 // Takes a read to make ahead; null if none is predicted or there is no room.
-ReadAhead::Read* ReadAhead::takeNext() noexcept {
+Read* ReadAhead::takeNext() noexcept {
   try {
     while (provider_ && known_ && !announcement_.expired() && hasRoom(1)) {
       auto taken = pending_.takeNext();
@@ -237,19 +188,19 @@ ReadAhead::Read* ReadAhead::takeNext() noexcept {
   return nullptr;
 }
 
-ReadAhead::Answer ReadAhead::takeAnswer(Read& read) {
+Answer ReadAhead::takeAnswer(Read& read) {
   memory_ -= read.memory;
   misses_ = 0;
   if (read.search != search_) {  // it was read for a search before this one
     pending_.takeRequested(read.answer.question, read.answer.location);
-    if (read.answer.snapshot) predictBelow(*read.answer.snapshot);
+    if (read.answer.snapshot) predictBelow(*read.answer.snapshot, false);
   }
   window_.noteHit(read.provider->readsInFlight());
   wakeWorkers();
   return std::move(read.answer);
 }
 
-std::vector<ReadAhead::Answer> ReadAhead::takeUnrequested() {
+std::vector<Answer> ReadAhead::takeUnrequested() {
   std::vector<Answer> answers;
   for (Reads& reads : reads_) {
     for (auto read = reads.begin(); read != reads.end();) {
@@ -331,7 +282,7 @@ void ReadAhead::runWorker() noexcept {
       ++inFlight_;
       wakeWorkers();
     }
-    prefetch(*read, made % measureEvery == 0);
+    read->prefetch(visibility_, made % measureEvery == 0);
   }
 }
 

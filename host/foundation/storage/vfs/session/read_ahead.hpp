@@ -4,7 +4,6 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstddef>
-#include <exception>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -16,9 +15,9 @@
 #include "foundation/core/threads/mutex.hpp"
 #include "foundation/storage/vfs/detail/folder_snapshot.hpp"
 #include "foundation/storage/vfs/detail/location_key.hpp"
+#include "foundation/storage/vfs/session/one_read.hpp"
 #include "foundation/storage/vfs/session/pending_reads.hpp"
 #include "foundation/storage/vfs/session/read_window.hpp"
-#include "foundation/storage/vfs/session/visibility.hpp"
 
 namespace foundation::storage::vfs {
 
@@ -30,15 +29,6 @@ struct Activity;
 class ReadAhead {
  public:
   using Question = PendingReads::Question;
-
-  /// What a read found out, or why it couldn't.
-  struct Answer {
-    Question question;
-    AbsoluteIRI location;
-    std::shared_ptr<FolderSnapshot> snapshot{};  ///< for `Question::entries`
-    PathKind kind = PathKind::notFound;          ///< for `Question::kind`
-    std::exception_ptr failure{};                ///< an `Exception` as the provider threw it, or null
-  };
 
   /// What was read before, and is to be remembered. Used on the caller's thread.
   class Cache {
@@ -65,47 +55,35 @@ class ReadAhead {
   /// Predicts this search, and no other, for as long as the handle that this returns is held.
   std::shared_ptr<void const> announce(SearchOutline const& outline);
 
-  /// The search requests a folder that was read before it was announced.
-  void enter(FolderSnapshot const& folder);
+  /// The search requests a folder that wasn't read by `request`, or that was read before the search was announced.
+  /// With `lookupsOnly` it is predicted to look up names in its subfolders, but no listing.
+  void enter(FolderSnapshot const& folder, bool lookupsOnly);
 
-  /// The answer to a question of kind `entries` or `kind`, read now unless it was read ahead. Throws what the provider
+  /// The answer to a question of kind `entries` or `kind`, read now unless it was read ahead; at most
+  /// `mostAhead` others are then read ahead. Throws what the provider
   /// and the cache throw. A lack of descriptors or memory is thrown only where it is met without other threads.
-  Answer request(Question question, std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
+  Answer request(Question question, std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
+                 std::size_t mostAhead = SIZE_MAX);
 
  private:
-  struct Read {
-    Answer answer;
-    std::shared_ptr<Provider> provider;
-    std::shared_ptr<SearchStates const> search;  // for which it was predicted; null if there is none
-    SearchStates::Set states = 0;                // at the location, if it is a folder
-    PendingReads::Position position{};           // valid as long as that search is predicted
-    std::optional<PendingReads::Group> predicted{};
-    std::optional<ReadWindow::Measurement> measured{};
-    std::size_t memory = 0;
-    bool isAnswered = false;
-    bool isDone = false;           // the only member that other threads look at while the read is in flight
-    bool lackedResources = false;  // descriptors or memory: a failure that says nothing about the location
-  };
   using Reads = std::unordered_map<std::u16string_view, std::unique_ptr<Read>, KeyHash, KeyEqual>;
 
   Reads& reads(Question question) KORVAN_REQUIRES(mutex_) { return reads_[static_cast<std::size_t>(question)]; }
   bool hasRoom(std::size_t reads) const KORVAN_REQUIRES(mutex_);
   Read* takeNext() noexcept KORVAN_REQUIRES(mutex_);
   void finish(Read& read) noexcept KORVAN_REQUIRES(mutex_);
-  void predictBelow(FolderSnapshot const& folder) KORVAN_REQUIRES(mutex_);
+  void predictBelow(FolderSnapshot const& folder, bool lookupsOnly) KORVAN_REQUIRES(mutex_);
   Answer takeAnswer(Read& read) KORVAN_REQUIRES(mutex_);
   std::vector<Answer> takeUnrequested() KORVAN_REQUIRES(mutex_);
   void await(Read const& read, core::threads::MutexLock& lock) KORVAN_REQUIRES(mutex_);
   void wakeWorkers() noexcept KORVAN_REQUIRES(mutex_);
 
-  std::optional<Answer> awaitPrefetched(Question question, AbsoluteIRI const& location);
+  std::optional<Answer> awaitPrefetched(Question question, AbsoluteIRI const& location, std::size_t mostAhead);
   Answer readRequested(Question question, std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
   void awaitWorkers();
   void startWorkers();
   void addUnrequested(std::vector<Answer> const& answers);
   void runWorker() noexcept;
-  void make(Read& read, bool isMeasured) const;
-  void prefetch(Read& read, bool isMeasured) const noexcept;
 
   Cache& cache_;
   Visibility const& visibility_;
@@ -123,7 +101,8 @@ class ReadAhead {
   PendingReads pending_ KORVAN_GUARDED_BY(mutex_);
   ReadWindow window_ KORVAN_GUARDED_BY(mutex_);
   std::array<Reads, 2> reads_ KORVAN_GUARDED_BY(mutex_);  // by question: those in flight, or not yet requested
-  std::size_t memory_ KORVAN_GUARDED_BY(mutex_) = 0;      // of answers not yet requested
+  std::size_t mostAhead_ KORVAN_GUARDED_BY(mutex_) = SIZE_MAX;
+  std::size_t memory_ KORVAN_GUARDED_BY(mutex_) = 0;  // of answers not yet requested
   std::size_t inFlight_ KORVAN_GUARDED_BY(mutex_) = 0;
   std::size_t idleWorkers_ KORVAN_GUARDED_BY(mutex_) = 0;
   std::size_t misses_ KORVAN_GUARDED_BY(mutex_) = 0;         // requests in a row that weren't predicted

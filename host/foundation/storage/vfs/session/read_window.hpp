@@ -3,13 +3,15 @@
 #include <chrono>
 #include <cstddef>
 
+#include "foundation/core/host_export.hpp"
+
 namespace foundation::storage::vfs {
 
 /// How many reads a session has in flight ahead of what is requested. Begins at none, doubles while predictions hold,
 /// and shrinks when they fail or when the system runs out of resources. Reads that wait, as on a network file system,
 /// may be as many as the provider says; reads that compute, no more than there are cores to spare. Internal to the
 /// session.
-class ReadWindow {
+class KORVAN_HOST_EXPORT ReadWindow {
  public:
   /// `cores`: how many the process may use. One of them is the caller's.
   explicit ReadWindow(std::size_t cores) noexcept : coresToSpare_(cores == 0 ? 0 : cores - 1) {}

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/core/host_export.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
 #include "foundation/storage/vfs/detail/name_filter.hpp"
 #include "foundation/storage/vfs/search_outline.hpp"
@@ -17,7 +18,7 @@ namespace foundation::storage::vfs {
 /// The segments of a search as a state machine that says what the search reads where. Its states at a folder are the
 /// segments that the search matches there. A search of more than 64 segments counts as ending after these: what it
 /// reads beyond isn't predicted. Pure text; immutable. Internal to the session.
-class SearchStates {
+class KORVAN_HOST_EXPORT SearchStates {
  public:
   using Set = std::uint64_t;
 

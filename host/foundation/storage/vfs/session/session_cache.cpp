@@ -49,13 +49,6 @@ SessionCache::SessionCache(std::size_t memoryBound, SessionPolicy const& policy)
       memoryBound_(memoryBound - std::min(memoryBound / 4, memoryAhead)),
       readAhead_(*this, visibility_, activity, std::min(memoryBound / 4, memoryAhead)) {}
 
-std::shared_ptr<void const> SessionCache::announce(SearchOutline const& outline) {
-  auto announcement = readAhead_.announce(outline);
-  announced_.emplace(outline, visibility_);
-  ++search_;
-  return announcement;
-}
-
 std::shared_ptr<NameFilter const> const& SessionCache::filter(std::u16string const& text) {
   if (!filter_ || filterText_ != text) {
     filter_ = std::make_shared<NameFilter const>(text);
@@ -82,7 +75,6 @@ SessionCache::CachedFolder* SessionCache::findPredicted(std::u16string_view key,
 std::shared_ptr<FolderSnapshot> const& SessionCache::noteRequested(CachedFolder& folder) {
   if (lastRequested_ != nullptr) lastRequested_->next = &folder;
   lastRequested_ = &folder;
-  folder.search = search_;
   return folder.snapshot;
 }
 
@@ -92,7 +84,7 @@ std::shared_ptr<FolderSnapshot> SessionCache::snapshot(std::shared_ptr<Provider>
   if (visibility_.awaitsStart()) noteStart(*provider, location);
   if (!provider->servesSubtrees()) prefix = {};  // the provider reads whole folders anyway: cache them as such
   if (CachedFolder* const cached = findPredicted(key, prefix)) {
-    if (cached->search != search_ && !provider->servesSubtrees()) readAhead_.enter(*cached->snapshot);
+    enter(*cached, *provider);
     return noteRequested(*cached);
   }
   return failures_.attempt(FailureLog::Question::entries, location, FailureLog::Report::yes,
@@ -103,34 +95,16 @@ std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> con
                                                    AbsoluteIRI const& location, std::string_view prefix) {
   Busy const busy(busy_);
   if (!provider->servesSubtrees()) {
-    ReadAhead::Answer answer = readAhead_.request(FailureLog::Question::entries, provider, location);
+    Answer answer = readAhead_.request(FailureLog::Question::entries, provider, location);
     if (answer.failure) std::rethrow_exception(answer.failure);
     if (isOutdated(*answer.snapshot)) answer.snapshot = readFolder(*provider, location, {}, &visibility_);
-    return noteRequested(add(std::move(answer.snapshot)));
+    CachedFolder& added = add(std::move(answer.snapshot));
+    added.search = search_;
+    return noteRequested(added);
   }
-  return noteRequested(add(readFromStore(*provider, location, prefix)));
-}
-
-// What was read ahead, and may be requested later or never.
-void SessionCache::addUnrequested(ReadAhead::Answer const& answer) {
-  if (answer.failure) {
-    try {
-      std::rethrow_exception(answer.failure);
-    } catch (Exception const& failure) {
-      failures_.remember(answer.question, answer.location, failure);
-    }
-  } else if (answer.question == FailureLog::Question::kind) {
-    addKind(answer.location, answer.kind);
-  } else if (!isOutdated(*answer.snapshot) && find(keyOf(answer.location), {}) == nullptr) {
-    add(answer.snapshot).search = search_;
-  }
-}
-
-std::unordered_set<std::size_t> SessionCache::knownFolders() const {
-  std::unordered_set<std::size_t> known;
-  for (auto const& folder : folders_) known.insert(KeyHash()(folder.first));
-  failures_.forEach(FailureLog::Question::entries, [&](std::u16string_view key) { known.insert(KeyHash()(key)); });
-  return known;
+  CachedFolder& added = add(readFromStore(*provider, location, prefix));
+  enter(added, *provider);
+  return noteRequested(added);
 }
 
 void SessionCache::addKind(AbsoluteIRI const& location, PathKind kind) {
@@ -178,16 +152,17 @@ PathKind SessionCache::askKind(StorageSystem& system, AbsoluteIRI const& locatio
   if (entry.snapshot != nullptr) {
     return entry.index == EntryTable::npos ? PathKind::notFound : kindOfEntry(*entry.snapshot, entry.index, *provider);
   }
-  PathKind kind = PathKind::notFound;
-  if (provider->servesSubtrees()) {
-    kind = askStore(*provider, location);
-  } else {
-    ReadAhead::Answer const answer = readAhead_.request(FailureLog::Question::kind, provider, location);
-    if (answer.failure) std::rethrow_exception(answer.failure);
-    kind = answer.kind;
-  }
+  PathKind const kind =
+      provider->servesSubtrees() ? askStore(provider, location) : lookUp(provider, location, SIZE_MAX);
   addKind(location, kind);
   return kind;
+}
+
+PathKind SessionCache::lookUp(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
+                              std::size_t mostAhead) {
+  Answer const answer = readAhead_.request(FailureLog::Question::kind, provider, location, mostAhead);
+  if (answer.failure) std::rethrow_exception(answer.failure);
+  return answer.kind;
 }
 
 PathKind SessionCache::kind(FolderSnapshot& snapshot, std::size_t index, Provider& provider) {
@@ -268,13 +243,28 @@ SessionCache::CachedFolder& SessionCache::add(std::shared_ptr<FolderSnapshot> sn
   return folders_.emplace(key, CachedFolder{std::move(snapshot)})->second;
 }
 
-// Evicts everything at once: searches rarely come near the bound, and keeping an order of eviction would cost time on every hit.
 void SessionCache::makeRoom(std::size_t bytes) {
-  if (memory_ + bytes > memoryBound_) {
-    forget();
-    hasEvicted_ = true;
-  }
+  if (memory_ + bytes > memoryBound_) evict();
   memory_ += bytes;
+}
+
+// Evicts all folders but the one requested last and those above it, of which a descent goes on asking. A search seldom
+// comes back to the others soon, and an order of eviction would cost time on every hit.
+void SessionCache::evict() {
+  std::u16string_view const last =
+      lastRequested_ == nullptr ? std::u16string_view() : keyOf(lastRequested_->snapshot->location);
+  memory_ = 0;
+  for (auto folder = folders_.begin(); folder != folders_.end();) {
+    std::u16string_view const key = folder->first;
+    bool const isOnTheWay = last.starts_with(key) && (last.size() == key.size() || last[key.size()] == u'/');
+    folder->second.next = nullptr;
+    memory_ += isOnTheWay ? memoryOf(*folder->second.snapshot) : 0;
+    folder = isOnTheWay ? std::next(folder) : folders_.erase(folder);
+  }
+  kinds_.clear();
+  identities_.clear();
+  lastLookedIn_ = nullptr;
+  hasEvicted_ = true;
 }
 
 void SessionCache::forget() noexcept {

@@ -95,15 +95,16 @@ class SessionCache final : private ReadAhead::Cache {
   std::shared_ptr<FolderSnapshot> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
                                        std::string_view prefix);
   PathKind askKind(StorageSystem& system, AbsoluteIRI const& location, Entry entry);
+  void addUnrequested(Answer const& answer) override;
+  std::unordered_set<std::size_t> knownFolders() const override;
+  void addKind(AbsoluteIRI const& location, PathKind kind);
+  PathKind lookUp(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location, std::size_t mostAhead);
   std::shared_ptr<FolderSnapshot> readFromStore(Provider& provider, AbsoluteIRI const& location,
                                                 std::string_view prefix);
-  PathKind askStore(Provider& provider, AbsoluteIRI const& location);
+  PathKind askStore(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
   SubtreeScan& scanFor(AbsoluteIRI const& location, std::string_view prefix);
   void addScanned(std::shared_ptr<FolderSnapshot> snapshot);
   void noteOrderOf(AbsoluteIRI const& location);
-  void addUnrequested(ReadAhead::Answer const& answer) override;
-  std::unordered_set<std::size_t> knownFolders() const override;
-  void addKind(AbsoluteIRI const& location, PathKind kind);
   EntryKind knownKind(Entry entry, Provider& provider, AbsoluteIRI const& location);
   std::optional<EntryFacts> askFacts(Provider& provider, AbsoluteIRI const& location);
   void noteStart(Provider& provider, AbsoluteIRI const& folder);
@@ -113,7 +114,9 @@ class SessionCache final : private ReadAhead::Cache {
   PathKind passOver(Entry entry, AbsoluteIRI const& location, Exception const& failure);
   bool isOutdated(FolderSnapshot const& snapshot) const noexcept;
   CachedFolder& add(std::shared_ptr<FolderSnapshot> snapshot);
+  void enter(CachedFolder& folder, Provider const& provider);
   void makeRoom(std::size_t bytes);
+  void evict();
   void forget() noexcept;
 
   Visibility visibility_;

@@ -1,5 +1,7 @@
 // How a session reads stores of flat keys.
 
+#include <algorithm>
+
 #include "foundation/storage/vfs/session/session_cache.hpp"
 
 namespace foundation::storage::vfs {
@@ -17,10 +19,13 @@ std::shared_ptr<FolderSnapshot> SessionCache::readFromStore(Provider& provider, 
   return snapshot;
 }
 
-// The provider's answer; a store that doesn't exist has no entries.
-PathKind SessionCache::askStore(Provider& provider, AbsoluteIRI const& location) {
+// The provider's answer; a store that doesn't exist has no entries. Only so many names are looked up ahead as will be
+// looked up individually anyway.
+PathKind SessionCache::askStore(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location) {
+  std::size_t const mostAhead =
+      scan_ ? std::min(scan_->lookupsBeforeAPage(), 2 * provider->readsInFlight()) : std::size_t{0};
   try {
-    return stores_.ask(location, [&] { return provider.kind(location); });
+    return stores_.ask(location, [&] { return lookUp(provider, location, mostAhead); });
   } catch (Exception const& failure) {
     if (failure.getErrorCode() != static_cast<int>(ErrorCode::notFound)) throw;
     return PathKind::notFound;

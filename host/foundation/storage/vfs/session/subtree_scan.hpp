@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <list>
 #include <memory>
@@ -49,6 +50,9 @@ class SubtreeScan {
   /// lookups too. Otherwise pages back off: each unhelpful page in a row doubles the number of individual lookups before
   /// the next page, up to a bound, as small folders may follow a huge one.
   void readForLookup(Provider& provider, AbsoluteIRI const& folder, AddToCache const& addToCache);
+
+  /// How many entries will be looked up individually before the next page is read for one.
+  std::size_t lookupsBeforeAPage() const noexcept { return isUnordered_ ? SIZE_MAX : lookupsToSkip_; }
 
   /// Whether the store was found not to list in byte order: then each folder is listed alone.
   bool isUnordered() const noexcept { return isUnordered_; }

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/core/host_export.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
 #include "foundation/storage/vfs/detail/name_filter.hpp"
 #include "foundation/storage/vfs/session_policy.hpp"
@@ -17,7 +18,7 @@ namespace foundation::storage::vfs {
 /// What a session shows of storage: its policy, applied to the start of the search in progress. Makes no request. The
 /// functions before `awaitsStart` may be called by any thread, the others by the session's only. Internal to the
 /// storage layer.
-class Visibility {
+class KORVAN_HOST_EXPORT Visibility {
  public:
   /// The device of a folder in storage without devices, and while none is known.
   static constexpr std::uint64_t noDevice = 0;

@@ -1,0 +1,61 @@
+#include "foundation/storage/vfs/session/one_read.hpp"
+
+#include <cerrno>
+#include <string>
+
+#include <sys/resource.h>
+
+#include "foundation/core/text/bytes.hpp"
+#include "foundation/storage/vfs/storage_exception.hpp"
+
+namespace foundation::storage::vfs {
+namespace {
+
+bool lacksResources(int systemError) {
+  return systemError == EMFILE || systemError == ENFILE || systemError == ENOMEM;
+}
+
+// How often the thread has waited for something else than a processor.
+long waitsOfThisThread() {
+  rusage usage = {};
+  ::getrusage(RUSAGE_THREAD, &usage);
+  return usage.ru_nvcsw;
+}
+
+}  // namespace
+
+void Read::make(Visibility const& visibility, bool isMeasured) {
+  auto const start = std::chrono::steady_clock::now();
+  long const waitsBefore = isMeasured ? waitsOfThisThread() : 0;
+  try {
+    if (answer.question == Question::entries) {
+      answer.snapshot = readFolder(*provider, answer.location, {}, &visibility);
+    } else {
+      answer.kind = provider->kind(answer.location);
+    }
+  } catch (Exception const& failure) {
+    answer.failure = std::current_exception();
+    lackedResources = lacksResources(failure.systemError());
+  }
+  if (isMeasured) measured = {std::chrono::steady_clock::now() - start, waitsOfThisThread() != waitsBefore};
+  if (answer.failure || states == 0) return;
+  if (answer.snapshot) {
+    predicted = PendingReads::Group::below(*answer.snapshot, *search, states, false);
+  } else if (answer.kind == PathKind::isFolder) {
+    std::string const name = core::text::toBytesLossy(answer.location.getName());
+    predicted.emplace(answer.location.getParent()).add(*search, states, name);
+  }
+}
+
+void Read::prefetch(Visibility const& visibility, bool isMeasured) noexcept {
+  try {
+    make(visibility, isMeasured);
+    if (answer.snapshot) memory = answer.snapshot->entries.memory();
+    if (predicted) memory += predicted->memory();
+    isAnswered = !lackedResources;
+  } catch (...) {
+    predicted.reset();
+  }
+}
+
+}  // namespace foundation::storage::vfs
