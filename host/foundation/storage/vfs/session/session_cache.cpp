@@ -51,7 +51,7 @@ SessionCache::SessionCache(std::size_t memoryBound, SessionPolicy const& policy)
 
 std::shared_ptr<void const> SessionCache::announce(SearchOutline const& outline) {
   auto announcement = readAhead_.announce(outline);
-  announced_.emplace(outline);
+  announced_.emplace(outline, visibility_);
   ++search_;
   return announcement;
 }
