@@ -1,6 +1,5 @@
 #include "cli/output.hpp"
 
-#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <csignal>
@@ -52,9 +51,10 @@ void writePiece(std::string_view piece) {
 Output::Output(bool nullEnded) : end_(nullEnded ? '\0' : '\n'), isTerminal_(isatty(STDOUT_FILENO) == 1) {}
 
 void Output::addMatches(std::string_view matches) {
-  std::size_t const begin = buffer_.size();
+  std::size_t at = buffer_.size();
   buffer_ += matches;
-  if (end_ != '\0') std::replace(buffer_.begin() + static_cast<std::ptrdiff_t>(begin), buffer_.end(), '\0', end_);
+  if (end_ == '\0') return;
+  while ((at = buffer_.find('\0', at)) != std::string::npos) buffer_[at] = end_;
 }
 
 void Output::flush() {

@@ -276,8 +276,8 @@ void ReadAhead::runWorker() noexcept {
       while ((read = inFlight_ < window_.size() && !closing_ ? takeNext() : nullptr) == nullptr) {
         if (closing_) return;
         ++idleWorkers_;
-        workersWake_.wait(lock.forWaiting());
-        --idleWorkers_;
+        while (wakeUps_ == 0 && !closing_) workersWake_.wait(lock.forWaiting());
+        if (wakeUps_ != 0) --wakeUps_;
       }
       ++inFlight_;
       wakeWorkers();
@@ -290,6 +290,9 @@ void ReadAhead::wakeWorkers() noexcept {
   std::size_t const worth = window_.waits() ? 1 : worthWaking;
   if (idleWorkers_ == 0 || inFlight_ >= window_.size() || pending_.size() < worth || !hasRoom(worth)) return;
   std::size_t const most = std::min({idleWorkers_, window_.size() - inFlight_, pending_.size() / worth});
+  // A worker that is woken no longer counts as idle, so that it isn't woken again before it runs.
+  idleWorkers_ -= most;
+  wakeUps_ += most;
   for (std::size_t i = 0; i < most; ++i) workersWake_.notify_one();
 }
 
