@@ -16,7 +16,7 @@ namespace {
 void delay() {
   static long const microseconds = [] {
     char const* const text = std::getenv("KORVAN_FOLDER_DELAY_US");
-    return text == nullptr ? 0 : std::atol(text);
+    return text == nullptr ? 0 : std::strtol(text, nullptr, 10);
   }();
   int const before = errno;
   if (microseconds > 0) std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
@@ -30,6 +30,8 @@ Function* next(Function* /*replaced*/, char const* name) {
 
 }  // namespace
 
+// The parameters of the C library's own declarations have reserved names.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name,bugprone-macro-parentheses)
 extern "C" {
 
 __attribute__((visibility("default"))) DIR* opendir(char const* path) {
@@ -62,3 +64,4 @@ KORVAN_DELAYED_OPEN(openat, (int folder, char const* path, int flags, ...), (fol
 KORVAN_DELAYED_OPEN(openat64, (int folder, char const* path, int flags, ...), (folder, path, flags, mode))
 
 }  // extern "C"
+// NOLINTEND(readability-inconsistent-declaration-parameter-name,bugprone-macro-parentheses)

@@ -105,7 +105,7 @@ class ReadAhead {
   std::size_t memory_ KORVAN_GUARDED_BY(mutex_) = 0;  // of answers not yet requested
   std::size_t inFlight_ KORVAN_GUARDED_BY(mutex_) = 0;
   std::size_t idleWorkers_ KORVAN_GUARDED_BY(mutex_) = 0;
-  std::size_t wakeUps_ KORVAN_GUARDED_BY(mutex_) = 0;  // of workers that haven't run since
+  std::size_t wakeUps_ KORVAN_GUARDED_BY(mutex_) = 0;        // of workers that haven't run since
   std::size_t misses_ KORVAN_GUARDED_BY(mutex_) = 0;         // requests in a row that weren't predicted
   Read const* awaited_ KORVAN_GUARDED_BY(mutex_) = nullptr;  // by the caller, which sleeps
   std::condition_variable workersWake_;
