@@ -225,7 +225,7 @@ TEST_F(CInterface, TellsFactsOfTheMatchesOfABlock) {
   folder.addFile("a/file");
   std::filesystem::create_symlink("nowhere", folder.path() + "/link");
   std::filesystem::resize_file(folder.path() + "/a/file", 7);
-  std::string const root = folder.path();
+  std::string const& root = folder.path();
   kglob_options options = KGLOB_OPTIONS_INIT;
   options.root_folder = root.c_str();
   options.facts = KGLOB_ALL_FACTS;

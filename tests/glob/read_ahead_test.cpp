@@ -153,7 +153,7 @@ TEST_F(ReadAhead, TimeFallsWithTheWindowWhereReadsWait) {
       EXPECT_GE(static_cast<std::size_t>(most_), window * 3 / 4);
       if (window == 0) alone = time;
       EXPECT_LE(static_cast<std::size_t>(most_), window + 1);
-      EXPECT_LE(time * static_cast<int>(window) / 6, alone);
+      EXPECT_LE(time * static_cast<int>(window) / 16, alone);
     }
   }
 }
@@ -171,19 +171,25 @@ TEST(StoreReadAhead, LooksUpNamesInManyFoldersAtATime) {
     options.subtreePage = 5;
     auto const store = std::make_shared<MemoryProvider>(tree, options);
     std::size_t requests[2] = {};
-    Clock::duration times[2] = {};
+    std::atomic<int> inFlight{0};
+    int most = 0;  // in flight when a request ended
     for (bool const readsAhead : {false, true}) {
       store->forgetRequests();
-      auto const hook = [](auto, auto const&) { std::this_thread::sleep_for(2ms); };
+      most = 0;
+      std::mutex mutex;
+      auto const hook = [&](auto, auto const&) {
+        ++inFlight;
+        std::this_thread::sleep_for(2ms);
+        std::lock_guard const lock(mutex);
+        most = std::max(most, inFlight--);
+      };
       ServedScheme const mem(u"mem", std::make_shared<HookedProvider>(store, readsAhead ? 16 : 0, hook));
       ReadSession const session;
-      auto const start = Clock::now();
       EXPECT_EQ(search("*/f1007", "mem:///").size(), 300U);
-      times[readsAhead] = Clock::now() - start;
       requests[readsAhead] = store->requests();
     }
     EXPECT_LE(requests[1], requests[0] + 32);
-    EXPECT_TRUE(!allAreLarge || times[1] < times[0] / 2);
+    EXPECT_TRUE(!allAreLarge || most > 8) << most;
   }
 }
 
