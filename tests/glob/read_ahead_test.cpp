@@ -65,7 +65,7 @@ class OnCores {
 
 class ReadAhead : public testing::Test {
  protected:
-  void serve(Tree const& tree, std::size_t window, std::function<void()> onRead) {
+  void serve(Tree const& tree, std::size_t window, std::function<void()> const& onRead) {
     store_ = std::make_shared<MemoryProvider>(tree);
     most_ = inFlight_ = byOthers_ = 0;
     auto const own = std::this_thread::get_id();
@@ -236,8 +236,8 @@ TEST_F(ReadAhead, ReadsNoFurtherThanItsBoundsAndNotAfterTheSearch) {
   struct {
     Tree tree;
     std::size_t memory, window, leastAhead, mostAhead;
-  } const cases[] = {{wideTree(3000), bound * 100, 32, 64, 16 * 32},
-                     {bigFolders, bound, 32, 8, bound / 4 / (100 * 112) + 32}};
+  } const cases[] = {{wideTree(3000), bound * 100, 32, 64, std::size_t{16} * 32},
+                     {bigFolders, bound, 32, 8, bound / 4 / (std::size_t{100} * 112) + 32}};
   for (auto const& [tree, memory, window, leastAhead, mostAhead] : cases) {
     serve(tree, window, sleepShortly);
     ReadSession const session(memory);
