@@ -1,10 +1,12 @@
+#include <chrono>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
 #include "foundation/storage/vfs/read_session.hpp"
-#include "support/memory_provider.hpp"
+#include "support/hooked_provider.hpp"
 #include "support/search.hpp"
 
 // How many requests a search of a store of flat keys may cost, with 1,000 keys a page. A change that saves requests for
@@ -79,12 +81,22 @@ TEST(StoreRequests, AreFew) {
   options.subtreePage = 1000;
   for (auto const& [shape, tree, patterns, matches, requests] : cases) {
     auto const store = std::make_shared<MemoryProvider>(tree, options);
-    ServedScheme const mem(u"mem", store);
-    ReadSession const session;
-    std::size_t found = 0;
-    for (auto const& pattern : patterns) found += search(pattern, "mem:///").size();
-    EXPECT_EQ(found, matches) << shape << ' ' << patterns[0];
-    EXPECT_LE(store->requests(), requests) << shape << ' ' << patterns[0];
+    std::size_t oneByOne = 0;
+    for (std::size_t const inFlight : {0U, 4U, 16U}) {
+      SCOPED_TRACE(shape + (" " + patterns[0]) + " with " + std::to_string(inFlight) + " requests in flight");
+      store->forgetRequests();
+      auto const wait = [](auto, auto const&) { std::this_thread::sleep_for(std::chrono::milliseconds(1)); };
+      ServedScheme const mem(u"mem", std::make_shared<HookedProvider>(store, inFlight, wait));
+      ReadSession const session;
+      Strings found;
+      for (auto const& pattern : patterns) {
+        Strings const more = search(pattern, "mem:///");
+        found.insert(found.end(), more.begin(), more.end());
+      }
+      EXPECT_EQ(found.size(), matches);
+      if (inFlight == 0) oneByOne = store->requests();
+      EXPECT_LE(store->requests(), inFlight == 0 ? requests : oneByOne + store->pages() + 2 * inFlight);
+    }
   }
 }
 

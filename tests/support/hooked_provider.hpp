@@ -40,15 +40,9 @@ class HookedProvider final : public vfs::Provider {
     hook_(Operation::kind, location);
     return inner_->facts(location);
   }
-  vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
-                           std::string_view page, bool withFacts) override {
-    hook_(Operation::subtree, folder);
-    return inner_->subtree(folder, prefix, after, page, withFacts);
-  }
-  void listRest(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view after,
-                vfs::EntrySink& entries) override {
-    hook_(Operation::list, folder);
-    inner_->listRest(folder, namePrefix, after, entries);
+  vfs::SubtreePage subtree(vfs::SubtreeRequest const& request) override {
+    hook_(request.isDelimited ? Operation::list : Operation::subtree, request.folder);
+    return inner_->subtree(request);
   }
 
  private:

@@ -22,6 +22,13 @@ std::size_t MemoryProvider::requests() const {
   return sum;
 }
 
+std::size_t MemoryProvider::requests(Operation operation) const {
+  std::lock_guard const lock(mutex_);
+  std::size_t sum = 0;
+  for (auto const& [key, count] : requests_) sum += key.first == operation ? count : 0;
+  return sum;
+}
+
 std::size_t MemoryProvider::mostRequests(Operation operation) const {
   std::lock_guard const lock(mutex_);
   std::size_t most = 0;
@@ -57,22 +64,13 @@ vfs::PathKind MemoryProvider::kind(vfs::AbsoluteIRI const& location) {
 }
 
 void MemoryProvider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) {
-  listRest(folder, namePrefix, {}, entries);
-}
-
-void MemoryProvider::listRest(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view after,
-                              vfs::EntrySink& entries) {
   std::string const path = note(Operation::list, folder);
   if (!tree.isFolder(path)) throw vfs::Exception(vfs::ErrorCode::notFound, folder, "there is no such folder");
   auto all = tree.children(path);
   // Not sorted: that is left to the layer above.
   std::reverse(all.begin(), all.end());
-  std::size_t listed = 0;
   for (auto const& [name, kind] : all) {
-    // The keys in a folder come before its name with the character after "/".
-    bool const isAfter = (kind == EntryKind::folder ? name + '0' : name) > after;
-    if (!beginsWith(name, namePrefix) || !isAfter) continue;
-    if (servesSubtrees() && ++listed > options_.subtreePage) listed = 1, note(Operation::list, folder);
+    if (!beginsWith(name, namePrefix)) continue;
     onEntry();
     entries.add(name, options_.hidesKinds ? EntryKind::unknown : kind);
   }
@@ -96,23 +94,24 @@ std::optional<vfs::EntryFacts> MemoryProvider::facts(vfs::AbsoluteIRI const& loc
   return std::nullopt;
 }
 
-vfs::SubtreePage MemoryProvider::subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix,
-                                         std::string_view after, std::string_view /*page*/, bool withFacts) {
-  std::string const path = note(Operation::subtree, folder);
-  std::vector<std::string> all;
-  if (tree.isFolder(path)) {
-    for (auto const& [name, kind] : tree.below(path)) all.push_back(name + (kind == EntryKind::folder ? "/" : ""));
-  }
-  std::sort(all.begin(), all.end());
+vfs::SubtreePage MemoryProvider::subtree(vfs::SubtreeRequest const& request) {
+  std::string const path = note(request.isDelimited ? Operation::list : Operation::subtree, request.folder);
   vfs::SubtreePage page;
+  page.folderExists = tree.isFolder(path);
+  if (!page.folderExists) return page;
+  std::vector<std::string> all;
+  for (auto const& [name, kind] : request.isDelimited ? tree.children(path) : tree.below(path))
+    all.push_back(name + (kind == EntryKind::folder ? "/" : ""));
+  std::sort(all.begin(), all.end());
   for (std::size_t i = 0; i < all.size() && page.last; ++i) {
     bool const isImplied = all[i].back() == '/' && i + 1 < all.size() && beginsWith(all[i + 1], all[i]);
-    if ((isImplied && !options_.marksEveryFolder) || !beginsWith(all[i], prefix) || all[i] <= after) continue;
+    if ((isImplied && !options_.marksEveryFolder) || !beginsWith(all[i], request.prefix) || all[i] <= request.after)
+      continue;
     page.last = page.paths.size() < options_.subtreePage;
     if (!page.last) continue;
     onEntry();
     page.paths.push_back(all[i]);
-    if (withFacts) page.facts.push_back({.size = all[i].size(), .etag = all[i]});
+    if (request.withFacts) page.facts.push_back({.size = all[i].size(), .etag = all[i]});
   }
   return page;
 }

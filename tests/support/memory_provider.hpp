@@ -49,6 +49,9 @@ class MemoryProvider final : public vfs::Provider {
   std::function<void()> onEntry = [] {};
 
   std::size_t requests() const;
+  std::size_t requests(Operation operation) const;
+  /// How many pages all keys of a store of flat keys fill.
+  std::size_t pages() const { return tree.below("").size() / options_.subtreePage; }
   /// The most requests for any one location.
   std::size_t mostRequests(Operation operation) const;
   /// All requests for locations in whose paths the text occurs.
@@ -61,10 +64,7 @@ class MemoryProvider final : public vfs::Provider {
   std::optional<vfs::FolderIdentity> identity(vfs::AbsoluteIRI const& folder) override;
   std::optional<vfs::EntryFacts> facts(vfs::AbsoluteIRI const& location) override;
   bool servesSubtrees() const noexcept override { return options_.subtreePage != 0; }
-  vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
-                           std::string_view page, bool withFacts) override;
-  void listRest(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view after,
-                vfs::EntrySink& entries) override;
+  vfs::SubtreePage subtree(vfs::SubtreeRequest const& request) override;
 
  private:
   std::string note(Operation operation, vfs::AbsoluteIRI const& location);

@@ -111,6 +111,9 @@ class Misbehaving(unittest.TestCase):
                 status, found, errors = self.search(bucket, pattern)
                 if self.store.requests[bucket] < absent:
                     break
+                # A page that was requested ahead may be requested again, and then the list is complete.
+                if absent > 1 and (status, found, errors) == (0, wanted, ""):
+                    continue
                 self.assertEqual((status, errors.count("\n")), (1, 0) if absent == 1 else (2, 1), f"{pattern} {absent} {errors}")
             self.assertGreater(absent, 3)
             self.assertEqual((status, found, errors), (0, wanted, ""))

@@ -23,6 +23,24 @@ bool reachesPast(ListPage const& page, std::string const& folderPrefix) {
          std::any_of(page.commonPrefixes.begin(), page.commonPrefixes.end(), sortsAfter);
 }
 
+// Calls `visit` with each path below the folder and its facts, in byte order if the page is. Of a key that no path can
+// name, the deepest folder above it that one can is a path; the empty text is none.
+template <class Visit>
+void forEachPath(ListPage const& page, std::string const& folderPrefix, Visit visit) {
+  vfs::EntryFacts const file;
+  vfs::EntryFacts const folder{.kind = vfs::EntryKind::folder};
+  auto const visitPath = [&](std::string_view name, vfs::EntryFacts const& facts) {
+    std::string_view const path = nameablePrefix(name.substr(folderPrefix.size()));
+    if (!path.empty()) visit(path, facts);
+  };
+  auto prefix = page.commonPrefixes.begin();
+  for (std::size_t i = 0; i < page.keys.size(); ++i) {
+    for (; prefix != page.commonPrefixes.end() && *prefix < page.keys[i]; ++prefix) visitPath(*prefix, folder);
+    visitPath(page.keys[i], page.facts.empty() ? file : page.facts[i]);
+  }
+  for (; prefix != page.commonPrefixes.end(); ++prefix) visitPath(*prefix, folder);
+}
+
 bool isAbsence(vfs::Exception const& error) {
   return error.getErrorCode() == static_cast<int>(vfs::ErrorCode::notFound);
 }
@@ -37,8 +55,7 @@ class S3Provider::Pages {
         client_(provider.client(location)),
         request_(std::move(request)),
         location_(location),
-        check_(request_.prefix, request_.delimited, request_.delimited ? std::string() : request_.startAfter,
-               request_.continuationToken) {}
+        check_(request_.prefix, request_.delimited, firstName(request_), request_.continuationToken) {}
 
   bool more() const noexcept { return more_; }
 
@@ -68,6 +85,12 @@ class S3Provider::Pages {
   }
 
  private:
+  // No name of the listing is less. A key below a common prefix, or that prefix, is followed by the prefix again.
+  static std::string firstName(ListRequest const& request) {
+    std::size_t const end = request.delimited ? request.startAfter.find('/', request.prefix.size()) : std::string::npos;
+    return request.startAfter.substr(0, end);
+  }
+
   S3Provider& provider_;
   Client& client_;
   ListRequest request_;
@@ -130,73 +153,58 @@ std::optional<vfs::EntryFacts> S3Provider::find(vfs::AbsoluteIRI const& location
 
 void S3Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) {
   ObjectLocation const target = objectLocationOf(folder);
-  bool const mustExist = !target.canExist() || (!target.key.empty() && namePrefix.empty());
-  if (!(target.canExist() && listNames(folder, target, namePrefix, {}, entries)) && mustExist)
-    throw vfs::Exception(vfs::ErrorCode::notFound, folder, "no such folder");
-}
-
-void S3Provider::listRest(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view after,
-                          vfs::EntrySink& entries) {
-  listNames(folder, objectLocationOf(folder), namePrefix, after, entries);
-}
-
-// Whether there was any name, be it only the folder's marker.
-bool S3Provider::listNames(vfs::AbsoluteIRI const& folder, ObjectLocation const& target, std::string_view namePrefix,
-                           std::string_view after, vfs::EntrySink& entries) {
   std::string const folderPrefix = target.folderPrefix();
-  ListRequest request{.bucket = target.bucket, .prefix = folderPrefix + validUtf8Prefix(namePrefix), .delimited = true};
-  if (!after.empty()) request.startAfter = folderPrefix + validUtf8Prefix(after);
+  bool const mustExist = !target.canExist() || (!target.key.empty() && namePrefix.empty());
   bool found = false;
-  bool const withFacts = request.withFacts = entries.wantsFacts();
-  auto const add = [&](std::string_view name, auto const& kindOrFacts) {
-    if (nameablePrefix(name) == name) entries.add(name, kindOrFacts);
-  };
-  for (Pages pages(*this, std::move(request), folder); pages.more();) {
-    ListPage const page = pages.next();
-    found = found || !page.keys.empty() || !page.commonPrefixes.empty();
-    for (std::size_t i = 0; i < page.keys.size(); ++i) {
-      std::string_view const name = std::string_view(page.keys[i]).substr(folderPrefix.size());
-      withFacts ? add(name, page.facts[i]) : add(name, vfs::EntryKind::file);
-    }
-    for (std::string_view prefix : page.commonPrefixes) {
-      prefix.remove_prefix(folderPrefix.size());
-      prefix.remove_suffix(1);
-      add(prefix, vfs::EntryKind::folder);
+  if (target.canExist()) {
+    Pages pages(*this,
+                {.bucket = target.bucket,
+                 .prefix = folderPrefix + validUtf8Prefix(namePrefix),
+                 .delimited = true,
+                 .withFacts = entries.wantsFacts()},
+                folder);
+    while (pages.more()) {
+      ListPage const page = pages.next();
+      found = found || !page.keys.empty() || !page.commonPrefixes.empty();
+      forEachPath(page, folderPrefix, [&](std::string_view path, vfs::EntryFacts const& facts) {
+        if (path.ends_with('/')) path.remove_suffix(1);
+        entries.wantsFacts() ? entries.add(path, facts) : entries.add(path, facts.kind);
+      });
     }
   }
-  return found;
+  if (mustExist && !found) throw vfs::Exception(vfs::ErrorCode::notFound, folder, "no such folder");
 }
 
-vfs::SubtreePage S3Provider::subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
-                                     std::string_view page, bool withFacts) {
+vfs::SubtreePage S3Provider::subtree(vfs::SubtreeRequest const& request) {
   vfs::SubtreePage result;
-  ObjectLocation const target = objectLocationOf(folder);
+  ObjectLocation const target = objectLocationOf(request.folder);
   if (!target.canExist()) return result;
   result.isOrdered = !isUnordered_;
   if (!result.isOrdered) return result;
   std::string const folderPrefix = target.folderPrefix();
-  // Skips the folder's own marker, which isn't a path below it.
-  ListRequest request{.bucket = target.bucket,
-                      .prefix = folderPrefix + validUtf8Prefix(prefix),
-                      .startAfter = folderPrefix + validUtf8Prefix(after),
-                      .continuationToken = std::string(page),
-                      .withFacts = withFacts};
-  ListPage listed = Pages(*this, std::move(request), folder).next();
+  ListRequest list{.bucket = target.bucket,
+                   .prefix = folderPrefix + validUtf8Prefix(request.prefix),
+                   .continuationToken = request.page,
+                   .delimited = request.isDelimited,
+                   .withFacts = request.withFacts};
+  // Keys below the folder needn't include its own marker, which isn't a path below it.
+  if (!request.isDelimited || !request.after.empty()) list.startAfter = folderPrefix + validUtf8Prefix(request.after);
+  ListPage const page = Pages(*this, std::move(list), request.folder).next();
   result.isOrdered = !isUnordered_;
   if (!result.isOrdered) return result;
-  std::string_view reached = after;
-  for (std::size_t i = 0; i < listed.keys.size(); ++i) {
-    std::string_view const key = std::string_view(listed.keys[i]).substr(folderPrefix.size());
-    // For a key that no path can name, the deepest folder above it that one can, unless a path in it came before.
-    std::string_view const path = nameablePrefix(key);
-    if (path <= reached || !path.starts_with(prefix)) continue;
-    result.paths.emplace_back(path);
-    if (withFacts) result.facts.push_back(std::move(listed.facts[i]));
+  result.folderExists = target.key.empty() || !page.keys.empty() || !page.commonPrefixes.empty();
+  std::string_view reached = request.after;
+  forEachPath(page, folderPrefix, [&](std::string_view path, vfs::EntryFacts const& facts) {
+    // A key that no path can name adds nothing to a path that came before.
+    if (path <= reached || !path.starts_with(request.prefix)) return;
     reached = path;
-  }
-  result.last = !listed.truncated;
-  result.nextPage = std::move(listed.continuationToken);
-  if (!listed.keys.empty()) result.position = listed.keys.back().substr(folderPrefix.size());
+    result.paths.emplace_back(path);
+    if (request.withFacts) result.facts.push_back(facts);
+  });
+  result.last = !page.truncated;
+  result.nextPage = page.continuationToken;
+  for (auto const* const names : {&page.keys, &page.commonPrefixes})
+    if (!names->empty()) result.position = std::max(result.position, names->back().substr(folderPrefix.size()));
   return result;
 }
 

@@ -40,12 +40,7 @@ class S3Provider final : public vfs::Provider {
   bool servesSubtrees() const noexcept override { return true; }
 
   /// One request for 1,000 keys.
-  vfs::SubtreePage subtree(vfs::AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
-                           std::string_view page, bool withFacts) override;
-
-  /// One request for each 1,000 entries.
-  void listRest(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view after,
-                vfs::EntrySink& entries) override;
+  vfs::SubtreePage subtree(vfs::SubtreeRequest const& request) override;
 
  private:
   class Pages;
@@ -53,8 +48,6 @@ class S3Provider final : public vfs::Provider {
   Client& client(vfs::AbsoluteIRI const& location);
   std::optional<vfs::EntryFacts> find(vfs::AbsoluteIRI const& location, bool withFacts);
   bool anyKeyBelow(ObjectLocation const& target, vfs::AbsoluteIRI const& location);
-  bool listNames(vfs::AbsoluteIRI const& folder, ObjectLocation const& target, std::string_view namePrefix,
-                 std::string_view after, vfs::EntrySink& entries);
 
   MakeClient makeClient_;
   core::threads::Mutex mutex_;

@@ -24,14 +24,8 @@ bool Provider::servesSubtrees() const noexcept {
   return false;
 }
 
-SubtreePage Provider::subtree(AbsoluteIRI const& folder, std::string_view /*prefix*/, std::string_view /*after*/,
-                              std::string_view /*page*/, bool /*withFacts*/) {
-  throw Exception(ErrorCode::other, folder, "this kind of storage has no flat listings");
-}
-
-void Provider::listRest(AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view /*after*/,
-                        EntrySink& entries) {
-  list(folder, namePrefix, entries);
+SubtreePage Provider::subtree(SubtreeRequest const& request) {
+  throw Exception(ErrorCode::other, request.folder, "this kind of storage has no flat listings");
 }
 
 }  // namespace foundation::storage::vfs

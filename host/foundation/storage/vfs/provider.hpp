@@ -22,7 +22,18 @@ struct FolderIdentity {
   friend bool operator==(FolderIdentity const&, FolderIdentity const&) = default;
 };
 
-/// One page of a flat listing: everything below a folder, at any depth, in the byte order of the paths.
+/// Asks for a page of the keys below a folder of a flat store: those whose path below the folder begins with the bytes
+/// `prefix` and is greater than `after`.
+struct SubtreeRequest {
+  AbsoluteIRI folder;
+  std::string prefix{};
+  bool isDelimited = false;  ///< only the folder's own entries: a subfolder is one path, however much is below it
+  bool withFacts = false;
+  std::string after{};  ///< any bytes; empty for the beginning
+  std::string page{};   ///< the `nextPage` of the page that ended there, or empty
+};
+
+/// One page of what is below a folder, in the byte order of the paths: at any depth, or the folder's own entries.
 struct SubtreePage {
   /// Paths below the folder, elements joined by "/", as bytes. A path that ends in "/" only says that this folder
   /// exists.
@@ -36,6 +47,8 @@ struct SubtreePage {
   std::string nextPage{};
   /// Whether the store lists in byte order. If not, the page is of no use.
   bool isOrdered = true;
+  /// Whether the page shows that the folder exists, be it without a path below it.
+  bool folderExists = false;
   /// Of each of `paths`, if they were asked for.
   std::vector<EntryFacts> facts{};
 };
@@ -84,22 +97,14 @@ class KORVAN_HOST_EXPORT Provider {
   /// requests. By default only the kind, as `kind` finds it out: for storage without links.
   virtual std::optional<EntryFacts> facts(AbsoluteIRI const& location);
 
-  /// Whether this is a store of flat keys: `subtree` and `listRest` are served, and `list` reads only what begins with
-  /// its prefix. By default not.
+  /// Whether this is a store of flat keys: `subtree` is served, and `list` reads only what begins with its prefix. By
+  /// default not.
   virtual bool servesSubtrees() const noexcept;
 
-  /// The page of everything below the folder whose path below it begins with the bytes `prefix` and is greater than
-  /// `after` (from the beginning if that is empty). `page` is the `nextPage` of the page that ended there, or empty. One
-  /// request, for nothing outside that prefix. For a folder with nothing below it, and for a location where nothing
-  /// exists, the page is empty and the last one. The facts of its paths only if they are asked for. Throws `Exception`
-  /// with code `other` if this isn't served.
-  virtual SubtreePage subtree(AbsoluteIRI const& folder, std::string_view prefix, std::string_view after,
-                              std::string_view page, bool withFacts);
-
-  /// As `list`, but only the entries from the path `after` below the folder on: those with a key greater than it, among
-  /// them perhaps the one that it is in. The folder is known to exist. For a store that lists in byte order.
-  virtual void listRest(AbsoluteIRI const& folder, std::string_view namePrefix, std::string_view after,
-                        EntrySink& entries);
+  /// One page of keys: one request, for nothing outside the requested prefix. For a folder with nothing below it, and
+  /// for a location where nothing exists, the page is empty and the last one. Throws `Exception` with code `other` if
+  /// this isn't served.
+  virtual SubtreePage subtree(SubtreeRequest const& request);
 };
 
 }  // namespace foundation::storage::vfs

@@ -18,12 +18,16 @@ std::shared_ptr<FolderSnapshot> readFolder(Provider& provider, AbsoluteIRI const
   snapshot->entries.reserveUsual();
   EntrySink sink(snapshot->entries, visibility != nullptr && visibility->collectsFacts());
   provider.list(location, prefix, sink);
-  if (visibility != nullptr && visibility->hidesNames()) {
-    snapshot->entries.removeIf([&](std::string_view name) { return visibility->hides(name); });
-  }
-  snapshot->entries.sort();
-  snapshot->entries.shrink();
+  arrange(*snapshot, visibility);
   return snapshot;
+}
+
+void arrange(FolderSnapshot& snapshot, Visibility const* visibility) {
+  if (visibility != nullptr && visibility->hidesNames()) {
+    snapshot.entries.removeIf([&](std::string_view name) { return visibility->hides(name); });
+  }
+  snapshot.entries.sort();
+  snapshot.entries.shrink();
 }
 
 PathKind kindOfEntry(FolderSnapshot& snapshot, std::size_t index, Provider& provider) {

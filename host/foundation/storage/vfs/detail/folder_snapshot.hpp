@@ -35,6 +35,9 @@ struct FolderSnapshot {
 std::shared_ptr<FolderSnapshot> readFolder(Provider& provider, AbsoluteIRI const& location, std::string_view prefix,
                                            Visibility const* visibility);
 
+/// Makes a folder of all entries that were listed ready for use: sorted, without those that `visibility` hides.
+void arrange(FolderSnapshot& snapshot, Visibility const* visibility);
+
 /// The entry's kind: from the snapshot, or else from the provider, and then recorded in the snapshot. At most two
 /// requests.
 PathKind kindOfEntry(FolderSnapshot& snapshot, std::size_t index, Provider& provider);

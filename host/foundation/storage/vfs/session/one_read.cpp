@@ -22,11 +22,26 @@ long waitsOfThisThread() {
   return usage.ru_nvcsw;
 }
 
+// How a read went, from the construction on.
+class Stopwatch {
+ public:
+  explicit Stopwatch(bool isOn) : isOn_(isOn), waitsBefore_(isOn ? waitsOfThisThread() : 0) {}
+
+  std::optional<ReadWindow::Measurement> measurement() const {
+    if (!isOn_) return std::nullopt;
+    return ReadWindow::Measurement{std::chrono::steady_clock::now() - start_, waitsOfThisThread() != waitsBefore_};
+  }
+
+ private:
+  bool isOn_;
+  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+  long waitsBefore_;
+};
+
 }  // namespace
 
 void Read::make(Visibility const& visibility, bool isMeasured) {
-  auto const start = std::chrono::steady_clock::now();
-  long const waitsBefore = isMeasured ? waitsOfThisThread() : 0;
+  Stopwatch const stopwatch(isMeasured);
   try {
     if (answer.question == Question::entries) {
       answer.snapshot = readFolder(*provider, answer.location, {}, &visibility);
@@ -37,7 +52,7 @@ void Read::make(Visibility const& visibility, bool isMeasured) {
     answer.failure = std::current_exception();
     lackedResources = lacksResources(failure.systemError());
   }
-  if (isMeasured) measured = {std::chrono::steady_clock::now() - start, waitsOfThisThread() != waitsBefore};
+  measured = stopwatch.measurement();
   if (answer.failure || states == 0) return;
   if (answer.snapshot) {
     predicted = PendingReads::Group::below(*answer.snapshot, *search, states, false);
@@ -56,6 +71,19 @@ void Read::prefetch(Visibility const& visibility, bool isMeasured) noexcept {
   } catch (...) {
     predicted.reset();
   }
+}
+
+void PageRead::make(bool isMeasured) noexcept {
+  Stopwatch const stopwatch(isMeasured);
+  try {
+    page = provider->subtree(fetch.request);
+  } catch (Exception const& error) {
+    failure = std::current_exception();
+    lackedResources = lacksResources(error.systemError());
+  } catch (...) {
+    failure = std::current_exception();
+  }
+  measured = stopwatch.measurement();
 }
 
 }  // namespace foundation::storage::vfs

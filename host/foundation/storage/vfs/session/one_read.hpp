@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "foundation/storage/vfs/detail/folder_snapshot.hpp"
+#include "foundation/storage/vfs/session/key_parts.hpp"
 #include "foundation/storage/vfs/session/pending_reads.hpp"
 #include "foundation/storage/vfs/session/read_window.hpp"
 #include "foundation/storage/vfs/session/visibility.hpp"
@@ -43,6 +44,18 @@ struct Read {
   /// The same for a read that nobody has requested. An interrupt or a lack of memory or descriptors isn't an answer
   /// then: when it is requested it is made again, and fails again if the cause remains.
   void prefetch(Visibility const& visibility, bool isMeasured) noexcept;
+};
+
+/// One request for a page of a flat store's keys. Internal to the session.
+struct PageRead {
+  KeyParts::Fetch fetch;
+  std::shared_ptr<Provider> provider;
+  SubtreePage page{};
+  std::exception_ptr failure{};  ///< what the provider threw, or null
+  std::optional<ReadWindow::Measurement> measured{};
+  bool lackedResources = false;
+
+  void make(bool isMeasured) noexcept;
 };
 
 }  // namespace foundation::storage::vfs

@@ -35,7 +35,8 @@ ReadAhead::ReadAhead(Cache& cache, Visibility const& visibility, Activity& activ
       visibility_(visibility),
       activity_(activity),
       memoryBound_(memoryBound),
-      window_(ReadWindow::availableCores()) {}
+      window_(ReadWindow::availableCores()),
+      listings_{Listing{KeyParts(visibility)}, Listing{KeyParts(visibility)}} {}
 
 ReadAhead::~ReadAhead() {
   closing_ = true;
@@ -128,9 +129,7 @@ Answer ReadAhead::readRequested(Question question, std::shared_ptr<Provider> con
   }
   addUnrequested(unrequested);
   if (read.search) read.states = predicted ? *predicted : read.search->at(location);
-  bool const isMeasured = readsOfCaller_ < measureEvery || readsOfCaller_ % measureEvery == 0;
-  ++readsOfCaller_;
-  read.make(visibility_, isMeasured);
+  read.make(visibility_, measuresNext());
   if (read.lackedResources && !workers_.empty()) {
     awaitWorkers();
     read.answer.failure = nullptr;
@@ -144,6 +143,19 @@ Answer ReadAhead::readRequested(Question question, std::shared_ptr<Provider> con
   return std::move(read.answer);
 }
 
+bool ReadAhead::measuresNext() noexcept {
+  std::size_t const before = readsOfCaller_++;
+  return before < measureEvery || before % measureEvery == 0;
+}
+
+void ReadAhead::noteFailure(bool lackedResources) noexcept {
+  if (lackedResources) {
+    window_.limit(inFlight_ - std::min<std::size_t>(inFlight_, 1));  // for the others there was enough
+  } else {
+    window_.shrink();
+  }
+}
+
 void ReadAhead::finish(Read& read) noexcept {
   if (read.measured) window_.noteRead(*read.measured);
   if (read.search == search_) pending_.enter(read.position, std::exchange(read.predicted, std::nullopt));
@@ -153,11 +165,7 @@ void ReadAhead::finish(Read& read) noexcept {
     read.isDone = true;
     return;
   }
-  if (read.lackedResources) {
-    window_.limit(inFlight_ - std::min<std::size_t>(inFlight_, 1));  // for the others there was enough
-  } else {
-    window_.shrink();
-  }
+  noteFailure(read.lackedResources);
   reads(read.answer.question).erase(keyOf(read.answer.location));
 }
 
@@ -265,15 +273,12 @@ void ReadAhead::startWorkers() {
 void ReadAhead::runWorker() noexcept {
   utInterruptScope const interruptedByClosing(&closing_);
   ActivityScope const countedForTheSession(activity_);
-  Read* read = nullptr;
+  Work work;
   for (std::size_t made = 0;; ++made) {
     {
       MutexLock lock(mutex_, spinning);
-      if (read != nullptr) {
-        finish(*read);
-        --inFlight_;
-      }
-      while ((read = inFlight_ < window_.size() && !closing_ ? takeNext() : nullptr) == nullptr) {
+      if (work) finish(work);
+      while (!(work = takeWork())) {
         if (closing_) return;
         ++idleWorkers_;
         while (wakeUps_ == 0 && !closing_) workersWake_.wait(lock.forWaiting());
@@ -282,14 +287,32 @@ void ReadAhead::runWorker() noexcept {
       ++inFlight_;
       wakeWorkers();
     }
-    read->prefetch(visibility_, made % measureEvery == 0);
+    bool const isMeasured = made % measureEvery == 0;
+    work.page ? work.page->make(isMeasured) : work.read->prefetch(visibility_, isMeasured);
   }
 }
 
+ReadAhead::Work ReadAhead::takeWork() noexcept {
+  Work work;
+  if (inFlight_ >= window_.size() || closing_) return work;
+  work.page = takePage();
+  if (!work.page) work.read = takeNext();
+  return work;
+}
+
+void ReadAhead::finish(Work& work) noexcept {
+  work.page ? finish(*work.page) : finish(*work.read);
+  --inFlight_;
+}
+
 void ReadAhead::wakeWorkers() noexcept {
+  if (idleWorkers_ == 0 || inFlight_ >= window_.size()) return;
   std::size_t const worth = window_.waits() ? 1 : worthWaking;
-  if (idleWorkers_ == 0 || inFlight_ >= window_.size() || pending_.size() < worth || !hasRoom(worth)) return;
-  std::size_t const most = std::min({idleWorkers_, window_.size() - inFlight_, pending_.size() / worth});
+  std::size_t most = std::min(idleWorkers_, window_.size() - inFlight_);
+  if (!mayFetchPages()) {
+    if (pending_.size() < worth || !hasRoom(worth)) return;
+    most = std::min(most, pending_.size() / worth);
+  }
   // A worker that is woken no longer counts as idle, so that it isn't woken again before it runs.
   idleWorkers_ -= most;
   wakeUps_ += most;

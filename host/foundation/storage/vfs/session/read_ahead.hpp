@@ -65,13 +65,41 @@ class ReadAhead {
   Answer request(Question question, std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
                  std::size_t mostAhead = SIZE_MAX);
 
+  /// A page of a flat store's keys: fetched ahead, or requested now. Each has paths after `request.after`, but where it
+  /// ends may depend on what was fetched ahead. If it is certain that all pages after it will be requested too, they are
+  /// fetched side by side from now on, within the window. Throws what the provider throws.
+  SubtreePage page(std::shared_ptr<Provider> const& provider, SubtreeRequest const& request, bool isCertain);
+
+  /// The names of folders among the keys of the listing that the request is for: sorted paths that end in "/". A hint
+  /// where the listing can be divided.
+  void addFolders(SubtreeRequest const& request, std::vector<std::string> const& folders);
+
  private:
+  // A listing of keys, and the provider that it is read from.
+  struct Listing {
+    KeyParts parts;
+    std::shared_ptr<Provider> provider{};
+  };
+  // What a worker is doing: at most one of the two.
+  struct Work {
+    Read* read = nullptr;
+    std::optional<PageRead> page{};
+
+    explicit operator bool() const noexcept { return read != nullptr || page; }
+  };
   using Reads = std::unordered_map<std::u16string_view, std::unique_ptr<Read>, KeyHash, KeyEqual>;
 
   Reads& reads(Question question) KORVAN_REQUIRES(mutex_) { return reads_[static_cast<std::size_t>(question)]; }
   bool hasRoom(std::size_t reads) const KORVAN_REQUIRES(mutex_);
   Read* takeNext() noexcept KORVAN_REQUIRES(mutex_);
+  Work takeWork() noexcept KORVAN_REQUIRES(mutex_);
+  std::optional<PageRead> takePage() noexcept KORVAN_REQUIRES(mutex_);
+  bool mayFetchPages() const KORVAN_REQUIRES(mutex_);
+  KeyParts::Limits pageLimits() const KORVAN_REQUIRES(mutex_);
+  void finish(Work& work) noexcept KORVAN_REQUIRES(mutex_);
   void finish(Read& read) noexcept KORVAN_REQUIRES(mutex_);
+  void finish(PageRead& read) noexcept KORVAN_REQUIRES(mutex_);
+  void noteFailure(bool lackedResources) noexcept KORVAN_REQUIRES(mutex_);
   void predictBelow(FolderSnapshot const& folder, bool lookupsOnly) KORVAN_REQUIRES(mutex_);
   Answer takeAnswer(Read& read) KORVAN_REQUIRES(mutex_);
   std::vector<Answer> takeUnrequested() KORVAN_REQUIRES(mutex_);
@@ -79,6 +107,7 @@ class ReadAhead {
   void wakeWorkers() noexcept KORVAN_REQUIRES(mutex_);
 
   std::optional<Answer> awaitPrefetched(Question question, AbsoluteIRI const& location, std::size_t mostAhead);
+  bool measuresNext() noexcept;
   Answer readRequested(Question question, std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
   void awaitWorkers();
   void startWorkers();
@@ -100,7 +129,9 @@ class ReadAhead {
   std::optional<std::unordered_set<std::size_t>> known_ KORVAN_GUARDED_BY(mutex_);  // before that search; hashes
   PendingReads pending_ KORVAN_GUARDED_BY(mutex_);
   ReadWindow window_ KORVAN_GUARDED_BY(mutex_);
-  std::array<Reads, 2> reads_ KORVAN_GUARDED_BY(mutex_);  // by question: those in flight, or not yet requested
+  std::array<Reads, 2> reads_ KORVAN_GUARDED_BY(mutex_);       // by question: those in flight, or not yet requested
+  std::array<Listing, 2> listings_ KORVAN_GUARDED_BY(mutex_);  // by whether they are delimited
+  bool awaitsPage_ KORVAN_GUARDED_BY(mutex_) = false;          // whether the caller sleeps until a page comes
   std::size_t mostAhead_ KORVAN_GUARDED_BY(mutex_) = SIZE_MAX;
   std::size_t memory_ KORVAN_GUARDED_BY(mutex_) = 0;  // of answers not yet requested
   std::size_t inFlight_ KORVAN_GUARDED_BY(mutex_) = 0;

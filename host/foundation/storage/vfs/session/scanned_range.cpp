@@ -6,12 +6,6 @@
 #include "foundation/core/text/bytes.hpp"
 
 namespace foundation::storage::vfs {
-namespace {
-
-// U+10FFFF: no character sorts after it.
-constexpr std::string_view greatestCharacter = "\xF4\x8F\xBF\xBF";
-
-}  // namespace
 
 ScannedRange::ScannedRange(AbsoluteIRI root, std::string prefix, std::string folder, Visibility const& visibility)
     : root_(std::move(root)),
@@ -96,10 +90,9 @@ void ScannedRange::add(std::string_view path, EntryFacts const* facts, Snapshots
 
 // Continues after everything that is in the same folder, if that is left out.
 void ScannedRange::skipHidden() {
-  auto const hidden = visibility_.hiddenPart(root_, position_);
-  if (!hidden || hidden->end == 0 || position_[hidden->end - 1] != '/') return;
-  position_.resize(hidden->end);
-  position_ += greatestCharacter;
+  auto past = visibility_.pastHidden(root_, position_);
+  if (!past) return;
+  position_ = *std::move(past);
   nextPage_.clear();
 }
 

@@ -102,7 +102,7 @@ std::shared_ptr<FolderSnapshot> SessionCache::read(std::shared_ptr<Provider> con
     added.search = search_;
     return noteRequested(added);
   }
-  CachedFolder& added = add(readFromStore(*provider, location, prefix));
+  CachedFolder& added = add(readFromStore(provider, location, prefix));
   enter(added, *provider);
   return noteRequested(added);
 }
@@ -146,7 +146,7 @@ PathKind SessionCache::askKind(StorageSystem& system, AbsoluteIRI const& locatio
   Busy const busy(busy_);
   AbsoluteIRI const above = location.getParent();
   if (entry.snapshot == nullptr && scan_ && location.hasParent() && scan_->reaches(above, {})) {
-    scan_->readForLookup(*provider, above, [this](auto const& snapshot) { addScanned(snapshot); });
+    scan_->readForLookup(provider, above, [this](auto const& snapshot) { addScanned(snapshot); });
     entry = findEntry(location);
   }
   if (entry.snapshot != nullptr) {

@@ -99,7 +99,7 @@ class SessionCache final : private ReadAhead::Cache {
   std::unordered_set<std::size_t> knownFolders() const override;
   void addKind(AbsoluteIRI const& location, PathKind kind);
   PathKind lookUp(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location, std::size_t mostAhead);
-  std::shared_ptr<FolderSnapshot> readFromStore(Provider& provider, AbsoluteIRI const& location,
+  std::shared_ptr<FolderSnapshot> readFromStore(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
                                                 std::string_view prefix);
   PathKind askStore(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location);
   SubtreeScan& scanFor(AbsoluteIRI const& location, std::string_view prefix);

@@ -6,8 +6,8 @@
 
 namespace foundation::storage::vfs {
 
-std::shared_ptr<FolderSnapshot> SessionCache::readFromStore(Provider& provider, AbsoluteIRI const& location,
-                                                            std::string_view prefix) {
+std::shared_ptr<FolderSnapshot> SessionCache::readFromStore(std::shared_ptr<Provider> const& provider,
+                                                            AbsoluteIRI const& location, std::string_view prefix) {
   SubtreeScan::Expectation const expected = !visibility_.descendsFrom(location) ? SubtreeScan::Expectation::thisFolder
                                             : announced_ && announced_->descendsFrom(location)
                                                 ? SubtreeScan::Expectation::everythingBelow
@@ -34,7 +34,7 @@ PathKind SessionCache::askStore(std::shared_ptr<Provider> const& provider, Absol
 
 SubtreeScan& SessionCache::scanFor(AbsoluteIRI const& location, std::string_view prefix) {
   if (!scan_ || !scan_->reaches(location, prefix))
-    scan_.emplace(location, std::string(prefix), visibility_, memoryBound_, stores_);
+    scan_.emplace(location, std::string(prefix), visibility_, memoryBound_, readAhead_, stores_);
   return *scan_;
 }
 

@@ -25,6 +25,9 @@ constexpr std::size_t pagesPerListing = 32;
 
 constexpr std::size_t entriesPerRequest = 1000;
 
+// A store may skip many deleted keys and return an empty page, but not endlessly.
+constexpr std::size_t maximumEmptyPages = 100;
+
 // Each range has a request behind it that others can rarely continue: a search that skips folders leaves many behind.
 constexpr std::size_t maximumRanges = 16;
 
@@ -40,11 +43,12 @@ bool isJustBefore(ScannedRange const& range, std::string_view folder) {
 }  // namespace
 
 SubtreeScan::SubtreeScan(AbsoluteIRI root, std::string prefix, Visibility const& visibility, std::size_t memoryBound,
-                         AnsweredStores& stores)
+                         ReadAhead& reads, AnsweredStores& stores)
     : root_(std::move(root)),
       prefix_(std::move(prefix)),
       visibility_(visibility),
       memoryBound_(memoryBound),
+      reads_(reads),
       stores_(stores) {}
 
 bool SubtreeScan::reaches(AbsoluteIRI const& location, std::string_view prefix) const {
@@ -64,7 +68,7 @@ std::string SubtreeScan::pathBelowRoot(AbsoluteIRI const& folder) const {
   return path;
 }
 
-std::shared_ptr<FolderSnapshot> SubtreeScan::read(Provider& provider, AbsoluteIRI const& folder,
+std::shared_ptr<FolderSnapshot> SubtreeScan::read(ProviderPointer const& provider, AbsoluteIRI const& folder,
                                                   std::string_view prefix, Expectation expected,
                                                   AddToCache const& addToCache) {
   std::string const wanted = pathBelowRoot(folder);
@@ -72,12 +76,13 @@ std::shared_ptr<FolderSnapshot> SubtreeScan::read(Provider& provider, AbsoluteIR
   while (expected != Expectation::thisFolder && !isUnordered_ && !progress.wanted) {
     auto const range = rangeFor(wanted, progress, expected);
     if (range == ranges_.end() || !isWorthAPage(*range, wanted, prefix, expected, progress)) break;
-    readPage(provider, folder, wanted, range, progress, addToCache);
+    readPage(provider, folder, wanted, range, expected, progress, addToCache);
   }
   return progress.wanted ? std::move(progress.wanted) : list(provider, folder, wanted, prefix);
 }
 
-void SubtreeScan::readForLookup(Provider& provider, AbsoluteIRI const& folder, AddToCache const& addToCache) {
+void SubtreeScan::readForLookup(ProviderPointer const& provider, AbsoluteIRI const& folder,
+                                AddToCache const& addToCache) {
   if (isUnordered_) return;
   if (lookupsToSkip_ != 0) {
     --lookupsToSkip_;
@@ -86,7 +91,7 @@ void SubtreeScan::readForLookup(Provider& provider, AbsoluteIRI const& folder, A
   std::string const wanted = pathBelowRoot(folder);
   Progress progress;
   auto const range = rangeFor(wanted, progress, Expectation::unknown);
-  if (range->canGrow()) readPage(provider, folder, wanted, range, progress, addToCache);
+  if (range->canGrow()) readPage(provider, folder, wanted, range, Expectation::unknown, progress, addToCache);
   if (progress.wanted) addToCache(progress.wanted);
   unhelpfulPages_ = progress.wanted ? 0 : std::min(unhelpfulPages_ + 1, maximumUnhelpfulPages);
   lookupsToSkip_ = (std::size_t{1} << unhelpfulPages_) - 1;
@@ -133,17 +138,16 @@ bool SubtreeScan::isWorthAPage(ScannedRange const& range, std::string_view wante
   return listings_ >= freeListings + pages_ / pagesPerListing;
 }
 
-void SubtreeScan::readPage(Provider& provider, AbsoluteIRI const& folder, std::string_view wanted,
-                           Ranges::iterator range, Progress& progress, AddToCache const& addToCache) {
-  SubtreePage const page = nextPage(provider, folder, *range);
-  ++pages_;
-  ++progress.pages;
+void SubtreeScan::readPage(ProviderPointer const& provider, AbsoluteIRI const& folder, std::string_view wanted,
+                           Ranges::iterator range, Expectation expected, Progress& progress,
+                           AddToCache const& addToCache) {
+  SubtreePage const page = nextPage(provider, folder, *range, expected);
   if (!page.isOrdered) {
-    isUnordered_ = true;
-    ranges_.clear();
-    if (pages_ > 1) throw Exception(ErrorCode::other, folder, "the store stopped listing its keys in byte order");
+    noteDisorder(folder);
     return;
   }
+  ++pages_;
+  ++progress.pages;
   std::string_view end;
   for (ScannedRange const& other : ranges_)
     if (other.begin() > range->begin() && (end.empty() || other.begin() < end)) end = other.begin();
@@ -160,36 +164,96 @@ void SubtreeScan::readPage(Provider& provider, AbsoluteIRI const& folder, std::s
   }
 }
 
+// What was read before may be incomplete then.
+void SubtreeScan::noteDisorder(AbsoluteIRI const& folder) {
+  isUnordered_ = true;
+  ranges_.clear();
+  if (pages_ > 0) throw Exception(ErrorCode::other, folder, "the store stopped listing its keys in byte order");
+}
+
+SubtreeRequest SubtreeScan::subtree() const {
+  return {.folder = root_, .prefix = prefix_, .withFacts = visibility_.collectsFacts()};
+}
+
 // A failure concerns the folder that the page was read for, not the whole root.
-SubtreePage SubtreeScan::nextPage(Provider& provider, AbsoluteIRI const& folder, ScannedRange const& range) {
+SubtreePage SubtreeScan::nextPage(ProviderPointer const& provider, AbsoluteIRI const& folder, ScannedRange const& range,
+                                  Expectation expected) {
+  SubtreeRequest request = subtree();
+  request.after = range.position();
+  request.page = range.nextPage();
   try {
-    return stores_.ask(folder, [&] {
-      return provider.subtree(root_, prefix_, range.position(), range.nextPage(), visibility_.collectsFacts());
-    });
+    return stores_.ask(folder,
+                       [&] { return reads_.page(provider, request, expected == Expectation::everythingBelow); });
   } catch (Exception const& failure) {
     throw Exception(static_cast<ErrorCode>(failure.getErrorCode()), folder, failure.reason());
   }
 }
 
 // Lists the folder alone, from where a range has read it to.
-std::shared_ptr<FolderSnapshot> SubtreeScan::list(Provider& provider, AbsoluteIRI const& folder,
+std::shared_ptr<FolderSnapshot> SubtreeScan::list(ProviderPointer const& provider, AbsoluteIRI const& folder,
                                                   std::string_view wanted, std::string_view prefix) {
   std::shared_ptr<FolderSnapshot> snapshot;
+  std::string after;
   for (ScannedRange& range : ranges_) {
     FolderSnapshot const* const begun = range.unfinished(wanted);
     if (begun == nullptr || begun->prefix != prefix || begun->entries.size() == 0) continue;
     snapshot = range.takeUnfinished(wanted);
-    EntrySink sink(snapshot->entries, visibility_.collectsFacts());
-    std::string_view const after = std::string_view(range.position()).substr(wanted.size());
-    stores_.ask(folder, [&] { return provider.listRest(folder, prefix, after, sink), true; });
-    snapshot->entries.removeIf([&](std::string_view name) { return visibility_.hides(name); });
-    snapshot->entries.sort();
-    snapshot->entries.shrink();
+    after = range.position().substr(wanted.size());
     break;
   }
-  if (!snapshot) snapshot = stores_.ask(folder, [&] { return readFolder(provider, folder, prefix, &visibility_); });
+  bool const isBegun = snapshot != nullptr;
+  if (!isBegun) snapshot = std::make_shared<FolderSnapshot>(folder, std::string(prefix));
+  bool const readsPages = !isUnordered_ && (isBegun || !visibility_.isTooDeep(folder));
+  bool const isListed =
+      readsPages && stores_.ask(folder, [&] { return listPages(provider, *snapshot, std::move(after)); });
+  if (!isListed) snapshot = stores_.ask(folder, [&] { return readFolder(*provider, folder, prefix, &visibility_); });
   listings_ += 1 + snapshot->entries.size() / entriesPerRequest;
+  std::vector<std::string> folders;
+  for (std::size_t i = 0; i < snapshot->entries.size(); ++i) {
+    if (snapshot->entries.kind(i) == PathKind::isFolder)
+      folders.push_back(std::string(wanted).append(snapshot->entries.name(i)) + '/');
+  }
+  reads_.addFolders(subtree(), folders);
   return snapshot;
+}
+
+// Adds the folder's entries after that path. Returns whether they could be listed in order.
+bool SubtreeScan::listPages(ProviderPointer const& provider, FolderSnapshot& snapshot, std::string after) {
+  bool const isBegun = !after.empty();
+  SubtreeRequest request{.folder = snapshot.location,
+                         .prefix = snapshot.prefix,
+                         .isDelimited = true,
+                         .withFacts = visibility_.collectsFacts(),
+                         .after = std::move(after)};
+  EntrySink sink(snapshot.entries, request.withFacts);
+  bool exists = isBegun || !snapshot.prefix.empty();
+  std::size_t emptyPages = 0;
+  for (bool isLast = false; !isLast;) {
+    SubtreePage page = reads_.page(provider, request, true);
+    if (!page.isOrdered) return noteDisorder(snapshot.location), false;
+    exists = exists || page.folderExists;
+    isLast = page.last;
+    emptyPages = page.paths.empty() ? emptyPages + 1 : 0;
+    if (emptyPages > maximumEmptyPages)
+      throw Exception(ErrorCode::other, snapshot.location, "the store sent too many empty pages in a row");
+    for (std::size_t i = 0; i < page.paths.size(); ++i) {
+      std::string_view name = page.paths[i];
+      bool const isFolder = name.ends_with('/');
+      if (isFolder) name.remove_suffix(1);
+      if (isFolder || page.facts.empty())
+        sink.add(name, isFolder ? EntryKind::folder : EntryKind::file);
+      else
+        sink.add(name, page.facts[i]);
+    }
+    if (!page.position.empty())
+      request.after = std::move(page.position);
+    else if (!page.paths.empty())
+      request.after = page.paths.back();
+    request.page = std::move(page.nextPage);
+  }
+  if (!exists) throw Exception(ErrorCode::notFound, snapshot.location, "no such folder");
+  arrange(snapshot, &visibility_);
+  return true;
 }
 
 }  // namespace foundation::storage::vfs

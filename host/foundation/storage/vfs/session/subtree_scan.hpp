@@ -10,6 +10,7 @@
 
 #include "foundation/storage/vfs/detail/folder_snapshot.hpp"
 #include "foundation/storage/vfs/session/answered_stores.hpp"
+#include "foundation/storage/vfs/session/read_ahead.hpp"
 #include "foundation/storage/vfs/session/scanned_range.hpp"
 
 namespace foundation::storage::vfs {
@@ -21,6 +22,7 @@ namespace foundation::storage::vfs {
 /// session.
 class SubtreeScan {
  public:
+  using ProviderPointer = std::shared_ptr<Provider>;
   using AddToCache = std::function<void(std::shared_ptr<FolderSnapshot>)>;
 
   /// What the search is going to list next.
@@ -31,10 +33,10 @@ class SubtreeScan {
   };
 
   /// A scan of what exists below `root`, begins with `prefix` and isn't hidden by `visibility`. For one folder it reads
-  /// only a part of `memoryBound` bytes ahead. Every request goes through `stores`; both must outlive it. Makes no
-  /// request.
+  /// only a part of `memoryBound` bytes ahead. Every request goes through `reads` and `stores`; all three must outlive
+  /// it. Makes no request.
   SubtreeScan(AbsoluteIRI root, std::string prefix, Visibility const& visibility, std::size_t memoryBound,
-              AnsweredStores& stores);
+              ReadAhead& reads, AnsweredStores& stores);
 
   /// Whether the location is a folder below the root that the scan can reach (or the root, for the same prefix).
   bool reaches(AbsoluteIRI const& location, std::string_view prefix) const;
@@ -42,14 +44,14 @@ class SubtreeScan {
   /// The entries of the folder, which the scan must reach: at least those whose names begin with `prefix`. Passes on
   /// the other folders that the same pages complete. Throws as `Provider::list` and `Provider::subtree` do; what was
   /// read before remains.
-  std::shared_ptr<FolderSnapshot> read(Provider& provider, AbsoluteIRI const& folder, std::string_view prefix,
-                                       Expectation expected, AddToCache const& addToCache);
+  std::shared_ptr<FolderSnapshot> read(ProviderPointer const& provider, AbsoluteIRI const& folder,
+                                       std::string_view prefix, Expectation expected, AddToCache const& addToCache);
 
   /// Reads one page for entries of the folder that could be looked up individually, if that is worth its request: it
   /// passes on the folders that the page completes. A page that completes the folder it was read for answers the next
   /// lookups too. Otherwise pages back off: each unhelpful page in a row doubles the number of individual lookups before
   /// the next page, up to a bound, as small folders may follow a huge one.
-  void readForLookup(Provider& provider, AbsoluteIRI const& folder, AddToCache const& addToCache);
+  void readForLookup(ProviderPointer const& provider, AbsoluteIRI const& folder, AddToCache const& addToCache);
 
   /// How many entries will be looked up individually before the next page is read for one.
   std::size_t lookupsBeforeAPage() const noexcept { return isUnordered_ ? SIZE_MAX : lookupsToSkip_; }
@@ -71,16 +73,21 @@ class SubtreeScan {
   bool mayReadAhead(Progress const& progress) const noexcept;
   bool isWorthAPage(ScannedRange const& range, std::string_view wanted, std::string_view prefix, Expectation expected,
                     Progress const& progress) const;
-  void readPage(Provider& provider, AbsoluteIRI const& folder, std::string_view wanted, Ranges::iterator range,
-                Progress& progress, AddToCache const& addToCache);
-  SubtreePage nextPage(Provider& provider, AbsoluteIRI const& folder, ScannedRange const& range);
-  std::shared_ptr<FolderSnapshot> list(Provider& provider, AbsoluteIRI const& folder, std::string_view wanted,
-                                       std::string_view prefix);
+  void readPage(ProviderPointer const& provider, AbsoluteIRI const& folder, std::string_view wanted,
+                Ranges::iterator range, Expectation expected, Progress& progress, AddToCache const& addToCache);
+  SubtreePage nextPage(ProviderPointer const& provider, AbsoluteIRI const& folder, ScannedRange const& range,
+                       Expectation expected);
+  SubtreeRequest subtree() const;
+  std::shared_ptr<FolderSnapshot> list(ProviderPointer const& provider, AbsoluteIRI const& folder,
+                                       std::string_view wanted, std::string_view prefix);
+  bool listPages(ProviderPointer const& provider, FolderSnapshot& snapshot, std::string after);
+  void noteDisorder(AbsoluteIRI const& folder);
 
   AbsoluteIRI root_;
   std::string prefix_;
   Visibility const& visibility_;
   std::size_t memoryBound_;
+  ReadAhead& reads_;
   AnsweredStores& stores_;
   Ranges ranges_;  // disjoint; the one used last comes first
   std::size_t pages_ = 0;

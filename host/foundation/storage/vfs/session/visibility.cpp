@@ -45,6 +45,15 @@ std::optional<Visibility::HiddenPart> Visibility::hiddenPart(AbsoluteIRI const& 
   return std::nullopt;
 }
 
+std::optional<std::string> Visibility::pastHidden(AbsoluteIRI const& folder, std::string_view path) const {
+  constexpr std::string_view greatestCharacter = "\xF4\x8F\xBF\xBF";  // U+10FFFF
+  auto const hidden = hiddenPart(folder, path);
+  if (!hidden || hidden->end == 0 || path[hidden->end - 1] != '/') return std::nullopt;
+  std::string past(path.substr(0, hidden->end));
+  past += greatestCharacter;
+  return past > path ? std::optional(past) : std::nullopt;
+}
+
 void Visibility::setStart(AbsoluteIRI const& folder, std::uint64_t device) {
   start_ = folder;
   startDepth_.store(depthOf(folder), std::memory_order_relaxed);

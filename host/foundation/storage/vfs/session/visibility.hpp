@@ -44,6 +44,10 @@ class KORVAN_HOST_EXPORT Visibility {
   /// elements are joined by "/", and a hidden folder's "/" belongs to the first `end` bytes.
   std::optional<HiddenPart> hiddenPart(AbsoluteIRI const& folder, std::string_view path) const;
 
+  /// The path after which a listing of the folder and all below it goes on, if `path` is in a hidden folder: greater than
+  /// all that is in the same folder.
+  std::optional<std::string> pastHidden(AbsoluteIRI const& folder, std::string_view path) const;
+
   /// Whether there may be folders that aren't entered: those that are too deep or elsewhere.
   bool closesFolders() const noexcept { return staysOnDevice_ || maximumDepth_ != unlimited; }
 

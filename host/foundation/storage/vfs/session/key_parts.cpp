@@ -1,0 +1,284 @@
+#include "foundation/storage/vfs/session/key_parts.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <utility>
+
+namespace foundation::storage::vfs {
+namespace {
+
+// The pages of a part, with a full window: each part costs about half a request more than its pages.
+constexpr std::size_t longestPart = 4;
+
+// The most pages that are ready or coming, for each request in flight: enough for all parts to be read to their ends.
+constexpr std::size_t pagesForEach = 4;
+
+// How many pages must be wanted in a row before others are expected to follow. Twice as many each time that this was
+// wrong.
+constexpr std::size_t shortestRun = 2;
+constexpr std::size_t longestRun = 64;
+
+// So many names of folders show well enough where keys are.
+constexpr std::size_t mostFolders = 4096;
+
+std::size_t partLength(std::size_t inFlight) {
+  return std::clamp<std::size_t>(inFlight / 2, 1, longestPart);
+}
+
+std::size_t memoryOf(SubtreePage const& page) {
+  std::size_t memory = sizeof page + page.facts.capacity() * sizeof(EntryFacts);
+  for (std::string const& path : page.paths) memory += sizeof path + path.capacity();
+  return memory;
+}
+
+std::size_t indexAfter(std::vector<std::string> const& paths, std::string_view path) {
+  return static_cast<std::size_t>(std::upper_bound(paths.begin(), paths.end(), path) - paths.begin());
+}
+
+// Leaves out what the part that begins there has too.
+void trim(SubtreePage& page, std::string const& next) {
+  std::size_t const count = indexAfter(page.paths, next);
+  page.paths.resize(count);
+  page.facts.resize(std::min(page.facts.size(), count));
+  page.last = false;
+  page.position.clear();
+  page.nextPage.clear();
+}
+
+template <class Values>
+void moveTo(Values& target, Values& values) {
+  target.insert(target.end(), std::make_move_iterator(values.begin()), std::make_move_iterator(values.end()));
+}
+
+void append(SubtreePage& page, SubtreePage rest) {
+  moveTo(page.paths, rest.paths);
+  moveTo(page.facts, rest.facts);
+  rest.paths = std::move(page.paths);
+  rest.facts = std::move(page.facts);
+  page = std::move(rest);
+}
+
+}  // namespace
+
+void KeyParts::select(SubtreeRequest const& request) {
+  if (isFor(request)) return;
+  listing_ = request;
+  folders_.clear();
+  hasJumped_ = false;
+  runBefore_ = shortestRun;
+  restart({});
+}
+
+void KeyParts::restart(std::string const& after) {
+  parts_.clear();
+  wanted_ = after;
+  taken_ = kept_ = wasted_ = memory_ = 0;
+  isIdle_ = false;
+}
+
+bool KeyParts::isFor(SubtreeRequest const& request) const {
+  return listing_ && listing_->folder == request.folder && listing_->prefix == request.prefix &&
+         listing_->isDelimited == request.isDelimited && listing_->withFacts == request.withFacts;
+}
+
+void KeyParts::addFolders(std::vector<std::string> const& folders) {
+  std::size_t const step = 1 + folders.size() / mostFolders;
+  auto const middle = static_cast<std::ptrdiff_t>(folders_.size());
+  for (std::size_t i = 0; i < folders.size(); i += step) folders_.push_back(folders[i]);
+  std::inplace_merge(folders_.begin(), folders_.begin() + middle, folders_.end());
+  isIdle_ = false;
+}
+
+KeyParts::State KeyParts::seek(SubtreeRequest const& request, bool isCertain) {
+  isCertain_ = isCertain;
+  if (request.after != wanted_) {
+    hasJumped_ = hasJumped_ || !parts_.empty();
+    if (pagesAhead() != 0) runBefore_ = std::min(2 * runBefore_, longestRun);
+    restart(request.after);
+  }
+  for (;;) {
+    if (parts_.empty()) insert(parts_.end(), wanted_, request.page);
+    Part& front = parts_.front();
+    auto const next = std::next(parts_.begin());
+    bool const hasPage = !front.ready.empty() && !(front.ready.front().isTrimmed && front.ready.front().page.paths.empty());
+    if (hasPage) {
+      bool const awaitsRest = front.ready.front().isTrimmed && next->isBusy && next->ready.empty();
+      return awaitsRest ? State::coming : State::ready;
+    }
+    if (!front.isClosed) {
+      if (front.isBusy) return State::coming;
+      if (front.hasFailed) {  // it may have begun in vain
+        front.hasFailed = false;
+        front.position = wanted_;
+        front.nextPage = request.page;
+      }
+      return State::missing;
+    }
+    parts_.pop_front();
+  }
+}
+
+SubtreePage KeyParts::take() {
+  isIdle_ = false;
+  ++taken_;
+  Page taken = takeFront();
+  SubtreePage& page = taken.page;
+  // The reader judges by a page whether it is worth to read on, so it gets full ones.
+  if (auto const next = std::next(parts_.begin()); taken.isTrimmed && !next->ready.empty()) {
+    parts_.pop_front();
+    append(page, takeFront().page);
+  }
+  wanted_ = !page.position.empty() ? page.position : page.paths.empty() ? wanted_ : page.paths.back();
+  if (auto past = pastHidden(wanted_)) wanted_ = *std::move(past);
+  return std::move(taken.page);
+}
+
+KeyParts::Page KeyParts::takeFront() {
+  std::deque<Page>& ready = parts_.front().ready;
+  Page taken = std::move(ready.front());
+  memory_ -= taken.memory;
+  ready.pop_front();
+  return taken;
+}
+
+std::optional<std::string> KeyParts::pastHidden(std::string const& path) const {
+  return listing_->isDelimited ? std::nullopt : visibility_.pastHidden(listing_->folder, path);
+}
+
+KeyParts::Fetch KeyParts::fetchWanted() {
+  return fetch(parts_.front());
+}
+
+std::optional<KeyParts::Fetch> KeyParts::fetchAhead(Limits limits) {
+  if (!mayFetchAhead(limits)) return std::nullopt;
+  auto const isOpen = [&](Part const& part) {
+    return !part.isBusy && !part.isClosed && !part.hasFailed && part.ready.size() < partLength(limits.inFlight);
+  };
+  auto part = std::find_if(parts_.begin(), parts_.end(), isOpen);
+  if (part == parts_.end()) part = split(limits);
+  if (part != parts_.end()) return fetch(*part);
+  isIdle_ = true;
+  return std::nullopt;
+}
+
+bool KeyParts::mayFetchAhead(Limits limits) const {
+  if (isIdle_ || parts_.empty() || (memory_ != 0 && memory_ >= limits.memory)) return false;
+  return pagesAhead() < mostAhead(limits);
+}
+
+std::size_t KeyParts::pagesAhead() const noexcept {
+  std::size_t ahead = 0;
+  for (Part const& part : parts_) ahead += part.ready.size() + (part.isBusy ? 1 : 0);
+  return ahead;
+}
+
+void KeyParts::add(Fetch const& fetch, SubtreePage page) {
+  auto const part = find(fetch);
+  if (part == parts_.end()) return;
+  isIdle_ = false;
+  part->isBusy = false;
+  ++part->pages;
+  part->nextPage = page.nextPage;
+  if (!page.last) part->learnFrom(page.paths);
+  if (!page.paths.empty()) part->position = std::max(part->position, page.paths.back());
+  part->position = std::max(part->position, page.position);
+  if (auto past = pastHidden(part->position)) {
+    part->position = *std::move(past);
+    part->nextPage.clear();
+  }
+  auto next = std::next(part);
+  // A part that hasn't read anything yet isn't needed if this page goes beyond it.
+  while (next != parts_.end() && next->pages == 0 && !next->isBusy && next->begin <= part->position) next = parts_.erase(next);
+  bool const reachesNext = next != parts_.end() && (page.last || part->position >= next->begin);
+  part->isClosed = page.last || reachesNext;
+  fullPage_ = std::max(fullPage_, page.paths.size());
+  if (reachesNext) {
+    trim(page, next->begin);
+    wasted_ += fullPage_ - page.paths.size();
+  }
+  kept_ += page.paths.size();
+  std::size_t const memory = page.paths.empty() ? 0 : memoryOf(page);
+  memory_ += memory;
+  part->ready.push_back({std::move(page), memory, reachesNext});
+}
+
+void KeyParts::Part::learnFrom(std::vector<std::string> const& paths) {
+  if (paths.empty()) return;
+  spacing = KeySpacing(paths);
+  first = paths.front();
+  last = paths.back();
+}
+
+void KeyParts::fail(Fetch const& fetch) noexcept {
+  auto const part = find(fetch);
+  if (part == parts_.end()) return;
+  part->isBusy = false;
+  part->hasFailed = true;
+}
+
+KeyParts::Parts::iterator KeyParts::insert(Parts::iterator next, std::string begin, std::string page) {
+  Part part{.id = ++lastId_, .begin = begin, .position = std::move(begin), .nextPage = std::move(page)};
+  return parts_.insert(next, std::move(part));
+}
+
+KeyParts::Parts::iterator KeyParts::find(Fetch const& fetch) noexcept {
+  return std::find_if(parts_.begin(), parts_.end(), [&](Part const& part) { return part.id == fetch.part; });
+}
+
+KeyParts::Fetch KeyParts::fetch(Part& part) {
+  part.isBusy = true;
+  Fetch result{part.id, *listing_};
+  result.request.after = part.position;
+  result.request.page = part.nextPage;
+  return result;
+}
+
+// A listing that may end at any time, or was continued somewhere else, is read only as far ahead as it was read in a row.
+std::size_t KeyParts::mostAhead(Limits limits) const noexcept {
+  std::size_t const most = pagesForEach * limits.inFlight;
+  return isCertain_ && !hasJumped_ ? most : std::min(most, taken_ < runBefore_ ? 0 : taken_);
+}
+
+// Begins another part where the keys up to the next one are likely to be many; the end of the parts if there is no such
+// place, or if requests for what other parts have are more than those for what they don't, but for one each in flight.
+KeyParts::Parts::iterator KeyParts::split(Limits limits) {
+  std::size_t const begun = static_cast<std::size_t>(
+      std::count_if(parts_.begin(), parts_.end(), [](Part const& part) { return part.pages == 0; }));
+  if (limits.inFlight < 2 || wasted_ + begun * fullPage_ > kept_ / 2 + limits.inFlight * fullPage_) return parts_.end();
+  std::size_t const length = partLength(limits.inFlight);
+  for (auto part = parts_.begin(); part != parts_.end(); ++part) {
+    if (part->isClosed || part->hasFailed) continue;
+    auto const next = std::next(part);
+    std::size_t const pages = part->pages < length ? length - part->pages : length;
+    std::string begin = pointAfter(part, pages);
+    if (begin <= part->position) continue;
+    // The next part should be at least a page away.
+    if (next != parts_.end()) {
+      std::string const last = pointAfter(part, pages + 1);
+      if (last.empty() || last >= next->begin || begin >= next->begin) continue;
+    }
+    return insert(next, std::move(begin), {});
+  }
+  return parts_.end();
+}
+
+// Where the keys about so many pages after the part's position begin; empty if nothing shows that.
+std::string KeyParts::pointAfter(Parts::const_iterator part, std::size_t pages) const {
+  auto known = part;
+  while (known->last.empty() && known != parts_.begin()) --known;
+  std::string const& from = part->position;
+  std::string point = known->spacing.after(from, static_cast<double>(pages));
+  if (listing_->isDelimited) point.resize(std::min(point.size(), point.find('/')));
+  std::size_t const next = indexAfter(folders_, from);
+  if (next == folders_.size()) return point;
+  auto const inPage = static_cast<double>(indexAfter(folders_, known->last) - indexAfter(folders_, known->first));
+  auto const passed = static_cast<double>(indexAfter(folders_, wanted_));
+  double const foldersInPage = inPage >= 2 ? inPage : passed / static_cast<double>(std::max<std::size_t>(taken_, 1));
+  auto const wanted = std::llround(static_cast<double>(pages) * foldersInPage);
+  if (wanted < 1) return point.empty() ? folders_[next] : std::min(point, folders_[next]);
+  std::size_t const index = next - 1 + static_cast<std::size_t>(wanted);
+  return index < folders_.size() ? folders_[index] : std::string();
+}
+
+}  // namespace foundation::storage::vfs
