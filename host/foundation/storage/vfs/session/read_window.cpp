@@ -9,9 +9,10 @@ namespace {
 
 // A search of a few folders isn't worth a thread, unless they are slow.
 constexpr std::size_t hitsToStart = 32;
-constexpr std::size_t slowHitsToStart = 4;
+constexpr std::size_t slowHitsToStart = 2;
 
-// The window doubles when each thread has read this many folders that were then requested.
+// The window doubles when each thread has made this many reads that were then requested; where reads wait, after one,
+// as a thread that waits costs little.
 constexpr std::size_t hitsToDouble = 4;
 
 }  // namespace
@@ -33,7 +34,7 @@ void ReadWindow::noteHit(std::size_t providerLimit) noexcept {
   size_ = std::min(size_, most);
   ++hits_;
   bool const grows =
-      size_ == 0 ? hits_ >= hitsToStart || (hits_ >= slowHitsToStart && waits()) : hits_ >= hitsToDouble * size_;
+      hits_ >= (size_ == 0 ? (waits() ? slowHitsToStart : hitsToStart) : (waits() ? 1 : hitsToDouble) * size_);
   if (!grows) return;
   size_ = std::min(std::max<std::size_t>(2 * size_, 1), most);
   hits_ = 0;
