@@ -1,6 +1,7 @@
 #include "foundation/storage/vfs/session/one_read.hpp"
 
 #include <cerrno>
+#include <chrono>
 #include <string>
 
 #include <sys/resource.h>
@@ -15,18 +16,22 @@ bool lacksResources(int systemError) {
   return systemError == EMFILE || systemError == ENFILE || systemError == ENOMEM;
 }
 
-// How often the thread has waited for something else than a processor.
-long waitsOfThisThread() {
+// What this thread has used since it began.
+ReadWindow::Measurement usageOfThisThread() {
   rusage usage = {};
   ::getrusage(RUSAGE_THREAD, &usage);
-  return usage.ru_nvcsw;
+  auto const durationOf = [](timeval const& time) {
+    return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
+  };
+  return {std::chrono::steady_clock::now().time_since_epoch(), durationOf(usage.ru_utime) + durationOf(usage.ru_stime),
+          usage.ru_nvcsw};
 }
 
 }  // namespace
 
 void Read::make(Visibility const& visibility, bool isMeasured) {
-  auto const start = std::chrono::steady_clock::now();
-  long const waitsBefore = isMeasured ? waitsOfThisThread() : 0;
+  std::optional<ReadWindow::Measurement> before;
+  if (isMeasured) before = usageOfThisThread();
   try {
     if (answer.question == Question::entries) {
       answer.snapshot = readFolder(*provider, answer.location, {}, &visibility);
@@ -37,7 +42,7 @@ void Read::make(Visibility const& visibility, bool isMeasured) {
     answer.failure = std::current_exception();
     lackedResources = lacksResources(failure.systemError());
   }
-  if (isMeasured) measured = {std::chrono::steady_clock::now() - start, waitsOfThisThread() != waitsBefore};
+  if (before) measured = usageOfThisThread() - *before;
   if (answer.failure || states == 0) return;
   if (answer.snapshot) {
     predicted = PendingReads::Group::below(*answer.snapshot, *search, states, false);
