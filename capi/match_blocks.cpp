@@ -18,7 +18,7 @@ bool MatchBlocks::append(Append appendTo) {
   bool const wasEmpty = filling_.size() == 0;
   appendTo(filling_);
   if (wasEmpty) due_ = isFirst_ ? Clock::time_point::min() : Clock::now() + maxDelay;
-  if (wasEmpty || filling_.size() >= capacity) changed_.notify_one();
+  if ((wasEmpty && awaitsFirst_) || filling_.size() >= capacity) changed_.notify_one();
   return true;
 }
 
@@ -61,7 +61,11 @@ std::optional<MatchBlocks::Step> MatchBlocks::next(std::optional<std::chrono::mi
     MutexLock lock(mutex_);
     for (; !isDue(now); now = Clock::now()) {
       if (now >= giveUp) return std::nullopt;
-      auto const until = filling_.size() == 0 ? giveUp : std::min(due_, giveUp);
+      // For so long after the last block, the next one is due only when it is full: its first match needn't wake anyone.
+      bool const isEmpty = filling_.size() == 0;
+      auto const quietEnd = lastGiven_ + maxDelay;
+      awaitsFirst_ = isEmpty && now >= quietEnd;
+      auto const until = awaitsFirst_ ? giveUp : std::min(giveUp, isEmpty ? quietEnd : due_);
       if (until == Clock::time_point::max())
         changed_.wait(lock.forWaiting());
       else
@@ -73,6 +77,7 @@ std::optional<MatchBlocks::Step> MatchBlocks::next(std::optional<std::chrono::mi
     given_.position = given_.endsPassed = 0;
     std::swap(given_, filling_);
     isFirst_ = false;
+    lastGiven_ = now;
     changed_.notify_one();
   }
   auto const step = nextOfGiven();

@@ -86,10 +86,12 @@ class MatchBlocks {
   foundation::core::threads::Mutex mutex_;
   std::condition_variable changed_;  // only one of the two threads waits at a time
   Block filling_ KORVAN_GUARDED_BY(mutex_);
-  Block given_;                                      // the consumer's alone
-  kglob_failure givenError_{};                       // the consumer's alone
-  Clock::time_point due_ KORVAN_GUARDED_BY(mutex_);  // when the block that is being filled must be given
-  bool isFirst_ KORVAN_GUARDED_BY(mutex_) = true;    // no block has been given
+  Block given_;                                        // the consumer's alone
+  kglob_failure givenError_{};                         // the consumer's alone
+  Clock::time_point lastGiven_;                        // the consumer's alone
+  Clock::time_point due_ KORVAN_GUARDED_BY(mutex_);    // when the block that is being filled must be given
+  bool isFirst_ KORVAN_GUARDED_BY(mutex_) = true;      // no block has been given
+  bool awaitsFirst_ KORVAN_GUARDED_BY(mutex_) = true;  // whether the consumer waits for a block to be begun
   bool hasEnded_ KORVAN_GUARDED_BY(mutex_) = false;
   bool isClosed_ KORVAN_GUARDED_BY(mutex_) = false;
 };

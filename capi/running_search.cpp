@@ -92,10 +92,12 @@ bool RunningSearch::search(SearchRequest const& request, std::size_t pattern, Re
   auto const& [text, usesIRIs] = request.patterns[pattern];
   korvan::io::internal::GlobStream stream(text, request.rootFolder, request.includeDotFiles);
   korvan::io::internal::Path const rootFolder(request.rootFolder);
+  auto const& failures = session.failedListings();
+  auto const& notes = session.notes();
   while (auto const match = stream.next()) {
     std::optional<MatchBlocks::Facts> facts;
     if (request.facts != KGLOB_NO_FACTS) facts = findFacts(*match, rootFolder, request.facts);
-    takeFailures(pattern, usesIRIs, session);
+    if (failures.size() > failuresTaken_ || notes.size() > notesTaken_) takeFailures(pattern, usesIRIs, session);
     if (!blocks_.add(*match, std::move(facts))) return false;
   }
   return true;

@@ -51,6 +51,7 @@ void reportException() {
 int main(int argc, char** argv) {
   using namespace kglob;
   reserveStandardDescriptors();
+  shareHeap();
   try {
     try {
       return run(parseOptions(argc, argv));

@@ -4,8 +4,10 @@
 #include <cstdlib>
 #include <exception>
 #include <new>
+#include <thread>
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include "cli/exit_status.hpp"
@@ -52,6 +54,10 @@ bool isOutOfMemory() {
 void reserveStandardDescriptors() noexcept {
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor)
     if (fcntl(descriptor, F_GETFD) < 0 && errno == EBADF) open("/dev/null", O_RDONLY);
+}
+
+void shareHeap() noexcept {
+  if (std::thread::hardware_concurrency() <= 2) mallopt(M_ARENA_MAX, 1);
 }
 
 }  // namespace kglob

@@ -7,4 +7,8 @@ namespace kglob {
 /// be written to, so writing matches there still fails.
 void reserveStandardDescriptors() noexcept;
 
+/// Lets all threads allocate from one heap if at most two run at a time. The C library would give each a heap of its own,
+/// which grows by a system call for every page.
+void shareHeap() noexcept;
+
 }  // namespace kglob

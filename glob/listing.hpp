@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -44,6 +45,9 @@ class MatchingEntries {
   /// Moves to the next entry; false if there is none. Throws `Quindarel::System::InterruptException` when an interrupt
   /// is pending after an entry.
   bool next();
+
+  /// How many entries of the folder were passed, those that don't match included. 0 if there is no listing.
+  std::size_t position() const noexcept { return cursor_ ? cursor_->position() : 0; }
 
   ListedKind kind() const noexcept { return listedKind(cursor_->getKind()); }
   std::u16string name() const { return cursor_->getName(); }

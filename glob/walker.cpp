@@ -145,8 +145,14 @@ Walker::Frame& Walker::push(std::size_t segment, bool isDescent) {
   frame.isBelow = false;
   frame.isOpen = false;
   frame.hasStarted = false;
+  frame.hasVisited = false;
   frame.metCycle = false;
   frame.isAbsent = false;
+  if (!isDescent && depth_ > 1) {
+    // A descent that has just entered the same folder has a handle on it. Its path is the start of `match_`, if not all.
+    Frame const& under = frames_[depth_ - 2];
+    if (PathAccess::text(under.at).size() == PathAccess::text(match_).size()) frame.folder = under.folder;
+  }
   return frame;
 }
 
@@ -185,11 +191,13 @@ void Walker::list(Frame& frame) {
 // no other, so it reaches everything that any descent can reach below that folder, and may remember it as a dead end.
 void Walker::close() {
   Frame& frame = frames_[--depth_];
+  // Passing over a few entries again is faster than looking up whether they lead to no match.
+  bool const wasLong = frame.hasVisited || frame.entries.position() > 64;
   frame.folder.reset();
   frame.entries = MatchingEntries();
   if (frame.metCycle && frame.isBelow) {
     frames_[depth_ - 1].metCycle = true;
-  } else if (frame.matchesBefore == matches_ && plan_->revisits(frame.segment) && !frame.isAbsent) {
+  } else if (frame.matchesBefore == matches_ && plan_->revisits(frame.segment) && !frame.isAbsent && wasLong) {
     deadEnds_.add(frame.segment, PathAccess::text(frame.at));
   }
 }
@@ -211,6 +219,7 @@ void Walker::moveTo(Frame& frame) {
 // below the entry.
 void Walker::visit(Frame& frame) {
   ListedKind const kind = frame.entries.kind();
+  frame.hasVisited = true;
   moveTo(frame);
   std::size_t const segment = frame.segment;
   bool const isLast = segment + 1 == plan_->size();

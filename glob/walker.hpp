@@ -48,6 +48,7 @@ class Walker {
     bool isBelow = false;  // whether the folder is an entry of the frame under this one, reached by its descent
     bool isOpen = false;
     bool hasStarted = false;  // whether the walk has asked for an entry
+    bool hasVisited = false;  // whether an entry matched
     bool metCycle = false;  // whether this descent was refused a folder, which another descent may be allowed to enter
     bool isAbsent = false;  // whether no descent finds this folder below the one above
   };

@@ -1,11 +1,8 @@
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <random>
 #include <string>
 #include <thread>
@@ -14,13 +11,8 @@
 #include <sched.h>
 
 #include "foundation/storage/file/file_provider.hpp"
-#include "foundation/storage/vfs/folder.hpp"
-#include "quindarel/interrupt/interrupt_exception.hpp"
-#include "quindarel/interrupt/interrupt_poll.hpp"
-#include "support/hooked_provider.hpp"
-#include "support/memory_provider.hpp"
 #include "support/oracle.hpp"
-#include "support/search.hpp"
+#include "support/read_ahead_fixture.hpp"
 #include "support/temporary_folder.hpp"
 
 namespace korvan::test {
@@ -29,18 +21,6 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 using Operation = MemoryProvider::Operation;
-using Stream = io::internal::GlobStream;
-
-std::string numbered(char letter, int number) {
-  return letter + std::to_string(1000 + number);
-}
-
-// As many folders with one file as it says, side by side.
-Tree wideTree(int folders) {
-  Tree tree;
-  for (int i = 0; i < folders; ++i) tree.addFile(numbered('d', i) + "/file");
-  return tree;
-}
 
 // Keeps the calling thread, and those that it starts, on so many cores; false if there aren't as many.
 class OnCores {
@@ -62,47 +42,6 @@ class OnCores {
  private:
   cpu_set_t before_;
 };
-
-class ReadAhead : public testing::Test {
- protected:
-  void serve(Tree const& tree, std::size_t window, std::function<void()> const& onRead) {
-    store_ = std::make_shared<MemoryProvider>(tree);
-    most_ = inFlight_ = byOthers_ = 0;
-    auto const own = std::this_thread::get_id();
-    auto const hook = [this, own, onRead](Operation /*asked*/, vfs::AbsoluteIRI const& /*location*/) {
-      int const now = ++inFlight_;
-      for (int most = most_; now > most && !most_.compare_exchange_weak(most, now);) {
-      }
-      if (std::this_thread::get_id() != own) ++byOthers_;
-      struct AtEnd {
-        std::atomic<int>& inFlight;
-        ~AtEnd() { --inFlight; }
-      } const atEnd{inFlight_};
-      vfs::countRequest(10);
-      onRead();
-    };
-    served_.reset();
-    served_.emplace(u"mem", std::make_shared<HookedProvider>(store_, window, hook));
-  }
-
-  // Waits until the number of requests has stopped growing.
-  std::size_t settledRequests() const {
-    for (std::size_t before = store_->requests();; before = store_->requests()) {
-      std::this_thread::sleep_for(200ms);
-      if (store_->requests() == before) return before;
-    }
-  }
-
-  std::shared_ptr<MemoryProvider> store_;
-  std::atomic<int> inFlight_{0};
-  std::atomic<int> most_{0};      // in flight at any time
-  std::atomic<int> byOthers_{0};  // reads on other threads than the test's
-  std::optional<ServedScheme> served_;
-};
-
-void sleepShortly() {
-  std::this_thread::sleep_for(1ms);
-}
 
 TEST(RandomReadAhead, FindsTheSameInTheSameOrderWithEveryWindow) {
   std::mt19937 random(2);
@@ -221,138 +160,9 @@ TEST_F(ReadAhead, StartsNoThreadForASmallSearchOrWithoutAnAnnouncement) {
   serve(wideTree(400), 32, sleepShortly);
   {
     ReadSession const session;
-    auto const system = Quindarel::KorvanStorageSystem::GetStorageSystemReference();
-    for (int i = 0; i < 100; ++i) {
-      vfs::Folder const folder(vfs::AbsoluteIRI(toText("mem:///" + numbered('d', i))), system);
-      EXPECT_NE(folder.listAll(u"*").begin(), folder.listAll(u"*").end());
-    }
+    for (int i = 0; i < 100; ++i) list(i);
   }
   EXPECT_EQ(byOthers_, 0);
-}
-
-TEST_F(ReadAhead, ReadsNoFurtherThanItsBoundsAndNotAfterTheSearch) {
-  Tree bigFolders;
-  for (int i = 0; i < 400; ++i) {
-    for (int j = 0; j < 100; ++j) bigFolders.addFile(numbered('d', i) + "/" + numbered('f', j) + std::string(100, 'x'));
-  }
-  constexpr std::size_t bound = 1 << 20;
-  struct {
-    Tree tree;
-    std::size_t memory, window, leastAhead, mostAhead;
-  } const cases[] = {{wideTree(3000), bound * 100, 32, 64, std::size_t{16} * 32},
-                     {bigFolders, bound, 32, 8, bound / 4 / (std::size_t{100} * 112) + 32}};
-  for (auto const& [tree, memory, window, leastAhead, mostAhead] : cases) {
-    serve(tree, window, sleepShortly);
-    ReadSession const session(memory);
-    std::optional<Stream> stream(std::in_place, u"*/*", u"mem:///", false);
-    while (session.activity().folders < 150) ASSERT_TRUE(stream->next());
-    std::size_t const ahead = settledRequests() - session.activity().folders;
-    EXPECT_GE(ahead, leastAhead);
-    EXPECT_LE(ahead, mostAhead);
-    while (store_->requests() - session.activity().folders > 64) ASSERT_TRUE(stream->next());
-    stream.reset();
-    std::size_t const atEnd = settledRequests();
-    EXPECT_LE(atEnd - session.activity().folders, 128U) << "only what was in flight";
-    EXPECT_EQ(settledRequests(), atEnd);
-    EXPECT_EQ(store_->mostRequests(Operation::list), 1U);
-    EXPECT_EQ(search("d1*/**", "mem:///").size() % 400, 0U);
-    EXPECT_TRUE(memory == bound || store_->mostRequests(Operation::list) == 1U) << "what was read ahead is cached";
-  }
-}
-
-TEST_F(ReadAhead, RemembersAndReportsAFailureOnceAndOnlyIfRequested) {
-  serve(wideTree(400), 8, sleepShortly);
-  for (std::string const failing : {"d1100", "d1300"})
-    store_->failures[{Operation::list, failing}] = vfs::ErrorCode::other;
-  ReadSession const session;
-  {
-    Stream stream(u"*/*", u"mem:///", false);
-    for (int i = 0; i < 90; ++i) ASSERT_TRUE(stream.next());
-    settledRequests();
-    EXPECT_TRUE(session.failedListings().empty()) << "the search hasn't come to that folder";
-    for (int i = 0; i < 110; ++i) ASSERT_TRUE(stream.next());
-    settledRequests();
-    EXPECT_EQ(session.failedListings().size(), 1U);
-  }
-  EXPECT_EQ(search("*/*", "mem:///").size(), 398U);
-  EXPECT_EQ(search("*/*", "mem:///").size(), 398U);
-  EXPECT_EQ(session.failedListings().size(), 2U);
-  EXPECT_EQ(store_->mostRequests(Operation::list), 1U);
-}
-
-TEST_F(ReadAhead, ReadsNothingThatAnEarlierSearchHasRead) {
-  serve(wideTree(400), 8, sleepShortly);
-  ReadSession const session;
-  EXPECT_EQ(search("d12*/*", "mem:///").size(), 100U);
-  EXPECT_EQ(search("*/*", "mem:///").size(), 400U);
-  EXPECT_GT(byOthers_, 0);
-  EXPECT_EQ(store_->mostRequests(Operation::list), 1U);
-}
-
-TEST_F(ReadAhead, OtherThreadsBlockSignals) {
-  std::atomic<int> open = 0;
-  auto const own = std::this_thread::get_id();
-  serve(wideTree(100), 8, [&] {
-    sleepShortly();
-    sigset_t blocked;
-    pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
-    if (std::this_thread::get_id() != own && sigismember(&blocked, SIGINT) == 0) ++open;
-  });
-  ReadSession const session;
-  EXPECT_EQ(search("**", "mem:///").size(), 200U);
-  EXPECT_GT(byOthers_, 0);
-  EXPECT_EQ(open, 0);
-}
-
-// Where several threads lack descriptors, fewer may have enough.
-TEST_F(ReadAhead, ALackOfDescriptorsIsMetWithFewerThreads) {
-  for (int const enough : {1, 4}) {
-    std::atomic<int> refused = 0;
-    serve(wideTree(600), 32, [&] {
-      if (inFlight_ > enough && ++refused > 0) throw vfs::exceptionOfErrno(EMFILE, vfs::AbsoluteIRI(u"mem:///"));
-      sleepShortly();
-    });
-    ReadSession const session;
-    EXPECT_EQ(search("**", "mem:///").size(), 1200U);
-    EXPECT_LE(refused, 32);
-    EXPECT_TRUE(session.failedListings().empty()) << session.failedListings()[0].what();
-  }
-}
-
-TEST_F(ReadAhead, AnInterruptEndsItAtOnceAndSoDoesTheEndOfTheSession) {
-  enum class End { flagOfTheProcess, flagOfTheSearch, close };
-  for (End const end : {End::flagOfTheProcess, End::flagOfTheSearch, End::close}) {
-    SCOPED_TRACE(static_cast<int>(end));
-    std::atomic<int> answered = 0;
-    serve(wideTree(3000), 32, [&] {
-      auto const silence = ++answered > 500 ? 20s : 0s;
-      sleepShortly();
-      for (auto const until = Clock::now() + silence; Clock::now() < until; sleepShortly()) utThrowIfInterruptPending();
-    });
-    std::atomic<bool> flag = false;
-    utInterruptScope const scope(&flag);
-    Clock::time_point start;
-    std::thread interrupter([&] {
-      while (inFlight_ < 32 || answered < 532) sleepShortly();
-      start = Clock::now();
-      if (end == End::flagOfTheProcess) utSetInterruptPending(true);
-      if (end == End::flagOfTheSearch) flag = true;
-    });
-    {
-      ReadSession const session;
-      if (end == End::close) {
-        Stream stream(u"**", u"mem:///", false);
-        for (int i = 0; i < 300; ++i) stream.next();
-        interrupter.join();
-      } else {
-        EXPECT_THROW(search("**", "mem:///"), Quindarel::System::InterruptException);
-        interrupter.join();
-      }
-      EXPECT_TRUE(session.failedListings().empty());
-    }
-    EXPECT_LT(Clock::now() - start, 1s) << "with 32 reads in flight";
-    utSetInterruptPending(false);
-  }
 }
 
 }  // namespace

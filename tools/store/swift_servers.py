@@ -87,11 +87,14 @@ class Files:
         common = {"bind_ip": "127.0.0.1", "bind_port": str(self._ports[node, kind]), "workers": "0", "swift_dir": self._folder,
                   "log_level": "ERROR", "log_address": os.path.join(self._folder, "nothing")}
         if kind == "proxy":
+            # One of several nodes that doesn't respond is soon replaced by another. A single one is given time: on a busy
+            # machine the proxy would answer 503 for it, and retries would change the number of requests.
+            response, connection = ("1", "0.3") if self._nodes > 1 else ("60", "10")
             sections = {
                 "DEFAULT": common,
                 "pipeline:main": {"pipeline": _PROXY_PIPELINE},
-                "app:proxy-server": {"use": "egg:swift#proxy", "account_autocreate": "true", "node_timeout": "1",
-                                     "recoverable_node_timeout": "1", "conn_timeout": "0.3"},
+                "app:proxy-server": {"use": "egg:swift#proxy", "account_autocreate": "true", "node_timeout": response,
+                                     "recoverable_node_timeout": response, "conn_timeout": connection},
             }
             for name in dict.fromkeys(_PROXY_PIPELINE.split()[:-1]):
                 egg = {"proxy-logging": "proxy_logging"}.get(name, name)

@@ -142,7 +142,8 @@ TEST(PendingReads, ForgetsWhatTheSearchHasPassed) {
 }
 
 TEST(ReadWindow, Follows) {
-  // h: 4 hits; c: a read that computes; w: one that waits; s: shrink; l: limit to 3; n: the next search
+  // h: 4 hits; c: a read that computes; w: three that wait; p: three that are preempted; t: three that are traced;
+  // s: shrink; l: limit to 3; n: the next search
   struct {
     std::size_t cores, provider;
     std::string events;
@@ -154,12 +155,13 @@ TEST(ReadWindow, Follows) {
       {4, 32, "chhhhhhhhhhhhhhhhhhhhhhhhh", 3},
       {1, 32, "chhhhhhhhhhh", 0},
       {4, 0, "whhhhhhhhhhh", 0},
-      {1, 32, "wh", 1},
-      {1, 32, "whhhh", 4},
+      {1, 32, "wh", 2},
+      {1, 32, "phth", 0},
+      {1, 32, "whhhh", 8},
       {1, 32, std::string("w") + std::string(100, 'h'), 32},
       {1, 5, std::string("w") + std::string(100, 'h'), 5},
       {2, 32, "whhhhcccccccccccccccccccccccccccccccccccccccch", 1},
-      {1, 32, "whhhhs", 2},
+      {1, 32, "whhhhs", 4},
       {1, 32, "whhhhl", 3},
       {1, 32, "whhhhlhhhhhh", 3},
       {1, 32, "whhhhn", 0},
@@ -167,8 +169,12 @@ TEST(ReadWindow, Follows) {
   for (auto const& [cores, provider, events, size] : cases) {
     vfs::ReadWindow window(cores);
     for (char const event : events) {
-      if (event == 'c') window.noteRead({1ms, false});
-      if (event == 'w') window.noteRead({1ms, true});
+      if (event == 'c') window.noteRead({1ms, 1ms, 1});
+      for (int i = 0; i < 3; ++i) {
+        if (event == 'w') window.noteRead({1ms, 0ms, 1});
+        if (event == 'p') window.noteRead({5ms, 1ms, 0});
+        if (event == 't') window.noteRead({1ms, 0ms, 10});
+      }
       if (event == 's') window.shrink();
       if (event == 'l') window.limit(3);
       if (event == 'n') window.close();

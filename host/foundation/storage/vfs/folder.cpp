@@ -10,6 +10,7 @@
 #include "foundation/core/text/bytes.hpp"
 #include "foundation/storage/vfs/detail/folder_snapshot.hpp"
 #include "foundation/storage/vfs/detail/iri_access.hpp"
+#include "foundation/storage/vfs/detail/location_key.hpp"
 #include "foundation/storage/vfs/detail/name_filter.hpp"
 #include "foundation/storage/vfs/session/current_session.hpp"
 #include "foundation/storage/vfs/session/session_cache.hpp"
@@ -113,7 +114,8 @@ Folder::Folder(Folder const& parent, std::u16string const& name, std::optional<b
   Node const& from = *parent.node_;
   Node node{AbsoluteIRI(from.location, name), from.provider, from.rootLength};
   std::u16string const& text = node.location.toString();
-  bool const isBelow = text.compare(0, from.rootLength, from.location.toString(), 0, from.rootLength) == 0;
+  auto const rootIn = [&](std::u16string_view whole) { return whole.substr(0, from.rootLength); };
+  bool const isBelow = KeyEqual()(rootIn(text), rootIn(from.location.toString()));
   if (!isBelow) node.rootLength = text.size();  // the name was a whole location
   bool const followsLinks = entersLinks();
   if (!followsLinks && isMaybeLink.value_or(true) && isLink(*node.provider, node.location)) {

@@ -85,6 +85,9 @@ class KORVAN_HOST_EXPORT EntryCursor {
   /// Moves to the next entry; false if there is none. Undefined after that.
   bool next();
 
+  /// How many entries of the folder come before this one, whether or not they match; the number of all at the end.
+  std::size_t position() const noexcept { return index_; }
+
   /// What the entry is, if the listing says so: see `ListEntry::getKind`.
   std::optional<PathKind> getKind() const noexcept;
 
@@ -157,7 +160,8 @@ class KORVAN_HOST_EXPORT FolderListing {
   Iterator end() const;
 
   /// A cursor before the first entry.
-  EntryCursor cursor() const { return start_; }
+  EntryCursor cursor() const& { return start_; }
+  EntryCursor cursor() && { return std::move(start_); }
 
  private:
   friend class Folder;

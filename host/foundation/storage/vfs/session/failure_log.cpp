@@ -4,6 +4,7 @@ namespace foundation::storage::vfs {
 
 void FailureLog::rethrowRemembered(Question question, AbsoluteIRI const& location, Report toReport) {
   Failures const& failures = failures_[static_cast<std::size_t>(question)];
+  if (failures.empty()) return;  // the key needn't be hashed
   auto const found = failures.find(keyOf(location));
   if (found == failures.end()) return;
   if (toReport == Report::yes) report(found->second);

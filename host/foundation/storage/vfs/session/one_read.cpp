@@ -1,6 +1,7 @@
 #include "foundation/storage/vfs/session/one_read.hpp"
 
 #include <cerrno>
+#include <chrono>
 #include <string>
 
 #include <sys/resource.h>
@@ -15,27 +16,31 @@ bool lacksResources(int systemError) {
   return systemError == EMFILE || systemError == ENFILE || systemError == ENOMEM;
 }
 
-// How often the thread has waited for something else than a processor.
-long waitsOfThisThread() {
+// What this thread has used since it began.
+ReadWindow::Measurement usageOfThisThread() {
   rusage usage = {};
   ::getrusage(RUSAGE_THREAD, &usage);
-  return usage.ru_nvcsw;
+  auto const durationOf = [](timeval const& time) {
+    return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
+  };
+  return {std::chrono::steady_clock::now().time_since_epoch(), durationOf(usage.ru_utime) + durationOf(usage.ru_stime),
+          usage.ru_nvcsw};
 }
 
-// How a read went, from the construction on.
+// How a read goes, from the construction on.
 class Stopwatch {
  public:
-  explicit Stopwatch(bool isOn) : isOn_(isOn), waitsBefore_(isOn ? waitsOfThisThread() : 0) {}
+  explicit Stopwatch(bool isOn) {
+    if (isOn) before_ = usageOfThisThread();
+  }
 
   std::optional<ReadWindow::Measurement> measurement() const {
-    if (!isOn_) return std::nullopt;
-    return ReadWindow::Measurement{std::chrono::steady_clock::now() - start_, waitsOfThisThread() != waitsBefore_};
+    if (!before_) return std::nullopt;
+    return usageOfThisThread() - *before_;
   }
 
  private:
-  bool isOn_;
-  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-  long waitsBefore_;
+  std::optional<ReadWindow::Measurement> before_;
 };
 
 }  // namespace

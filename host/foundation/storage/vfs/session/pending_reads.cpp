@@ -83,7 +83,8 @@ std::optional<SearchStates::Set> PendingReads::takeRequested(Question question, 
   std::string path;
   for (auto group = groups_.begin(); group != groups_.end(); ++group) {
     std::u16string_view const above = keyOf(group->folder_);
-    bool const isBelow = key.size() > above.size() && key[above.size()] == u'/' && key.starts_with(above);
+    bool const isBelow =
+        key.size() > above.size() && key[above.size()] == u'/' && KeyEqual()(key.substr(0, above.size()), above);
     if (group->empty() || !isBelow) continue;
     path.clear();
     iri_text::appendDecodedBytes(path, key.substr(above.size() + 1));

@@ -26,7 +26,7 @@ constexpr std::size_t worthWaking = 8;
 constexpr std::size_t missesToShrink = 32;
 
 // Measuring costs two system calls, so only one in so many reads is measured.
-constexpr std::size_t measureEvery = 8;
+constexpr std::size_t measureEvery = 16;
 
 }  // namespace
 

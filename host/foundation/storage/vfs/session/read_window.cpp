@@ -1,6 +1,7 @@
 #include "foundation/storage/vfs/session/read_window.hpp"
 
 #include <algorithm>
+#include <chrono>
 
 #include <sched.h>
 
@@ -9,10 +10,17 @@ namespace {
 
 // A search of a few folders isn't worth a thread, unless they are slow.
 constexpr std::size_t hitsToStart = 32;
-constexpr std::size_t slowHitsToStart = 4;
+constexpr std::size_t slowHitsToStart = 2;
 
-// The window doubles when each thread has read this many folders that were then requested.
+// The window doubles when each thread has made this many reads that were then requested; where reads wait, after one,
+// as a thread that waits costs little.
 constexpr std::size_t hitsToDouble = 4;
+
+// Shorter waits aren't worth a thread. A tracer stops a thread at each system call, so many stops must be longer to be
+// taken for waits for a disk or a network.
+constexpr std::chrono::microseconds shortestWait(50);
+constexpr std::chrono::microseconds shortestOfMany(200);
+constexpr long many = 8;
 
 }  // namespace
 
@@ -21,11 +29,13 @@ std::size_t ReadWindow::availableCores() noexcept {
   return ::sched_getaffinity(0, sizeof cores, &cores) == 0 ? static_cast<std::size_t>(CPU_COUNT(&cores)) : 1;
 }
 
-// An average over the last reads, as part of a tree may be in the system's cache.
-void ReadWindow::noteRead(Measurement read) noexcept {
-  computed_ = computed_ * 7 / 8;
-  waited_ = waited_ * 7 / 8;
-  (read.waited ? waited_ : computed_) += read.time;
+// Counts reads instead of adding up their times: on a busy machine, a read that meets a lock may wait longer than a
+// hundred others take.
+void ReadWindow::noteRead(Measurement const& read) noexcept {
+  auto const waited = read.passed - read.computed;
+  auto const shortest = read.waits > many ? shortestOfMany : shortestWait;
+  bool const isWaiting = read.waits > 0 && waited > read.computed && waited / read.waits >= shortest;
+  shareOfWaiting_ = (7 * shareOfWaiting_ + (isWaiting ? 1 : 0)) / 8;
 }
 
 void ReadWindow::noteHit(std::size_t providerLimit) noexcept {
@@ -33,7 +43,7 @@ void ReadWindow::noteHit(std::size_t providerLimit) noexcept {
   size_ = std::min(size_, most);
   ++hits_;
   bool const grows =
-      size_ == 0 ? hits_ >= hitsToStart || (hits_ >= slowHitsToStart && waits()) : hits_ >= hitsToDouble * size_;
+      hits_ >= (size_ == 0 ? (waits() ? slowHitsToStart : hitsToStart) : (waits() ? 1 : hitsToDouble) * size_);
   if (!grows) return;
   size_ = std::min(std::max<std::size_t>(2 * size_, 1), most);
   hits_ = 0;

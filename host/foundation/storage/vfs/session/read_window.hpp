@@ -19,12 +19,18 @@ class KORVAN_HOST_EXPORT ReadWindow {
   /// The number of cores that this process may use.
   static std::size_t availableCores() noexcept;
 
-  /// How long a read took, and whether its thread waited in it for anything but a processor.
+  /// What a read cost its thread: the time that passed, the time on a processor, and how often the thread gave up its
+  /// processor to wait, which isn't what it does when other threads take the processor away.
   struct Measurement {
-    std::chrono::nanoseconds time;
-    bool waited;
+    std::chrono::nanoseconds passed;
+    std::chrono::nanoseconds computed;
+    long waits;
+
+    Measurement operator-(Measurement const& before) const noexcept {
+      return {passed - before.passed, computed - before.computed, waits - before.waits};
+    }
   };
-  void noteRead(Measurement read) noexcept;
+  void noteRead(Measurement const& read) noexcept;
 
   /// A requested read had been predicted.
   void noteHit(std::size_t providerLimit) noexcept;
@@ -44,19 +50,15 @@ class KORVAN_HOST_EXPORT ReadWindow {
   /// The most reads in flight or made, and not yet requested.
   std::size_t ahead() const noexcept { return size_ * (waits() ? 16 : 256); }
 
-  /// Whether reads wait for most of the time that they take, and for long enough to be worth a thread.
-  bool waits() const noexcept { return waited_ > computed_ && waited_ > std::chrono::microseconds(200); }
+  /// Whether many of the last reads waited most of the time, and for long enough to be worth a thread.
+  bool waits() const noexcept { return shareOfWaiting_ > 0.25; }
 
  private:
-  // Enough for a thread to be woken seldom, as each wake-up costs about as much as reading a local folder.
-  static constexpr std::size_t readsAheadOfACore = 256;
-
   std::size_t coresToSpare_;
   std::size_t limit_ = SIZE_MAX;
   std::size_t size_ = 0;
-  std::size_t hits_ = 0;  // since the size changed
-  std::chrono::nanoseconds waited_{0};
-  std::chrono::nanoseconds computed_{0};
+  std::size_t hits_ = 0;       // since the size changed
+  double shareOfWaiting_ = 0;  // among the last reads
 };
 
 }  // namespace foundation::storage::vfs

@@ -19,6 +19,9 @@ namespace {
 // The most memory for what was read ahead and not yet requested.
 constexpr std::size_t memoryAhead = std::size_t{4} << 20;
 
+// More than the wildcards of nearly all patterns.
+constexpr std::size_t mostFilters = 8;
+
 // Whether the written form of an IRI's element is this name character for character: ASCII without a percent-encoding.
 bool isWrittenAs(std::string_view name, std::u16string_view written) {
   return name.size() == written.size() &&
@@ -50,11 +53,11 @@ SessionCache::SessionCache(std::size_t memoryBound, SessionPolicy const& policy)
       readAhead_(*this, visibility_, activity, std::min(memoryBound / 4, memoryAhead)) {}
 
 std::shared_ptr<NameFilter const> const& SessionCache::filter(std::u16string const& text) {
-  if (!filter_ || filterText_ != text) {
-    filter_ = std::make_shared<NameFilter const>(text);
-    filterText_ = text;
-  }
-  return filter_;
+  auto const known =
+      std::find_if(filters_.begin(), filters_.end(), [&](auto const& filter) { return filter.first == text; });
+  if (known != filters_.end()) return known->second;
+  if (filters_.size() == mostFilters) filters_.clear();
+  return filters_.emplace_back(text, std::make_shared<NameFilter const>(text)).second;
 }
 
 SessionCache::CachedFolder* SessionCache::find(std::u16string_view key, std::string_view prefix) {
@@ -73,7 +76,7 @@ SessionCache::CachedFolder* SessionCache::findPredicted(std::u16string_view key,
 }
 
 std::shared_ptr<FolderSnapshot> const& SessionCache::noteRequested(CachedFolder& folder) {
-  if (lastRequested_ != nullptr) lastRequested_->next = &folder;
+  if (lastRequested_ != nullptr && lastRequested_ != &folder) lastRequested_->next = &folder;
   lastRequested_ = &folder;
   return folder.snapshot;
 }

@@ -54,8 +54,8 @@ class SessionCache final : private ReadAhead::Cache {
   /// Whether the entry at the location is, or may be, a link: true unless a snapshot says that it isn't.
   bool maybeLink(AbsoluteIRI const& location);
 
-  /// The filter of the text: the last one if the text is the same, as a search lists thousands of folders with one
-  /// filter.
+  /// The filter of the text, made once, as a search lists thousands of folders with few filters. Valid until the next
+  /// call.
   std::shared_ptr<NameFilter const> const& filter(std::u16string const& text);
 
   /// Whether a provider is being called on this thread.
@@ -77,7 +77,7 @@ class SessionCache final : private ReadAhead::Cache {
   struct CachedFolder {
     std::shared_ptr<FolderSnapshot> snapshot;
     std::size_t search = 0;        // the search, by number, that has entered it
-    CachedFolder* next = nullptr;  // the folder that was requested after it last time, predicted for the next time
+    CachedFolder* next = nullptr;  // another, requested after it last time, predicted for the next time
   };
   CachedFolder* find(std::u16string_view key, std::string_view prefix);
   CachedFolder* findPredicted(std::u16string_view key, std::string_view prefix);
@@ -139,8 +139,7 @@ class SessionCache final : private ReadAhead::Cache {
   CachedFolder* lastRequested_ = nullptr;
   FolderSnapshot* lastLookedIn_ = nullptr;  // the walk looks up many entries of one folder in a row
   std::string name_;                        // of the entry looked up; a member for its capacity
-  std::u16string filterText_;
-  std::shared_ptr<NameFilter const> filter_;
+  std::vector<std::pair<std::u16string, std::shared_ptr<NameFilter const>>> filters_;  // by their texts
 };
 
 }  // namespace foundation::storage::vfs
