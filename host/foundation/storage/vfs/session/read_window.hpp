@@ -9,7 +9,7 @@ namespace foundation::storage::vfs {
 
 /// How many reads a session has in flight ahead of what is requested. Begins at none, doubles while predictions hold,
 /// and shrinks when they fail or when the system runs out of resources. Reads that wait, as on a network file system,
-/// may be as many as the provider says; reads that compute, no more than there are cores to spare. Internal to the
+/// may be as many as the session's limit; reads that compute, no more than there are cores to spare. Internal to the
 /// session.
 class KORVAN_HOST_EXPORT ReadWindow {
  public:
@@ -26,8 +26,8 @@ class KORVAN_HOST_EXPORT ReadWindow {
   };
   void noteRead(Measurement read) noexcept;
 
-  /// A requested read had been predicted.
-  void noteHit(std::size_t providerLimit) noexcept;
+  /// A requested read had been predicted. `mostReads` may be in flight at once, the caller's own included.
+  void noteHit(std::size_t mostReads) noexcept;
 
   /// Predictions were wrong, or a read failed for a reason that says nothing about what it read.
   void shrink() noexcept { size_ /= 2, hits_ = 0; }
@@ -38,19 +38,19 @@ class KORVAN_HOST_EXPORT ReadWindow {
   /// The system has too few descriptors, too little memory or too few threads for so many reads.
   void limit(std::size_t reads) noexcept;
 
-  /// The most reads in flight.
+  /// The most reads in flight besides the caller's own.
   std::size_t size() const noexcept { return size_; }
 
   /// The most reads in flight or made, and not yet requested.
   std::size_t ahead() const noexcept { return size_ * (waits() ? 16 : 256); }
 
+  /// Whether there are so many reads in flight that one more makes little difference.
+  bool isWide() const noexcept { return size_ >= 8; }
+
   /// Whether reads wait for most of the time that they take, and for long enough to be worth a thread.
   bool waits() const noexcept { return waited_ > computed_ && waited_ > std::chrono::microseconds(200); }
 
  private:
-  // Enough for a thread to be woken seldom, as each wake-up costs about as much as reading a local folder.
-  static constexpr std::size_t readsAheadOfACore = 256;
-
   std::size_t coresToSpare_;
   std::size_t limit_ = SIZE_MAX;
   std::size_t size_ = 0;
