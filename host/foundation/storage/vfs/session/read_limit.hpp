@@ -12,7 +12,7 @@ namespace foundation::storage::vfs {
 /// else the provider. Internal to the session.
 class ReadLimit {
  public:
-  /// No network file system or store is known to answer more at a time any sooner.
+  /// Each read in flight takes a thread.
   static constexpr std::size_t greatest = 64;
 
   explicit ReadLimit(SessionPolicy const& policy) noexcept : wanted_(std::min(policy.readsInFlight, greatest)) {}
