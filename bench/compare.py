@@ -2,10 +2,12 @@
 
 First every tool makes each search once, and the sets of paths are compared. Then the tools take turns, round by round,
 so that a change in the machine's speed affects all of them; ratios are computed within a round, and their median over
-the rounds is reported. Prints Markdown. Exits with 1 if a tool's set differs from find's.
+the rounds is reported. kglob and the std::filesystem loop also take turns on a single core. Prints Markdown. Exits with 1 if
+a tool's set differs from find's.
 """
 
 import argparse
+import contextlib
 import hashlib
 import os
 import shutil
@@ -13,17 +15,23 @@ import statistics
 import subprocess
 import sys
 import tempfile
+import time
+from collections.abc import Iterator
 from dataclasses import dataclass
 from pathlib import Path
 
 import searches as catalogue
-from searches import FIND, GETDENTS, KGLOB, RIVALS, Search
+from line_chart import table
+from searches import FIND, GETDENTS, KGLOB, RIVALS, STD_FILESYSTEM, Search
 
 HERE = Path(__file__).resolve().parent
 
 # Folders and visible entries.
 TREES = {"small": (1_000, 10_000), "medium": (10_000, 100_000), "large": (100_000, 1_000_000)}
 ROUNDS = {"small": 15, "medium": 15, "large": 5}
+
+# No further round of a search begins after so many seconds, since what takes long varies little.
+LONG = 20
 
 
 @dataclass
@@ -39,6 +47,9 @@ class Runs:
     def ratio(self, other: "Runs") -> float:
         return statistics.median(mine / theirs for mine, theirs in zip(self.seconds, other.seconds))
 
+    def peak_mib(self) -> float:
+        return max(self.peak_kib) / 1024
+
 
 class Measure:
     """Runs commands, one at a time, with their output going to a file in memory."""
@@ -49,12 +60,13 @@ class Measure:
         self._output = Path(self._folder.name, "output")
         self._program = str(programs / "measure")
 
-    def run(self, command: list[str], folder: Path) -> tuple[float, int]:
-        """The wall time in seconds and the peak memory in KiB."""
-        done = subprocess.run([self._program, str(self._output), *command], cwd=folder, stdout=subprocess.PIPE,
-                              check=True)
-        nanoseconds, peak_kib, status = map(int, done.stdout.split())
-        if status != 0:
+    def run(self, command: list[str], folder: Path, to_first_match: bool = False) -> tuple[float, int]:
+        """The wall time in seconds, on request only to the first byte of output, and the peak memory in KiB."""
+        output = "--first" if to_first_match else str(self._output)
+        done = subprocess.run([self._program, output, *command], cwd=folder, stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL if to_first_match else None, check=True)
+        nanoseconds, peak_kib, status = map(int, done.stdout.split()[:3])
+        if status != 0 and not to_first_match:  # whose output is closed early
             sys.exit(f"bench: status {status} from {command}")
         return nanoseconds / 1e9, peak_kib
 
@@ -100,19 +112,29 @@ def agree(search: Search, commands: dict[str, list[str]], measure: Measure) -> t
     return same, len(expected), printed
 
 
-def take_turns(search: Search, commands: dict[str, list[str]], measure: Measure, rounds: int) -> dict[str, Runs]:
+def take_turns(search: Search, commands: dict[str, list[str]], measure: Measure, rounds: int,
+               to_first_match: bool = False) -> dict[str, Runs]:
     runs = {tool: Runs([], []) for tool in commands}
-    for _ in range(rounds):
+    start = time.monotonic()
+    for finished in range(rounds):
+        if finished and time.monotonic() - start > LONG:
+            break
         for tool, command in commands.items():
-            seconds, peak_kib = measure.run(command, search.folder)
+            seconds, peak_kib = measure.run(command, search.folder, to_first_match)
             runs[tool].seconds.append(seconds)
             runs[tool].peak_kib.append(peak_kib)
     return runs
 
 
-def table(header: list[str], rows: list[list[str]]) -> str:
-    rule = ["---"] + ["---:"] * (len(header) - 1)
-    return "\n".join("| " + " | ".join(row) + " |" for row in [header, rule, *rows]) + "\n"
+@contextlib.contextmanager
+def on_one_core() -> Iterator[None]:
+    """Within it, every program that is started runs on one core, the same one."""
+    cores = os.sched_getaffinity(0)
+    os.sched_setaffinity(0, {min(cores)})
+    try:
+        yield
+    finally:
+        os.sched_setaffinity(0, cores)
 
 
 def figures(runs: Runs, all_runs: dict[str, Runs]) -> list[str]:
@@ -122,22 +144,31 @@ def figures(runs: Runs, all_runs: dict[str, Runs]) -> list[str]:
     return [
         f"{runs.median() * 1000:.1f}",
         *(f"{runs.ratio(other):.2f}" if other else "" for other in ratios),
-        f"{max(runs.peak_kib) / 1024:.1f}",
+        f"{runs.peak_mib():.1f}",
     ]
 
 
-FIGURES = ["ms", "÷ find", "÷ fastest of find, fd -j1, std::filesystem", "÷ getdents64 loop", "peak MiB"]
+FIGURES = ["ms", "÷ find", "÷ fastest of find, fd, rg, std::filesystem", "÷ getdents64 loop", "peak MiB"]
 
 
-def system_calls(search: Search, entries: int) -> list[str] | None:
+def system_calls(search: Search) -> str:
+    """How many kglob makes on one thread: under strace every read seems to wait, so that it would start many."""
+    program, *arguments = search.commands[KGLOB]
     if not shutil.which("strace"):
-        return None
+        return ""
     with tempfile.NamedTemporaryFile() as counts:
-        subprocess.run(["strace", "-f", "-c", "-U", "calls,name", "-o", counts.name, *search.commands[KGLOB]],
+        subprocess.run(["strace", "-f", "-c", "-U", "calls,name", "-o", counts.name, program, "-j1", *arguments],
                        cwd=search.folder, stdout=subprocess.DEVNULL, check=True)
         lines = Path(counts.name).read_text().splitlines()
-    total = next(int(line.split()[0]) for line in lines if line.endswith("total"))
-    return [f"`{search.pattern}`", str(entries), str(total), f"{total / entries:.2f}"]
+    return next(line.split()[0] for line in lines if line.endswith("total"))
+
+
+def ratio_on_one_core(search: Search, commands: dict[str, list[str]], measure: Measure, rounds: int) -> str:
+    if STD_FILESYSTEM not in commands:
+        return ""
+    with on_one_core():
+        runs = take_turns(search, {tool: commands[tool] for tool in (KGLOB, STD_FILESYSTEM)}, measure, rounds)
+    return f"{runs[KGLOB].ratio(runs[STD_FILESYSTEM]):.2f}"
 
 
 def compare(name: str, arguments: argparse.Namespace, measure: Measure) -> bool:
@@ -146,7 +177,7 @@ def compare(name: str, arguments: argparse.Namespace, measure: Measure) -> bool:
     rounds = arguments.rounds or ROUNDS[name]
     print(f"## Tree `{name}`: {entries:,} visible entries in {folders:,} folders\n\n"
           f"Medians of {rounds} rounds, {os.cpu_count()} processors.\n")
-    all_agree, summary, calls = True, [], []
+    all_agree, summary = True, []
     for search in catalogue.searches(tree, arguments.programs):
         if arguments.patterns and search.pattern not in arguments.patterns:
             continue
@@ -158,18 +189,19 @@ def compare(name: str, arguments: argparse.Namespace, measure: Measure) -> bool:
         print(f"### `{search.pattern}`: {size:,} paths{repeated}\n")
         print(table(["tool", *FIGURES], [[tool, *figures(taken, runs)] for tool, taken in runs.items()]))
         sys.stdout.flush()
-        summary.append([f"`{search.pattern}`", *figures(runs[KGLOB], runs)])
-        if search.pattern in ("**", "**/*.csv"):
-            calls.append(system_calls(search, entries))
+        if search.pattern == "**":
+            others = [[tool, f"{taken.median() * 1000:.1f}", f"{taken.peak_mib():.1f}"] for tool, taken in runs.items()]
+            print(table(["tool", "ms", "peak MiB"], others, f"tools-{name}"))
+        where = "" if search.folder == tree else " in a small folder"
+        summary.append([f"`{search.pattern}`{where}" if "*" in search.pattern else "a literal path", *figures(runs[KGLOB], runs),
+                        ratio_on_one_core(search, commands, measure, rounds), system_calls(search)])
     print("### kglob\n")
-    print(table(["pattern", *FIGURES], summary))
-    if any(calls):
-        print(table(["pattern", "entries", "system calls", "per entry"], [row for row in calls if row]))
+    print(table(["pattern", *FIGURES, "on one core, ÷ std::filesystem", "system calls, -j 1"], summary, f"kglob-{name}"))
     return all_agree
 
 
 def main() -> int:
-    parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
+    parser = argparse.ArgumentParser(prog="bench", description=__doc__.split("\n\n")[0])
     parser.add_argument("--programs", type=Path, required=True, help="folder of kglob and of the benchmark programs")
     parser.add_argument("--tree", choices=[*TREES, "both"], default="medium")
     parser.add_argument("--rounds", type=int, help="default: 15 on the medium tree, 5 on the large one")

@@ -24,6 +24,7 @@ kglob_options knownOptions(kglob_options const* options) {
   kglob_options known = KGLOB_OPTIONS_INIT;
   if (options != nullptr) copyKnown(known, options);
   if (known.facts > KGLOB_ALL_FACTS) throw std::invalid_argument("the options ask for unknown facts");
+  if (known.reserved != 0) throw std::invalid_argument("a reserved member is not 0");
   return known;
 }
 
@@ -38,7 +39,8 @@ vfs::SessionPolicy policyOf(kglob_options const& options) {
   vfs::SessionPolicy policy{.followLinks = options.dont_follow_links == 0,
                             .oneFileSystem = options.one_file_system != 0,
                             .reportRefusals = options.report_refusals != 0,
-                            .collectFacts = options.facts == KGLOB_ALL_FACTS};
+                            .collectFacts = options.facts == KGLOB_ALL_FACTS,
+                            .readsInFlight = options.reads_in_flight};
   if (options.max_depth != 0) policy.maximumDepth = options.max_depth;
   if (options.excluded_count > 0 && options.excluded_names == nullptr)
     throw std::invalid_argument("the names are null");

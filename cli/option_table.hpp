@@ -24,6 +24,10 @@ inline constexpr std::array optionTable = {
               "pattern before its first wildcard are never left out. May be repeated."},
     OptionRow{'\0', "max-depth", "N", &Options::maxDepth, "go at most N levels below the fixed part",
               "The fixed part is that of the pattern before its first wildcard: with 1, ** matches what * does."},
+    OptionRow{'j', "threads", "N", &Options::threads, "have at most N reads in flight",
+              "These are folders read from a disk, or requests to a store. By default there are at most 32 on a disk "
+              "and 16 in a store, and 64 is the most. With 1 the search runs on one thread. Reads that compute rather "
+              "than wait take no more threads than there are processors. The matches and their order are the same."},
     OptionRow{'\0', "patterns-from", "FILE", &Options::patternsFrom, "read patterns from FILE, one a line; - is stdin",
               "They are searched after those of the command line. With -0 each ends with a NUL byte instead.", files},
     OptionRow{'t', "type", "KIND", &Options::types, "only files (f), folders (d) or links (l)",

@@ -24,6 +24,7 @@ struct Options {
   bool oneFileSystem = false;
   std::vector<std::string> excluded;
   std::optional<std::uint64_t> maxDepth;
+  std::optional<std::uint64_t> threads;
 
   // How object stores are used; empty or false: as the environment says.
   std::string endpointUrl;

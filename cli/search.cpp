@@ -38,6 +38,7 @@ Search::Search(std::vector<std::string> const& patterns, Scope const& scope) {
   options.one_file_system = scope.oneFileSystem ? 1 : 0;
   options.report_refusals = 1;
   options.max_depth = scope.maxDepth;
+  options.reads_in_flight = scope.readsInFlight;
   options.facts = scope.facts;
   search_ = kglob_open_patterns(texts.data(), texts.size(), &options);
   cancelOnInterrupt(search_);

@@ -17,6 +17,7 @@ struct Scope {
   bool oneFileSystem = false;
   std::vector<std::string> excluded{};
   std::uint32_t maxDepth = 0;
+  std::uint32_t readsInFlight = 0;
   kglob_fact_level facts = KGLOB_NO_FACTS;
 };
 

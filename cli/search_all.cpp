@@ -42,13 +42,18 @@ bool writeMatches(Search& search, MatchWriter& writer, Output& output) {
   }
 }
 
+std::uint32_t bounded(std::optional<std::uint64_t> number) {
+  return static_cast<std::uint32_t>(std::min(number.value_or(0), std::uint64_t{UINT32_MAX}));
+}
+
 Scope scopeOf(Options const& options, kglob_fact_level facts) {
   return {.rootFolder = options.rootFolder(),
           .dotFiles = options.dotFiles,
           .follow = options.follow,
           .oneFileSystem = options.oneFileSystem,
           .excluded = options.excluded,
-          .maxDepth = static_cast<std::uint32_t>(std::min(options.maxDepth.value_or(0), std::uint64_t{UINT32_MAX})),
+          .maxDepth = bounded(options.maxDepth),
+          .readsInFlight = bounded(options.threads),
           .facts = facts};
 }
 

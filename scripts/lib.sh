@@ -20,7 +20,7 @@ clang_packages=(clang)
 fuzz_packages=("${clang_packages[@]}" libclang-rt-dev)
 
 # The tools that kglob is compared with, and strace, which counts its system calls.
-bench_packages=(fd-find gnuplot-nox ripgrep zsh rclone s3cmd strace)
+bench_packages=(fd-find gnuplot-nox ripgrep zsh rclone strace)
 
 # The tools that build Debian packages.
 package_packages=(dpkg-dev fakeroot file lintian)

@@ -92,6 +92,10 @@ typedef enum kglob_fact_level {
 /// What `excluded_names`, `dont_follow_links`, `one_file_system` and `max_depth` leave out is not read either. They
 /// apply below the start folder of each pattern, which is the part before its first wildcard: nothing that this part
 /// names is left out.
+///
+/// `reads_in_flight` counts what is being read or requested at one time, that of the search's own thread included. With
+/// 1 the search has no other thread; more than 64 count as 64. It limits reads that wait, as on network file systems
+/// and in stores; reads that compute take no more threads than there are processors. No match depends on it.
 typedef struct kglob_options {
   size_t size;              ///< sizeof(kglob_options)
   const char* root_folder;  ///< a local path or an IRI; null or empty: the process's current folder
@@ -104,11 +108,13 @@ typedef struct kglob_options {
   uint32_t report_refusals;  ///< nonzero: a name behind a wildcard that may not be looked up is a failure, not an error
   uint32_t max_depth;        ///< how many levels below the start folder matches may be; 0: any number
   uint32_t facts;            ///< a `kglob_fact_level`
+  uint32_t reads_in_flight;  ///< the most at once; see above; 0: 32 on a disk, 16 in a store
+  uint32_t reserved;         ///< 0
 } kglob_options;
 
 /// The defaults, to initialise `kglob_options` with.
 #define KGLOB_OPTIONS_INIT \
-  { sizeof(kglob_options), NULL, 0, 0, 0, NULL, 0, 0, 0, 0, KGLOB_NO_FACTS }
+  { sizeof(kglob_options), NULL, 0, 0, 0, NULL, 0, 0, 0, 0, KGLOB_NO_FACTS, 0, 0 }
 
 /// What a match is. A link is neither a file nor a folder, whatever it points to.
 typedef enum kglob_kind { KGLOB_UNKNOWN = 0, KGLOB_FILE = 1, KGLOB_FOLDER = 2, KGLOB_LINK = 3 } kglob_kind;

@@ -199,6 +199,9 @@ TEST_F(CInterface, ChecksItsArguments) {
   EXPECT_EQ(statusOf("*", grown.known), KGLOB_OK);
   grown.known.facts = KGLOB_ALL_FACTS + 1;
   EXPECT_EQ(statusOf("*", grown.known), KGLOB_INVALID_ARGUMENT);
+  grown.known.facts = KGLOB_NO_FACTS;
+  grown.known.reserved = 1;
+  EXPECT_EQ(statusOf("*", grown.known), KGLOB_INVALID_ARGUMENT);
   grown.known.size = 0;
   EXPECT_EQ(statusOf("*", grown.known), KGLOB_INVALID_ARGUMENT);
   grown.known.size = offsetof(kglob_options, include_dot_files);

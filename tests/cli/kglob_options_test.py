@@ -53,9 +53,16 @@ class Options(KglobTest):
         for arguments, folders in ((["-E", "node_modules", "**/*.js"], 3), (["--max-depth", "1", "**"], 1), (["**"], 6)):
             self.assertRegex(self.run_kglob("--stats", *arguments)[2], b"read %d folders" % folders, arguments)
 
+    def test_threads(self):
+        self.add(*(b"many/%03d/" % number for number in range(300)))
+        several = len(os.sched_getaffinity(0)) > 1
+        for arguments, has_other_threads in ((["-j1"], False), (["--threads=2"], several), ([], several)):
+            threads = self.run_kglob(*arguments, "**/", "/proc/self/task/*")[1].count(b"/task/")
+            self.assertEqual(threads > 2, has_other_threads, arguments)
+
     def test_values_that_cannot_be_understood(self):
         for option, value in [("-t", "x"), ("--size", "10q"), ("--size", "+k"), ("--changed-within", "2 parsecs"), ("--color", "red"),
-                              ("--changed-before", "2024-13-01"), ("-n", "0"), ("-n", "-1"), ("--max-depth", "x"), ("--size", "99999999t")]:
+                              ("--changed-before", "2024-13-01"), ("-n", "0"), ("-n", "-1"), ("--max-depth", "x"), ("-j", "0"), ("--size", "99999999t")]:
             self.expect_error([option, value, "*"], rb"; see kglob --help")
 
     def test_encoded_forms(self):

@@ -152,7 +152,7 @@ TEST_F(ReadAhead, AnInterruptEndsItAtOnceAndSoDoesTheEndOfTheSession) {
   for (End const end : {End::flagOfTheProcess, End::flagOfTheSearch, End::close}) {
     SCOPED_TRACE(static_cast<int>(end));
     std::atomic<int> answered = 0;
-    serve(wideTree(3000), 32, [&] {
+    serve(wideTree(3000), 33, [&] {
       auto const silence = ++answered > 500 ? 20s : 0s;
       sleepShortly();
       for (auto const until = Clock::now() + silence; Clock::now() < until; sleepShortly()) utThrowIfInterruptPending();

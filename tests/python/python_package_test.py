@@ -86,6 +86,16 @@ class PackageTest(unittest.TestCase):
                 self.assertEqual(sorted(matches), sorted(expected))
         self.assertGreater(found, 500)
 
+    def test_reads_in_flight(self):
+        for number in range(300):
+            os.mkdir(f"{self.folder}/{number:03}")
+        os.symlink("/proc/self/task", f"{self.folder}/threads")
+        several = len(os.sched_getaffinity(0)) > 1
+        for limit, has_other_threads in ((1, False), (2, several), (None, several)):
+            threads = kglob.glob("*/*", root_dir=self.folder, reads_in_flight=limit)
+            self.assertEqual(len(threads) > 2, has_other_threads, (limit, threads))  # than main and the search's own
+        self.assertRaises(ValueError, kglob.iglob, "*", reads_in_flight=0)
+
     def test_searches_end_when_they_are_dropped_or_the_interpreter_exits(self):
         self.make_endless_tree()
         for end in (lambda search: None, lambda search: search.close()):

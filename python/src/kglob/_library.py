@@ -13,7 +13,8 @@ class Options(ctypes.Structure):
                 ("include_dot_files", ctypes.c_uint32), ("dont_follow_links", ctypes.c_uint32),
                 ("excluded_names", ctypes.POINTER(ctypes.c_char_p)), ("excluded_count", ctypes.c_size_t),
                 ("one_file_system", ctypes.c_uint32), ("report_refusals", ctypes.c_uint32),
-                ("max_depth", ctypes.c_uint32), ("facts", ctypes.c_uint32)]
+                ("max_depth", ctypes.c_uint32), ("facts", ctypes.c_uint32), ("reads_in_flight", ctypes.c_uint32),
+                ("reserved", ctypes.c_uint32)]
 
 
 class Failure(ctypes.Structure):

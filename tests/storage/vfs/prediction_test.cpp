@@ -4,11 +4,13 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
 #include "foundation/storage/vfs/conversion.hpp"
 #include "foundation/storage/vfs/session/pending_reads.hpp"
+#include "foundation/storage/vfs/session/read_limit.hpp"
 #include "foundation/storage/vfs/session/read_window.hpp"
 #include "foundation/storage/vfs/session/visibility.hpp"
 #include "support/hooked_provider.hpp"
@@ -145,7 +147,7 @@ TEST(ReadWindow, Follows) {
   // h: 4 hits; c: a read that computes; w: three that wait; p: three that are preempted; t: three that are traced;
   // s: shrink; l: limit to 3; n: the next search
   struct {
-    std::size_t cores, provider;
+    std::size_t cores, mostReads;
     std::string events;
     std::size_t size;
   } const cases[] = {
@@ -158,15 +160,17 @@ TEST(ReadWindow, Follows) {
       {1, 32, "wh", 2},
       {1, 32, "phth", 0},
       {1, 32, "whhhh", 8},
-      {1, 32, std::string("w") + std::string(100, 'h'), 32},
-      {1, 5, std::string("w") + std::string(100, 'h'), 5},
+      {1, 32, std::string("w") + std::string(100, 'h'), 31},
+      {1, 5, std::string("w") + std::string(100, 'h'), 4},
+      {4, 1, std::string("w") + std::string(100, 'h'), 0},
+      {4, 2, "chhhhhhhhhhhhhhhhhhhhhhhhh", 1},
       {2, 32, "whhhhcccccccccccccccccccccccccccccccccccccccch", 1},
       {1, 32, "whhhhs", 4},
       {1, 32, "whhhhl", 3},
       {1, 32, "whhhhlhhhhhh", 3},
       {1, 32, "whhhhn", 0},
   };
-  for (auto const& [cores, provider, events, size] : cases) {
+  for (auto const& [cores, mostReads, events, size] : cases) {
     vfs::ReadWindow window(cores);
     for (char const event : events) {
       if (event == 'c') window.noteRead({1ms, 1ms, 1});
@@ -178,11 +182,17 @@ TEST(ReadWindow, Follows) {
       if (event == 's') window.shrink();
       if (event == 'l') window.limit(3);
       if (event == 'n') window.close();
-      for (int i = 0; event == 'h' && i < 4; ++i) window.noteHit(provider);
+      for (int i = 0; event == 'h' && i < 4; ++i) window.noteHit(mostReads);
     }
     EXPECT_EQ(window.size(), size) << events;
     EXPECT_GE(window.ahead(), size);
   }
+}
+
+TEST(ReadLimit, IsThatOfThePolicyOrElseTheProviders) {
+  MemoryProvider const provider{Tree()};
+  for (auto const& [wanted, limit] : {std::pair{0U, 16U}, {1U, 1U}, {20U, 20U}, {99U, 64U}})
+    EXPECT_EQ(vfs::ReadLimit({.readsInFlight = wanted}).of(provider), limit);
 }
 
 }  // namespace

@@ -76,7 +76,7 @@ class KORVAN_HOST_EXPORT Provider {
   virtual Authority authority() const noexcept = 0;
 
   /// The most requests that are worth having in flight at once, where they wait for something else than a processor; 16
-  /// by default. No request.
+  /// by default. That of the searching thread is one of them: with 1, or 0, nothing is read ahead. No request.
   virtual std::size_t readsInFlight() const noexcept;
 
   /// What exists at the location; `notFound` if nothing does. At most two requests. This and the other operations throw

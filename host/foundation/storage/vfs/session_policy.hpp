@@ -31,6 +31,11 @@ struct SessionPolicy {
   /// Whether listings remember the facts about entries that they hold anyway, for `facts`. Costs memory only.
   bool collectFacts = false;
 
+  /// The most reads in flight at once, that of the searching thread included: with 1 the session starts no thread. 0
+  /// for what is worth having, as the provider says (`Provider::readsInFlight`); a greater number than the provider's
+  /// raises it, up to 64. Reads that compute never take more threads than there are cores. No result depends on it.
+  std::size_t readsInFlight = 0;
+
   /// The names of entries that are left out, together with everything below them: "*" is any run of characters, every
   /// other character stands for itself. No request is made for what is below them; a flat listing may show what is on
   /// the same page.

@@ -28,8 +28,8 @@ SubtreePage ReadAhead::page(std::shared_ptr<Provider> const& provider, SubtreeRe
       switch (listing.parts.seek(request, isCertain)) {
         case KeyParts::State::ready:
           taken = listing.parts.take();
-          if (!taken->last) window_.noteHit(provider->readsInFlight());
-          if (!taken->last && isCertain) window_.noteHit(provider->readsInFlight());  // there is another page
+          if (!taken->last) window_.noteHit(limit_.of(*provider));
+          if (!taken->last && isCertain) window_.noteHit(limit_.of(*provider));  // there is another page
           wakeWorkers();
           break;
         case KeyParts::State::coming:

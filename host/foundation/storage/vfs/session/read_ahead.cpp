@@ -30,10 +30,12 @@ constexpr std::size_t measureEvery = 16;
 
 }  // namespace
 
-ReadAhead::ReadAhead(Cache& cache, Visibility const& visibility, Activity& activity, std::size_t memoryBound)
+ReadAhead::ReadAhead(Cache& cache, Visibility const& visibility, Activity& activity, ReadLimit limit,
+                     std::size_t memoryBound)
     : cache_(cache),
       visibility_(visibility),
       activity_(activity),
+      limit_(limit),
       memoryBound_(memoryBound),
       window_(ReadWindow::availableCores()),
       listings_{Listing{KeyParts(visibility)}, Listing{KeyParts(visibility)}} {}
@@ -84,8 +86,8 @@ Answer ReadAhead::request(Question question, std::shared_ptr<Provider> const& pr
   return std::move(*answer);
 }
 
-// The answer if it was, or is being, read ahead. While a worker reads it, the caller prefetches others if reads compute,
-// and otherwise waits, as one read more in flight isn't worth being late for this one.
+// The answer if it was, or is being, read ahead. While a worker reads it, the caller prefetches others. It doesn't if
+// reads wait and the window is wide, as one read more in flight isn't worth being late for this one.
 std::optional<Answer> ReadAhead::awaitPrefetched(Question question, AbsoluteIRI const& location,
                                                  std::size_t mostAhead) {
   Read* instead = nullptr;
@@ -101,7 +103,8 @@ std::optional<Answer> ReadAhead::awaitPrefetched(Question question, AbsoluteIRI 
         reads(question).erase(found);
         return takeAnswer(*read);
       }
-      instead = window_.waits() ? nullptr : takeNext();
+      bool const helps = inFlight_ <= window_.size() && !(window_.waits() && window_.isWide());
+      instead = helps ? takeNext() : nullptr;
       if (instead == nullptr && (looks >= spins || window_.waits())) await(*found->second, lock);
     }
     if (instead != nullptr) {
@@ -137,7 +140,7 @@ Answer ReadAhead::readRequested(Question question, std::shared_ptr<Provider> con
   }
   MutexLock const lock(mutex_, spinning);
   if (read.measured) window_.noteRead(*read.measured);
-  if (predicted) window_.noteHit(provider->readsInFlight());
+  if (predicted) window_.noteHit(limit_.of(*provider));
   if (read.predicted) pending_.enterFirst(std::move(*read.predicted));
   wakeWorkers();
   return std::move(read.answer);
@@ -203,7 +206,7 @@ Answer ReadAhead::takeAnswer(Read& read) {
     pending_.takeRequested(read.answer.question, read.answer.location);
     if (read.answer.snapshot) predictBelow(*read.answer.snapshot, false);
   }
-  window_.noteHit(read.provider->readsInFlight());
+  window_.noteHit(limit_.of(*read.provider));
   wakeWorkers();
   return std::move(read.answer);
 }
@@ -211,14 +214,12 @@ Answer ReadAhead::takeAnswer(Read& read) {
 std::vector<Answer> ReadAhead::takeUnrequested() {
   std::vector<Answer> answers;
   for (Reads& reads : reads_) {
-    for (auto read = reads.begin(); read != reads.end();) {
-      if (!read->second->isDone) {
-        ++read;
-        continue;
-      }
+    for (auto next = reads.begin(); next != reads.end();) {
+      auto const read = next++;
+      if (!read->second->isDone) continue;
       memory_ -= read->second->memory;
       answers.push_back(std::move(read->second->answer));
-      read = reads.erase(read);
+      reads.erase(read);
     }
   }
   return answers;

@@ -17,6 +17,7 @@
 #include "foundation/storage/vfs/detail/location_key.hpp"
 #include "foundation/storage/vfs/session/one_read.hpp"
 #include "foundation/storage/vfs/session/pending_reads.hpp"
+#include "foundation/storage/vfs/session/read_limit.hpp"
 #include "foundation/storage/vfs/session/read_window.hpp"
 
 namespace foundation::storage::vfs {
@@ -43,9 +44,9 @@ class ReadAhead {
     ~Cache() = default;
   };
 
-  /// Folders are read as `visibility` shows them. What the threads request is counted in `activity`. The answers that weren't requested hold about `memoryBound`
-  /// bytes at most, or that of one folder.
-  ReadAhead(Cache& cache, Visibility const& visibility, Activity& activity, std::size_t memoryBound);
+  /// Folders are read as `visibility` shows them. What the threads request is counted in `activity`. The answers that
+  /// weren't requested hold about `memoryBound` bytes at most, or that of one folder.
+  ReadAhead(Cache& cache, Visibility const& visibility, Activity& activity, ReadLimit limit, std::size_t memoryBound);
 
   /// Interrupts the reads in flight and waits for them.
   ~ReadAhead();
@@ -59,9 +60,8 @@ class ReadAhead {
   /// With `lookupsOnly` it is predicted to look up names in its subfolders, but no listing.
   void enter(FolderSnapshot const& folder, bool lookupsOnly);
 
-  /// The answer to a question of kind `entries` or `kind`, read now unless it was read ahead; at most
-  /// `mostAhead` others are then read ahead. Throws what the provider
-  /// and the cache throw. A lack of descriptors or memory is thrown only where it is met without other threads.
+  /// The answer to a question of kind `entries` or `kind`, read now unless it was read ahead; at most `mostAhead`
+  /// others are then read ahead. Throws what the provider and the cache throw. A lack of descriptors or memory is thrown only where it is met without other threads.
   Answer request(Question question, std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
                  std::size_t mostAhead = SIZE_MAX);
 
@@ -117,6 +117,7 @@ class ReadAhead {
   Cache& cache_;
   Visibility const& visibility_;
   Activity& activity_;
+  ReadLimit const limit_;
   std::size_t const memoryBound_;
   std::vector<std::thread> workers_;
   std::size_t readsOfCaller_ = 0;

@@ -38,8 +38,9 @@ void ReadWindow::noteRead(Measurement const& read) noexcept {
   shareOfWaiting_ = (7 * shareOfWaiting_ + (isWaiting ? 1 : 0)) / 8;
 }
 
-void ReadWindow::noteHit(std::size_t providerLimit) noexcept {
-  std::size_t const most = std::min(limit_, waits() ? providerLimit : std::min(providerLimit, coresToSpare_));
+void ReadWindow::noteHit(std::size_t mostReads) noexcept {
+  std::size_t const byOthers = std::max<std::size_t>(mostReads, 1) - 1;
+  std::size_t const most = std::min(limit_, waits() ? byOthers : std::min(byOthers, coresToSpare_));
   size_ = std::min(size_, most);
   ++hits_;
   bool const grows =
@@ -50,7 +51,7 @@ void ReadWindow::noteHit(std::size_t providerLimit) noexcept {
 }
 
 void ReadWindow::limit(std::size_t reads) noexcept {
-  limit_ = reads;
+  limit_ = std::min(limit_, reads);
   size_ = std::min(size_, limit_);
 }
 

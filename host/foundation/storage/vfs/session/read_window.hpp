@@ -9,7 +9,7 @@ namespace foundation::storage::vfs {
 
 /// How many reads a session has in flight ahead of what is requested. Begins at none, doubles while predictions hold,
 /// and shrinks when they fail or when the system runs out of resources. Reads that wait, as on a network file system,
-/// may be as many as the provider says; reads that compute, no more than there are cores to spare. Internal to the
+/// may be as many as the session's limit; reads that compute, no more than there are cores to spare. Internal to the
 /// session.
 class KORVAN_HOST_EXPORT ReadWindow {
  public:
@@ -32,8 +32,8 @@ class KORVAN_HOST_EXPORT ReadWindow {
   };
   void noteRead(Measurement const& read) noexcept;
 
-  /// A requested read had been predicted.
-  void noteHit(std::size_t providerLimit) noexcept;
+  /// A requested read had been predicted. `mostReads` may be in flight at once, the caller's own included.
+  void noteHit(std::size_t mostReads) noexcept;
 
   /// Predictions were wrong, or a read failed for a reason that says nothing about what it read.
   void shrink() noexcept { size_ /= 2, hits_ = 0; }
@@ -44,11 +44,14 @@ class KORVAN_HOST_EXPORT ReadWindow {
   /// The system has too few descriptors, too little memory or too few threads for so many reads.
   void limit(std::size_t reads) noexcept;
 
-  /// The most reads in flight.
+  /// The most reads in flight besides the caller's own.
   std::size_t size() const noexcept { return size_; }
 
   /// The most reads in flight or made, and not yet requested.
   std::size_t ahead() const noexcept { return size_ * (waits() ? 16 : 256); }
+
+  /// Whether there are so many reads in flight that one more makes little difference.
+  bool isWide() const noexcept { return size_ >= 8; }
 
   /// Whether many of the last reads waited most of the time, and for long enough to be worth a thread.
   bool waits() const noexcept { return shareOfWaiting_ > 0.25; }

@@ -49,8 +49,9 @@ std::size_t memoryOf(FolderSnapshot const& snapshot) {
 
 SessionCache::SessionCache(std::size_t memoryBound, SessionPolicy const& policy)
     : visibility_(policy),
+      limit_(policy),
       memoryBound_(memoryBound - std::min(memoryBound / 4, memoryAhead)),
-      readAhead_(*this, visibility_, activity, std::min(memoryBound / 4, memoryAhead)) {}
+      readAhead_(*this, visibility_, activity, limit_, std::min(memoryBound / 4, memoryAhead)) {}
 
 std::shared_ptr<NameFilter const> const& SessionCache::filter(std::u16string const& text) {
   auto const known =

@@ -14,6 +14,7 @@
 #include "foundation/storage/vfs/session/answered_stores.hpp"
 #include "foundation/storage/vfs/session/failure_log.hpp"
 #include "foundation/storage/vfs/session/read_ahead.hpp"
+#include "foundation/storage/vfs/session/read_limit.hpp"
 #include "foundation/storage/vfs/session/search_states.hpp"
 #include "foundation/storage/vfs/session/subtree_scan.hpp"
 #include "foundation/storage/vfs/session/visibility.hpp"
@@ -120,6 +121,7 @@ class SessionCache final : private ReadAhead::Cache {
   void forget() noexcept;
 
   Visibility visibility_;
+  ReadLimit const limit_;
   // The snapshots own their keys.
   std::unordered_multimap<std::u16string_view, CachedFolder, KeyHash, KeyEqual> folders_;
   std::unordered_map<std::u16string, PathKind> kinds_;

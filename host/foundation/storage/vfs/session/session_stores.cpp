@@ -23,7 +23,7 @@ std::shared_ptr<FolderSnapshot> SessionCache::readFromStore(std::shared_ptr<Prov
 // looked up individually anyway.
 PathKind SessionCache::askStore(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location) {
   std::size_t const mostAhead =
-      scan_ ? std::min(scan_->lookupsBeforeAPage(), 2 * provider->readsInFlight()) : std::size_t{0};
+      scan_ ? std::min(scan_->lookupsBeforeAPage(), 2 * limit_.of(*provider)) : std::size_t{0};
   try {
     return stores_.ask(location, [&] { return lookUp(provider, location, mostAhead); });
   } catch (Exception const& failure) {
