@@ -10,7 +10,6 @@
 namespace foundation::storage::s3 {
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 std::string pageOf(std::vector<std::string> const& names, std::string const& more = {}) {
