@@ -117,11 +117,13 @@ TEST(StoreRequests, AnAccountsListDoesNotDenyOtherBuckets) {
   auto const store = std::make_shared<MemoryProvider>(Tree().addFile("own/x"), options);
   ServedScheme const mem(u"mem", store);
   ReadSession const session;
+  EXPECT_EQ(search("mem://o*", ""), Strings{"mem://own"});
   EXPECT_EQ(search("mem://**", ""), (Strings{"mem://", "mem://own", "mem://own/x"}));
   store->tree.addFile("other/x");
   EXPECT_EQ(search("mem://**/other", ""), Strings{});
   EXPECT_EQ(search("mem://other", ""), Strings{"mem://other"});
   EXPECT_EQ(search("mem://other/**", ""), (Strings{"mem://other/", "mem://other/x"}));
+  EXPECT_EQ(store->mostRequests(MemoryProvider::Operation::list), 1U);
 }
 
 }  // namespace
