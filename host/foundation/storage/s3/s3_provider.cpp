@@ -100,7 +100,7 @@ std::vector<std::string> S3Provider::buckets(vfs::AbsoluteIRI const& account) {
     try {
       page = client(account).listBuckets(token, check, account);
     } catch (vfs::Exception const& error) {
-      // An account has no other place where it could be, so this says nothing about its buckets.
+      // As absence it would end the search as if the account had no buckets.
       if (isAbsence(error)) throw vfs::Exception(vfs::ErrorCode::other, account, error.reason());
       throw;
     }

@@ -87,7 +87,8 @@ class KORVAN_HOST_EXPORT Provider {
   virtual std::optional<EntryFacts> facts(AbsoluteIRI const& location);
 
   /// Whether this is a store of flat keys: `subtree` and `listRest` are served, and `list` reads only what begins with
-  /// its prefix. By default not. The folder of all authorities has no keys: the three aren't asked for parts of it.
+  /// its prefix. By default not. The folder of all authorities has no keys: `list` is asked for all of it, the others
+  /// aren't called.
   virtual bool servesSubtrees() const noexcept;
 
   /// The page of everything below the folder whose path below it begins with the bytes `prefix` and is greater than
