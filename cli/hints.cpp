@@ -100,9 +100,10 @@ std::string hintAboutFolderOperand(Options const& options) {
 std::vector<std::string> missingStores(std::vector<std::string> const& unmatched) {
   std::vector<std::string> stores;
   for (std::string const& pattern : unmatched) {
+    if (!isIRI(pattern)) continue;
     std::string store = pattern.substr(0, endOfRoot(pattern));
     if (!store.ends_with('/')) store += '/';
-    bool const isNamed = isIRI(pattern) && !store.ends_with("///");
+    bool const isNamed = store.find('*') == std::string::npos && store.find("://") + 3 < store.size() - 1;
     if (isNamed && std::ranges::find(stores, store) == stores.end()) stores.push_back(std::move(store));
   }
   std::vector<Presence> const found = lookUp(stores, {});

@@ -43,12 +43,11 @@ PatternPlan::PatternPlan(Path const& pattern) {
   std::size_t const first = text.find(wildcard);
   auto const* const iri = std::get_if<AbsoluteIRI>(&PathAccess::location(pattern));
   if (iri != nullptr && first < text.size() - iri->encodedPath().size()) {
-    // A "*" in the authority: the walk begins at the root, which matches the empty segment, as `Path::parent` of a root
-    // is the root itself and its name is empty.
-    std::u16string_view const path = iri->encodedPath();
-    start_ = Path(std::u16string(text.substr(0, text.size() - path.size() + std::min<std::size_t>(path.size(), 1))));
-    add({});
-    if (path.size() > 1) addEncoded(path.substr(1));
+    // A "*" in the authority, such as a bucket's name, matches entries of the folder of all authorities. `Path::parent`
+    // doesn't lead there, since it must not leave a root, and an authority is one: so the pattern is split here.
+    start_ = Path(iri->getScheme() + u"://");
+    add(foundation::storage::vfs::decodedElement(iri->authority()));
+    if (std::u16string_view const path = iri->encodedPath(); !path.empty()) addEncoded(path.substr(1));
     return;
   }
   std::size_t const end = text.find(iri != nullptr ? iriSeparator : nativeSeparator, first);

@@ -24,7 +24,8 @@ bool hasWildcard(std::u16string_view text) noexcept;
 
 /// A pattern with a wildcard, split once: where the walk begins, and the segments from the first one with a wildcard
 /// on. They are the elements that repeated calls of `Path::parent` and `Path::name` would return, but in time and
-/// memory linear in the pattern's length. Pure text.
+/// memory linear in the pattern's length; the authority of an IRI (a bucket) is a segment, too, if it has a wildcard.
+/// Pure text.
 class PatternPlan {
  public:
   /// The pattern's text must contain a wildcard.

@@ -100,5 +100,43 @@ TEST(StoreRequests, AreFew) {
   }
 }
 
+TEST(StoreRequests, OfAnAccountAreOneForItsBucketsAndThoseInEachBucket) {
+  Tree account;
+  for (std::string const bucket : {"b1", "b2", "log"}) addFiles(account, bucket + "/d", 10);
+  struct {
+    std::string pattern;
+    std::size_t matches, requests;
+  } const cases[] = {
+      {"mem://", 1, 1},    {"mem://*", 3, 1},     {"mem://b*/", 2, 1},          {"mem://*/d/x1001.txt", 3, 7},
+      {"mem://**", 37, 4}, {"mem://**/b2", 1, 4}, {"mem://b*/**/*.csv", 10, 3},
+  };
+  MemoryProvider::Options options{vfs::Provider::Authority::required};
+  options.subtreePage = 1000;
+  auto const store = std::make_shared<MemoryProvider>(account, options);
+  ServedScheme const mem(u"mem", store);
+  for (auto const& [pattern, matches, requests] : cases) {
+    store->forgetRequests();
+    ReadSession const session;
+    EXPECT_EQ(search(pattern, "").size(), matches) << pattern;
+    EXPECT_LE(store->requests(), requests) << pattern;
+  }
+}
+
+// Another account's bucket may be named, although it isn't an entry of this account.
+TEST(StoreRequests, AnAccountsListDoesNotDenyOtherBuckets) {
+  MemoryProvider::Options options{vfs::Provider::Authority::required};
+  options.subtreePage = 1000;
+  auto const store = std::make_shared<MemoryProvider>(Tree().addFile("own/x"), options);
+  ServedScheme const mem(u"mem", store);
+  ReadSession const session;
+  EXPECT_EQ(search("mem://o*", ""), Strings{"mem://own"});
+  EXPECT_EQ(search("mem://**", ""), (Strings{"mem://", "mem://own", "mem://own/x"}));
+  store->tree.addFile("other/x");
+  EXPECT_EQ(search("mem://**/other", ""), Strings{});
+  EXPECT_EQ(search("mem://other", ""), Strings{"mem://other"});
+  EXPECT_EQ(search("mem://other/**", ""), (Strings{"mem://other/", "mem://other/x"}));
+  EXPECT_EQ(store->mostRequests(MemoryProvider::Operation::list), 1U);
+}
+
 }  // namespace
 }  // namespace korvan::test

@@ -130,7 +130,7 @@ class PackageTest(unittest.TestCase):
         for pattern, kind, number, filename, identifier in [
             (f"{locked}/x", PermissionError, errno.EACCES, f"{locked}/x", "permissionDenied"),
             (os.fsencode(f"{locked}/x"), PermissionError, errno.EACCES, os.fsencode(f"{locked}/x"), "permissionDenied"),
-            ("s3://", ValueError, errno.EINVAL, "s3://", "invalidIRI"),
+            ("s3:///", ValueError, errno.EINVAL, "s3:///", "invalidIRI"),
             ("none://x/*", kglob.Error, errno.EPROTONOSUPPORT, "none", "unsupportedProvider"),
         ]:
             with self.subTest(pattern=pattern), self.assertRaises(kind) as caught:

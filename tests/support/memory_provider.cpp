@@ -46,13 +46,15 @@ std::size_t MemoryProvider::requestsIn(std::string_view text) const {
 // Counts the request. Returns the path from the tree's root, without needless separators, so that each location is
 // counted once.
 std::string MemoryProvider::note(Operation operation, vfs::AbsoluteIRI const& location) {
-  std::string path = toBytes(std::u16string(location.authority())) + vfs::decodedPath(location);
+  std::string path = toBytes(vfs::fromAbsoluteIRI(location).native());
   while (!path.empty() && path.back() == '/') path.pop_back();
   path.erase(0, std::min(path.find_first_not_of('/'), path.size()));
   std::lock_guard const lock(mutex_);
   ++requests_[{operation, path}];
   auto const failure = failures.find({operation, path});
   if (failure != failures.end()) throw vfs::Exception(failure->second, location, "injected");
+  if (!location.authority().empty() && !tree.isFolder(path.substr(0, path.find('/'))))
+    throw vfs::Exception(vfs::ErrorCode::notFound, vfs::AbsoluteIRI(location, u"/"), "there is no such store");
   return path;
 }
 

@@ -83,6 +83,27 @@ class KglobStore(unittest.TestCase):
                 self.assertEqual(len(output.splitlines()), matches, errors)
                 self.assertTrue(least <= int(STATS.search(errors).group(3)) <= most, errors)
 
+    def test_buckets(self):
+        owned = ["a-bucket.with-dots", "conformance", "facts", "mirror", "odd"]
+        facts = ["facts", "facts/d", "facts/d/five", "facts/none"]
+        for arguments, found, requests in (
+                (["s3://"], [""], 1), (["s3://*"], owned, 1), (["s3://*/"], [f"{bucket}/" for bucket in owned], 1),
+                (["s3://*o*r*"], ["conformance", "mirror"], 1), (["s3://*/top.csv"], ["mirror/top.csv"], 1 + len(owned)),
+                (["s3://f*/**"], facts, 2), (["s3://**/fiv*", "-E", "mirror"], ["facts/d/five"], 8), (["s3://x*"], [], 1),
+                (["--max-depth=1", "s3://**"], ["", *owned], 1), (["s3://*x*", "s3://facts/**/five"], ["facts/d/five"], 2),
+                (["s3://fact*", "s3://no-bucket"], None, 3)):
+            with self.subTest(arguments=arguments):
+                status, output, errors = self.run_kglob("--stats", *arguments)
+                self.assertEqual((status, output.splitlines()), (2, ["s3://facts"]) if found is None else
+                                 (0 if found else 1, [f"s3://{name}" for name in found]), errors)
+                self.assertLessEqual(int(STATS.search(errors).group(3)), requests)
+        self.assertEqual(self.run_kglob("-r", "s3a://", "facts/*", "*rro*"), (0, "facts/d\nfacts/none\nmirror\n", ""))
+        for changes, reason in (({"AWS_SECRET_ACCESS_KEY": "not-it"}, "HTTP 403 SignatureDoesNotMatch"), ({"AWS_NO_SIGN_REQUEST": "1"}, "credentials are needed")):
+            for pattern in ("s3://", "s3://*", "s3://**"):
+                status, output, errors = self.run_kglob(pattern, **changes)
+                self.assertEqual((status, output), (2, ""))
+                self.assertRegex(errors, f's3://"?: .*{reason}')
+
     def test_options(self):
         bucket, wide = "s3://mirror/", [f"{number:04}.csv" for number in range(2500)]
         for arguments, expected in (

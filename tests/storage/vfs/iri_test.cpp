@@ -62,6 +62,7 @@ TEST_F(IRI, HasOneWrittenFormAFormResolvedByTextAParentAndAName) {
       {"file:///../../%2e%2E/a/..", "file:///../../%2E%2E/a/..", "file:///", "file:///../../%2E%2E/a", ".."},
       {"bucket://b", "bucket://b", "bucket://b/", "bucket://b", ""},
       {"bucket://b/", "bucket://b/", "bucket://b/", "bucket://b/", ""},
+      {"Bucket://", "bucket://", "bucket://", "bucket://", ""},
       {"bucket://b/x/../..", "bucket://b/x/../..", "bucket://b/", "bucket://b/x/..", ".."},
   };
   for (auto const& c : cases) {
@@ -79,7 +80,7 @@ TEST_F(IRI, HasOneWrittenFormAFormResolvedByTextAParentAndAName) {
 TEST_F(IRI, RefusesWhatWouldLoseMeaning) {
   for (std::u16string const text :
        {u"no prefix", u"", u"file://host/x", u"file:///a%2", u"file:///a%zz", u"file:///a%2Fb", u"file:///a?b",
-        u"file:///a#b", u"file:///\xD800", u"bucket:///x", u"bucket://"}) {
+        u"file:///a#b", u"file:///\xD800", u"bucket:///x", u"bucket:///"}) {
     try {
       ADD_FAILURE() << testing::PrintToString(text) << " is " << written(AbsoluteIRI(text));
     } catch (InvalidIRIException const& e) {
@@ -90,8 +91,8 @@ TEST_F(IRI, RefusesWhatWouldLoseMeaning) {
   EXPECT_THROW(iri("GOPHER:///%"), UnsupportedIRISchemeException);
   EXPECT_THROW(AbsoluteIRI(iri("file:///a"), u"x\xD800"), InvalidIRIException);
   EXPECT_THROW(AbsoluteIRI(iri("file:///a"), u"gopher://x"), UnsupportedIRISchemeException);
-  EXPECT_THROW(toAbsoluteIRI(u"bucket", upath(u"/")), InvalidIRIException);
-  for (auto const* const base : {"file:///b/x", "bucket://a/x", "bucket://bb"}) {
+  EXPECT_THROW(AbsoluteIRI(iri("bucket://"), u"b\xD800"), InvalidIRIException);
+  for (auto const* const base : {"file:///b/x", "bucket://a/x", "bucket://bb", "bucket://"}) {
     EXPECT_THROW(iri("bucket://b").makePathRelativeTo(iri(base)), std::runtime_error) << base;
   }
 }
@@ -125,9 +126,16 @@ TEST_F(IRI, TakesDecodedTextBelowItself) {
       {"file:///a", "mem:///b", "mem:///b"},
       {"bucket://b", "x", "bucket://b/x"},
       {"bucket://b/y", "/x", "bucket://b/x"},
+      {"bucket://", "", "bucket://"},
+      {"bucket://", "b 1", "bucket://b%201"},
+      {"bucket://", "b/x y/", "bucket://b/x%20y/"},
+      {"bucket://", ".././/b/.", "bucket://b/."},
+      {"bucket://", "/./", "bucket://"},
   };
   for (auto const& c : cases) {
-    EXPECT_EQ(written(AbsoluteIRI(iri(c.base), toText(c.text))), c.joined) << c.base << " + " << c.text;
+    AbsoluteIRI const joined(iri(c.base), toText(c.text));
+    EXPECT_EQ(written(joined), c.joined) << c.base << " + " << c.text;
+    EXPECT_EQ(joined.encodedPath(), iri(c.joined).encodedPath()) << c.joined;
   }
 }
 
@@ -148,7 +156,7 @@ TEST_F(IRI, LosesNoNameOfALocalPath) {
     ASSERT_EQ(AbsoluteIRI(location.toString()), location);
     ASSERT_TRUE(path.back() == '/' || AbsoluteIRI(location.getParent(), location.getName()) == location) << path;
   }
-  for (std::u16string const path : {u"/b/x/y", u"/b", u"/b/"}) {
+  for (std::u16string const path : {u"/b/x/y", u"/b", u"/b/", u"/"}) {
     AbsoluteIRI const location = toAbsoluteIRI(u"bucket", upath(path));
     EXPECT_EQ(location.toString(), u"bucket:/" + path);
     EXPECT_EQ(vfs::fromAbsoluteIRI(location).native(), path);

@@ -14,7 +14,7 @@
 ///
 ///     pattern  =  [ root ] segment { "/" segment } [ "/" ]     a final "/": folders only
 ///     root     =  "/"                                          the local file system's root
-///              |  scheme "://" [ authority ] "/"               an IRI: "file:///srv", "s3://bucket"
+///              |  scheme "://" [ [ authority ] "/" ]           an IRI: "file:///srv", "s3://bucket/x"
 ///     segment  =  "**"                                         any number of folders, including none; as the last
 ///                                                              segment: the folder itself and everything below it
 ///              |  { "*" | character }                          one name; "*" is any run of its characters, or none
@@ -30,6 +30,8 @@
 /// - A relative pattern is searched below the root folder and has relative matches. An IRI ignores the root folder. So
 ///   does an absolute local pattern, unless the root folder is an IRI: then it is taken in that IRI's scheme, so that
 ///   with the root folder "s3://bucket/x" the pattern "/data/*" lists the bucket "data".
+/// - An authority with a "*" is a segment: "s3://*" matches the account's buckets, "s3://log-*/x" looks into some of
+///   them, and "s3://**" matches everything in all of them. Where the account can't be listed, nothing matches.
 /// - In an IRI, characters that it can't contain are percent-encoded: "file:///a%20b/*". An encoded "*", "%2A", means
 ///   the character itself only in segments before the first wildcard; from the first segment with a "*" on, it is a
 ///   wildcard like "*" itself.

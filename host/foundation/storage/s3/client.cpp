@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "foundation/storage/s3/bucket_list.hpp"
 #include "foundation/storage/s3/error_mapping.hpp"
-#include "foundation/storage/s3/url.hpp"
 
 namespace foundation::storage::s3 {
 namespace {
@@ -33,20 +33,41 @@ Client::Client(Configuration configuration, std::unique_ptr<Transport> transport
 }
 
 ListPage Client::list(ListRequest const& request, PageCheck& check, vfs::AbsoluteIRI const& location) {
-  std::string const query = canonicalQuery(queryOf(request));
+  auto const parse = [&](std::string_view body) { return parseListPage(body, request.withFacts); };
+  return getPage(request.bucket, queryOf(request), parse, check, location);
+}
+
+ListPage Client::listBuckets(std::string const& continuationToken, PageCheck& check, vfs::AbsoluteIRI const& location) {
+  try {
+    if (!configuration_.credentials || !configuration_.credentials->current()) {
+      throw vfs::Exception(vfs::ErrorCode::permissionDenied, location,
+                           configuration_.noSignRequest
+                               ? "credentials are needed to list the buckets of an account, but requests aren't signed"
+                               : "credentials are needed to list the buckets of an account, but none were found");
+    }
+  } catch (CredentialsError const& error) {
+    throw vfs::Exception(vfs::ErrorCode::other, location, error.what());
+  }
+  Query query;
+  if (!continuationToken.empty()) query.emplace_back("continuation-token", continuationToken);
+  return getPage({}, std::move(query), parseBucketList, check, location);
+}
+
+ListPage Client::getPage(std::string const& bucket, Query query, ParsePage const& parse, PageCheck& check,
+                         vfs::AbsoluteIRI const& location) {
+  std::string const parameters = query.empty() ? std::string() : '?' + canonicalQuery(std::move(query));
   ListPage page;
   auto const getFrom = [&](std::string const& region) {
-    return get({bucketUrl(configuration_, region, request.bucket) + '?' + query, region},
-               [&](Response const& response) {
-                 try {
-                   page = parseListPage(response.body, request.withFacts);
-                   return std::optional<std::string>();
-                 } catch (MalformedPage const& error) {
-                   return std::optional(malformedReason(response, error.what()));
-                 }
-               });
+    return get({bucketUrl(configuration_, region, bucket) + parameters, region}, [&](Response const& response) {
+      try {
+        page = parse(response.body);
+        return std::optional<std::string>();
+      } catch (MalformedPage const& error) {
+        return std::optional(malformedReason(response, error.what()));
+      }
+    });
   };
-  std::string region = regionOf(request.bucket);
+  std::string region = regionOf(bucket);
   RequestOutcome outcome;
   try {
     outcome = getFrom(region);
@@ -60,7 +81,7 @@ ListPage Client::list(ListRequest const& request, PageCheck& check, vfs::Absolut
   auto const* const response = std::get_if<Response>(&outcome.last);
   try {
     if (response != nullptr && response->status == ok) {
-      if (region != configuration_.region) rememberRegion(request.bucket, region);
+      if (region != configuration_.region) rememberRegion(bucket, region);
       check.accept(page);
       return page;
     }

@@ -1,16 +1,19 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "foundation/core/threads/mutex.hpp"
 #include "foundation/storage/s3/configuration.hpp"
 #include "foundation/storage/s3/list_page.hpp"
 #include "foundation/storage/s3/retry.hpp"
 #include "foundation/storage/s3/transport.hpp"
+#include "foundation/storage/s3/url.hpp"
 #include "foundation/storage/vfs/absolute_iri.hpp"
 
 namespace foundation::storage::s3 {
@@ -37,7 +40,17 @@ class Client {
   /// for every failure and for a malformed page, and `Quindarel::System::InterruptException`.
   ListPage list(ListRequest const& request, PageCheck& check, vfs::AbsoluteIRI const& location);
 
+  /// One page of the account's buckets, as keys: as `list`, from the continuation token on if there is one. Without
+  /// credentials, which say whose buckets are wanted, it throws `vfs::Exception` and makes no request.
+  ListPage listBuckets(std::string const& continuationToken, PageCheck& check, vfs::AbsoluteIRI const& location);
+
  private:
+  using ParsePage = std::function<ListPage(std::string_view)>;
+
+  /// The page of the bucket, or of the service if the name is empty.
+  ListPage getPage(std::string const& bucket, Query query, ParsePage const& parse, PageCheck& check,
+                   vfs::AbsoluteIRI const& location);
+
   /// The outcome of the request with its retries, behind a circuit breaker: a search of many folders shouldn't wait for
   /// a dead store once for each of them. The circuit opens after one request that found the store unreachable, or two
   /// in a row without a response. For twice the time that the last one took, every request then fails at once with that

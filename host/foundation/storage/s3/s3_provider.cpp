@@ -1,6 +1,7 @@
 #include "foundation/storage/s3/s3_provider.hpp"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <utility>
 
@@ -112,6 +113,26 @@ Client& S3Provider::client(vfs::AbsoluteIRI const& location) {
   return *client_;
 }
 
+// The names of all of the account's buckets.
+std::vector<std::string> S3Provider::buckets(vfs::AbsoluteIRI const& account) {
+  std::vector<std::string> names;
+  PageCheck check({}, true);
+  std::string token;
+  do {
+    ListPage page;
+    try {
+      page = client(account).listBuckets(token, check, account);
+    } catch (vfs::Exception const& error) {
+      // As absence it would end the search as if the account had no buckets.
+      if (isAbsence(error)) throw vfs::Exception(vfs::ErrorCode::other, account, error.reason());
+      throw;
+    }
+    std::move(page.keys.begin(), page.keys.end(), std::back_inserter(names));
+    token = std::move(page.continuationToken);
+  } while (!token.empty());
+  return names;
+}
+
 // Whether any key begins with the prefix. For an empty prefix, whether the bucket exists: then the request succeeds.
 bool S3Provider::anyKeyBelow(ObjectLocation const& target, vfs::AbsoluteIRI const& location) {
   Pages pages(*this, {.bucket = target.bucket, .prefix = target.folderPrefix(), .maximumKeys = 1}, location);
@@ -130,9 +151,10 @@ std::optional<vfs::EntryFacts> S3Provider::facts(vfs::AbsoluteIRI const& locatio
 }
 
 std::optional<vfs::EntryFacts> S3Provider::find(vfs::AbsoluteIRI const& location, bool withFacts) {
+  vfs::EntryFacts const folder{.kind = vfs::EntryKind::folder};
+  if (location.isFolderOfAuthorities()) return buckets(location), folder;
   ObjectLocation const target = objectLocationOf(location);
   if (!target.canExist()) return std::nullopt;
-  vfs::EntryFacts const folder{.kind = vfs::EntryKind::folder};
   std::optional<vfs::EntryFacts> object;
   if (!target.folderOnly && !target.key.empty()) {
     ListRequest const request{.bucket = target.bucket,
@@ -152,6 +174,10 @@ std::optional<vfs::EntryFacts> S3Provider::find(vfs::AbsoluteIRI const& location
 }
 
 void S3Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefix, vfs::EntrySink& entries) {
+  if (folder.isFolderOfAuthorities()) {
+    for (std::string const& bucket : buckets(folder)) entries.add(bucket, vfs::EntryKind::folder);
+    return;
+  }
   ObjectLocation const target = objectLocationOf(folder);
   std::string const folderPrefix = target.folderPrefix();
   bool const mustExist = !target.canExist() || (!target.key.empty() && namePrefix.empty());

@@ -109,6 +109,8 @@ bool Transfer::requestSent() const {
 }
 
 Failure::Kind Transfer::failureKind(CURLcode code) const {
+  // A proxy's URL that libcurl can't parse has the code of a proxy that can't be reached: only the text differs.
+  if (std::string_view(error_).starts_with("Unsupported proxy ")) return Failure::Kind::permanent;
   switch (code) {
     case CURLE_COULDNT_RESOLVE_HOST:
     case CURLE_COULDNT_RESOLVE_PROXY:

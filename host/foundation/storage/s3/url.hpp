@@ -33,7 +33,8 @@ std::string canonicalQuery(Query query);
 
 /// The URL of a bucket, without a query: at the configured endpoint or else at the region's own. The bucket becomes part
 /// of the host name with the style "virtual", and with "auto" at a region's own endpoint, unless its name can't be one
-/// label of a host name or the endpoint's host is an address. Otherwise it is the first element of the path.
+/// label of a host name or the endpoint's host is an address. Otherwise it is the first element of the path. For an
+/// empty name the URL is that of the service, which lists the buckets.
 std::string bucketUrl(Configuration const& configuration, std::string_view region, std::string_view bucket);
 
 }  // namespace foundation::storage::s3

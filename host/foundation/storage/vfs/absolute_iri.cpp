@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "foundation/core/text/ascii.hpp"
+#include "foundation/storage/vfs/detail/iri_access.hpp"
 #include "foundation/storage/vfs/detail/iri_text.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
 #include "foundation/storage/vfs/storage_system.hpp"
@@ -14,6 +15,11 @@ namespace foundation::storage::vfs {
 namespace {
 
 constexpr std::size_t schemeSeparatorLength = 3;  // "://"
+
+// Where the path begins that follows a scheme of that length and an authority, which may be empty.
+std::size_t pathStartOf(std::u16string_view text, std::size_t schemeLength) {
+  return std::min(text.find(u'/', schemeLength + schemeSeparatorLength), text.size());
+}
 
 // The decoded elements of a path with "." and ".." resolved and without empty ones, which no provider takes for a
 // folder; none for the root.
@@ -49,13 +55,17 @@ AbsoluteIRI::AbsoluteIRI(AbsoluteIRI const& base, std::u16string const& text) {
   }
   schemeLength_ = base.schemeLength_;
   pathStart_ = base.pathStart_;
-  bool const fromRoot = !text.empty() && text.front() == u'/';
+  std::u16string_view below = text;
+  bool const beginsWithAuthority = base.isFolderOfAuthorities();
+  if (beginsWithAuthority) below.remove_prefix(iri_text::authorityStart(below));
+  bool const fromRoot = below.starts_with(u'/');
   std::size_t const baseLength = fromRoot ? pathStart_ : base.text_.size();
-  text_.reserve(baseLength + text.size() + 1);
+  text_.reserve(baseLength + below.size() + 1);
   text_.append(base.text_, 0, baseLength);
-  if (text.empty()) return;
+  if (below.empty()) return;
   if (!fromRoot && (baseLength == pathStart_ || text_.back() != u'/')) text_.push_back(u'/');
-  if (!iri_text::appendEncoded(text_, text)) throw InvalidIRIException(text, "it contains half of a surrogate pair");
+  if (!iri_text::appendEncoded(text_, below)) throw InvalidIRIException(text, "it contains half of a surrogate pair");
+  if (beginsWithAuthority) pathStart_ = static_cast<std::uint32_t>(pathStartOf(text_, schemeLength_));
 }
 
 AbsoluteIRI AbsoluteIRI::fromWrittenForm(std::u16string text, std::uint32_t schemeLength,
@@ -75,7 +85,7 @@ void AbsoluteIRI::assignParsed(std::u16string const& text) {
   Provider::Authority const use = StorageSystem::instance().provider(scheme)->authority();
 
   std::size_t const authorityStart = schemeLength + schemeSeparatorLength;
-  std::size_t const pathStart = std::min(view.find(u'/', authorityStart), view.size());
+  std::size_t const pathStart = pathStartOf(view, schemeLength);
   std::u16string_view authority = view.substr(authorityStart, pathStart - authorityStart);
   if (use == Provider::Authority::empty) {
     if (core::text::lowerCase(authority) == u"localhost") authority = {};
@@ -83,7 +93,11 @@ void AbsoluteIRI::assignParsed(std::u16string const& text) {
       throw InvalidIRIException(text, "IRIs of this scheme name no host: write three slashes before the path");
     }
   } else if (authority.empty()) {
-    throw InvalidIRIException(text, "an IRI of this scheme needs a name, such as a bucket's, after \"://\"");
+    if (pathStart != view.size()) {
+      throw InvalidIRIException(text, "an IRI of this scheme needs a name, such as a bucket's, after \"://\"");
+    }
+    *this = IRIAccess::folderOfAuthorities(scheme);
+    return;
   }
 
   std::u16string written = scheme + u"://";

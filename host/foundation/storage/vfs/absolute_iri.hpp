@@ -15,6 +15,10 @@ KORVAN_HOST_EXPORT bool hasIRIPrefix(std::u16string const& text) noexcept;
 
 /// A location in storage, after RFC 3987 without query and fragment: scheme "://" authority path. A plain value.
 ///
+/// Where a scheme's IRIs have an authority, such as a bucket, the IRI without one ("s3://") is the folder of all
+/// authorities: its entries are theirs, and are joined to it as to any folder. It isn't their parent, though: each
+/// authority is a root.
+///
 /// The text has one written form: the scheme in lower case; space, controls, `"<>\^{|}`, the backtick, "%", "#", "?"
 /// and bytes that aren't UTF-8 percent-encoded with upper case hex; every other character, "*" included, as itself. Two
 /// IRIs are equal when these texts are. Names are encoded on the way in and decoded on the way out, so callers see the
@@ -24,15 +28,15 @@ class KORVAN_HOST_EXPORT AbsoluteIRI {
  public:
   /// The IRI that `text` denotes. A raw character that must be encoded in an IRI is encoded. Throws
   /// `InvalidIRIException` where the text has no meaning or would lose it: no prefix, "%" without two hex digits, a
-  /// query, a fragment, or an authority that the scheme's provider can't have. Throws `UnsupportedIRISchemeException`
+  /// query, a fragment, or an authority or a path that the scheme's IRIs can't have. Throws `UnsupportedIRISchemeException`
   /// when no provider serves the scheme.
   explicit AbsoluteIRI(std::u16string const& text);
 
   /// The location that decoded text names below `base`, as an entry below a folder: each element is encoded, with
   /// exactly one "/" in between. A text that begins with "/" starts at the base's root, one with an IRI prefix replaces
-  /// the base, the empty text is the base itself. "." and ".." stay as written. Throws as the constructor from a text
-  /// when the text has an IRI prefix, and `InvalidIRIException` when it has no byte form (see
-  /// foundation/core/text/bytes.hpp).
+  /// the base, the empty text is the base itself. "." and ".." stay as written, but before an authority's name they are
+  /// dropped. Throws as the constructor from a text when the text has an IRI prefix, and `InvalidIRIException` when it
+  /// has no byte form (see foundation/core/text/bytes.hpp).
   AbsoluteIRI(AbsoluteIRI const& base, std::u16string const& text);
 
   AbsoluteIRI(AbsoluteIRI const&) = default;
@@ -65,6 +69,9 @@ class KORVAN_HOST_EXPORT AbsoluteIRI {
   /// The path as written, encoded: empty, or beginning with "/".
   std::u16string_view encodedPath() const noexcept;
 
+  /// Whether this is the folder of all authorities of a scheme, such as "s3://". Its path is "/".
+  bool isFolderOfAuthorities() const noexcept { return pathStart_ != 0 && pathStart_ == schemeLength_ + 2; }
+
   /// Whether the path has an element that `getParent` removes.
   bool hasParent() const noexcept;
 
@@ -96,6 +103,7 @@ class KORVAN_HOST_EXPORT AbsoluteIRI {
 
   std::u16string text_;
   std::uint32_t schemeLength_ = 0;
+  // In the folder of all authorities the second "/" of "://" is also the path, so that it is a root like all others.
   std::uint32_t pathStart_ = 0;
 };
 

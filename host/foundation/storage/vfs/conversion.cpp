@@ -45,8 +45,8 @@ AbsoluteIRI toAbsoluteIRI(std::u16string const& scheme, fl::filesystem::upath co
   bool encoded = true;
   if (hasAuthority) {
     std::size_t const start = std::min(rest.find_first_not_of(u'/'), rest.size());
+    if (start == rest.size()) return IRIAccess::folderOfAuthorities(scheme);
     std::size_t const end = std::min(rest.find(u'/', start), rest.size());
-    if (start == end) throw InvalidIRIException(path.native(), "it has no first element to be a bucket");
     encoded = iri_text::appendEncoded(written, rest.substr(start, end - start));
     rest.remove_prefix(end);
   }

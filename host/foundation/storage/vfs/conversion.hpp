@@ -10,11 +10,12 @@
 namespace foundation::storage::vfs {
 
 /// The IRI of the scheme (in lower case) that names the local path. Where the scheme's IRIs have no authority ("file",
-/// RFC 8089), its path is all of the local path; otherwise the first element is the authority (a bucket). A relative
-/// path is taken from the process's current folder, one system call. A path with a surrogate that has no byte form (see
-/// foundation/core/text/bytes.hpp) names nothing, and becomes an IRI at which nothing can exist. Throws
-/// `UnsupportedIRISchemeException`; `InvalidIRIException` when the path has no first element that can be the authority;
-/// `fl::filesystem::FsysExceptionBase` when the current folder can't be determined.
+/// RFC 8089), its path is all of the local path; otherwise the first element is the authority (a bucket), and "/" is
+/// the folder of all authorities. A relative path is taken from the process's current folder, one system call. A path
+/// with a surrogate that has no byte form (see foundation/core/text/bytes.hpp) names nothing, and becomes an IRI at
+/// which nothing can exist. Throws `UnsupportedIRISchemeException`; `InvalidIRIException` when the path's first
+/// element, the authority, has no byte form; `fl::filesystem::FsysExceptionBase` when the current folder can't be
+/// determined.
 KORVAN_HOST_EXPORT AbsoluteIRI toAbsoluteIRI(std::u16string const& scheme, fl::filesystem::upath const& path);
 
 /// The local path that the IRI names, decoded: the inverse of `toAbsoluteIRI` for paths that can exist. Pure text.

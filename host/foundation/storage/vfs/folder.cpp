@@ -33,8 +33,10 @@ namespace {
 // The location whose text is the first `length` units of this one's.
 AbsoluteIRI prefixOf(AbsoluteIRI const& location, std::size_t length) {
   std::u16string const& text = location.toString();
+  std::size_t const pathStart = text.size() - location.encodedPath().size();
+  if (length < pathStart) return IRIAccess::folderOfAuthorities(location.getScheme());
   return IRIAccess::fromWrittenForm(text.substr(0, length), static_cast<std::uint32_t>(location.scheme().size()),
-                                    static_cast<std::uint32_t>(text.size() - location.encodedPath().size()));
+                                    static_cast<std::uint32_t>(pathStart));
 }
 
 std::optional<FolderIdentity> identityOf(Provider& provider, AbsoluteIRI const& folder) {

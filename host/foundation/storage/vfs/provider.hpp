@@ -66,8 +66,10 @@ class KORVAN_HOST_EXPORT Provider {
  public:
   /// Whether the scheme's IRIs have an authority, the part between "://" and the path.
   enum class Authority {
-    empty,     ///< no authority ("localhost" is taken for none, RFC 8089); all of a local path is the IRI's path
-    required,  ///< an authority; a local path's first element is the authority (a bucket), the rest is the IRI's path
+    empty,  ///< no authority ("localhost" is taken for none, RFC 8089); all of a local path is the IRI's path
+    /// An authority; a local path's first element is the authority (a bucket), the rest is the IRI's path. The IRI
+    /// without an authority is the folder of all of them, if there is a way to list them.
+    required,
   };
 
   virtual ~Provider();
@@ -98,7 +100,7 @@ class KORVAN_HOST_EXPORT Provider {
   virtual std::optional<EntryFacts> facts(AbsoluteIRI const& location);
 
   /// Whether this is a store of flat keys: `subtree` is served, and `list` reads only what begins with its prefix. By
-  /// default not.
+  /// default not. The folder of all authorities has no keys: `list` is asked for all of it, the others aren't called.
   virtual bool servesSubtrees() const noexcept;
 
   /// One page of keys: one request, for nothing outside the requested prefix. For a folder with nothing below it, and

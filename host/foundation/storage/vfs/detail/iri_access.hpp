@@ -16,6 +16,12 @@ struct IRIAccess {
                                      std::uint32_t pathStart) noexcept {
     return AbsoluteIRI::fromWrittenForm(std::move(text), schemeLength, pathStart);
   }
+
+  /// The folder of all authorities of a scheme in lower case whose IRIs have one.
+  static AbsoluteIRI folderOfAuthorities(std::u16string const& scheme) {
+    auto const schemeLength = static_cast<std::uint32_t>(scheme.size());
+    return fromWrittenForm(scheme + u"://", schemeLength, schemeLength + 2);
+  }
 };
 
 }  // namespace foundation::storage::vfs

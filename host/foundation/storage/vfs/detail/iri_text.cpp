@@ -129,6 +129,17 @@ std::u16string decoded(std::u16string_view written) {
   return core::text::fromBytes(bytes);
 }
 
+std::size_t authorityStart(std::u16string_view path) noexcept {
+  std::size_t start = 0;
+  while (start < path.size()) {
+    std::size_t const end = std::min(path.find(u'/', start), path.size());
+    std::u16string_view const element = path.substr(start, end - start);
+    if (!element.empty() && element != u"." && element != u"..") break;
+    start = std::min(end + 1, path.size());
+  }
+  return start;
+}
+
 std::size_t lastElement(std::u16string_view path) noexcept {
   std::size_t const separator = path.rfind(u'/');
   return separator == std::u16string_view::npos ? 0 : separator + 1;

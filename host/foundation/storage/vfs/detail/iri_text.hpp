@@ -25,6 +25,10 @@ void appendDecodedBytes(std::string& bytes, std::u16string_view written);
 /// The text that a written text encodes.
 std::u16string decoded(std::u16string_view written);
 
+/// Where the first element of a decoded path begins that can be an authority; its size if there is none. Before it
+/// there are only separators, "." and "..", which lead nowhere from the folder of all authorities.
+std::size_t authorityStart(std::u16string_view path) noexcept;
+
 /// Where the last element of a path begins: after its last "/", or at 0.
 std::size_t lastElement(std::u16string_view path) noexcept;
 

@@ -86,7 +86,8 @@ std::shared_ptr<FolderSnapshot> SessionCache::snapshot(std::shared_ptr<Provider>
                                                        AbsoluteIRI const& location, std::string_view prefix) {
   std::u16string_view const key = keyOf(location);
   if (visibility_.awaitsStart()) noteStart(*provider, location);
-  if (!provider->servesSubtrees()) prefix = {};  // the provider reads whole folders anyway: cache them as such
+  // Where the provider reads whole folders anyway, cache them as such.
+  if (!provider->servesSubtrees() || location.isFolderOfAuthorities()) prefix = {};
   if (CachedFolder* const cached = findPredicted(key, prefix)) {
     enter(*cached, *provider);
     return noteRequested(*cached);
@@ -200,7 +201,7 @@ SessionCache::Entry SessionCache::findEntry(AbsoluteIRI const& location) {
   if (std::size_t const index = findNeighbour(key); index != EntryTable::npos) return {lastLookedIn_, index};
   std::size_t const nameStart = iri_text::lastElement(key);
   bool const isRoot = nameStart + location.encodedPath().size() <= location.toString().size();
-  if (isRoot) return unknown;
+  if (isRoot && location.authority().empty()) return unknown;
   std::u16string_view const writtenName = key.substr(nameStart);
   std::u16string_view const folderKey = key.substr(0, nameStart - 1);
   if (lastLookedIn_ == nullptr || !KeyEqual()(keyOf(lastLookedIn_->location), folderKey)) {
@@ -219,6 +220,8 @@ SessionCache::Entry SessionCache::findEntry(AbsoluteIRI const& location) {
   if (index != EntryTable::npos) lastLookedIn_->lastHit = index;
   // The start of a search may have a name that an earlier search left out.
   if (index == EntryTable::npos && visibility_.hides(name_) && !visibility_.isBelowStart(location)) return unknown;
+  // An account's list lacks the buckets of others, which may be named, but aren't entries of a search that began there.
+  if (index == EntryTable::npos && isRoot && !isSearchedFrom(lastLookedIn_->location)) return unknown;
   return {lastLookedIn_, index};
 }
 

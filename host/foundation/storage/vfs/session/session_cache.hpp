@@ -91,6 +91,7 @@ class SessionCache final : private ReadAhead::Cache {
     std::size_t index;
   };
   Entry findEntry(AbsoluteIRI const& location);
+  bool isSearchedFrom(AbsoluteIRI const& root) const;
   std::size_t findNeighbour(std::u16string_view key);
 
   std::shared_ptr<FolderSnapshot> read(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
@@ -129,7 +130,8 @@ class SessionCache final : private ReadAhead::Cache {
   FailureLog failures_;
   AnsweredStores stores_;
   std::optional<SubtreeScan> scan_;
-  std::optional<SearchStates> announced_;  // the latest search
+  std::optional<SearchStates> announced_;   // the latest search
+  std::weak_ptr<void const> announcement_;  // of that search, as long as it is in progress
   std::vector<Exception> notes_;
   bool busy_ = false;
   std::size_t search_ = 0;  // the number of searches announced

@@ -9,8 +9,14 @@ namespace foundation::storage::vfs {
 std::shared_ptr<void const> SessionCache::announce(SearchOutline const& outline) {
   auto announcement = readAhead_.announce(outline);
   announced_.emplace(outline, visibility_);
+  announcement_ = announcement;
   ++search_;
   return announcement;
+}
+
+// Whether the search in progress begins at this root.
+bool SessionCache::isSearchedFrom(AbsoluteIRI const& root) const {
+  return !announcement_.expired() && announced_->at(root) != 0;
 }
 
 // Predicts what the search in progress reads below the folder, once for each search.

@@ -8,6 +8,7 @@ namespace foundation::storage::vfs {
 
 std::shared_ptr<FolderSnapshot> SessionCache::readFromStore(std::shared_ptr<Provider> const& provider,
                                                             AbsoluteIRI const& location, std::string_view prefix) {
+  if (location.isFolderOfAuthorities()) return readFolder(*provider, location, prefix, &visibility_);
   SubtreeScan::Expectation const expected = !visibility_.descendsFrom(location) ? SubtreeScan::Expectation::thisFolder
                                             : announced_ && announced_->descendsFrom(location)
                                                 ? SubtreeScan::Expectation::everythingBelow
@@ -20,10 +21,10 @@ std::shared_ptr<FolderSnapshot> SessionCache::readFromStore(std::shared_ptr<Prov
 }
 
 // The provider's answer; a store that doesn't exist has no entries. Only so many names are looked up ahead as will be
-// looked up individually anyway.
+// looked up individually anyway: all of them where no page is read for them, as in different buckets.
 PathKind SessionCache::askStore(std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location) {
-  std::size_t const mostAhead =
-      scan_ ? std::min(scan_->lookupsBeforeAPage(), 2 * limit_.of(*provider)) : std::size_t{0};
+  std::size_t mostAhead = 2 * limit_.of(*provider);
+  if (scan_ && scan_->reaches(location.getParent(), {})) mostAhead = std::min(mostAhead, scan_->lookupsBeforeAPage());
   try {
     return stores_.ask(location, [&] { return lookUp(provider, location, mostAhead); });
   } catch (Exception const& failure) {
