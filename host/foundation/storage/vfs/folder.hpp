@@ -85,7 +85,8 @@ class KORVAN_HOST_EXPORT EntryCursor {
   /// Moves to the next entry; false if there is none. Undefined after that.
   bool next();
 
-  /// How many entries of the folder come before this one, whether or not they match; the number of all at the end.
+  /// How many entries of the folder come before this one, whether or not they match; all of them at the end. Undefined
+  /// before the first call of `next`.
   std::size_t position() const noexcept { return index_; }
 
   /// What the entry is, if the listing says so: see `ListEntry::getKind`.

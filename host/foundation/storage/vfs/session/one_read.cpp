@@ -16,7 +16,7 @@ bool lacksResources(int systemError) {
   return systemError == EMFILE || systemError == ENFILE || systemError == ENOMEM;
 }
 
-// What this thread has used since it began.
+// The time, and what this thread has used since it began: what lies between two of them is what a read cost.
 ReadWindow::Measurement usageOfThisThread() {
   rusage usage = {};
   ::getrusage(RUSAGE_THREAD, &usage);

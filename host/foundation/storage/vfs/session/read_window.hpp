@@ -47,7 +47,8 @@ class KORVAN_HOST_EXPORT ReadWindow {
   /// The most reads in flight besides the caller's own.
   std::size_t size() const noexcept { return size_; }
 
-  /// The most reads in flight or made, and not yet requested.
+  /// The most reads in flight or made, and not yet requested. Where reads compute, enough for a thread to be woken seldom,
+  /// as each wake-up costs about as much as reading a local folder.
   std::size_t ahead() const noexcept { return size_ * (waits() ? 16 : 256); }
 
   /// Whether there are so many reads in flight that one more makes little difference.
