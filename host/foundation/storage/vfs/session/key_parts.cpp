@@ -188,8 +188,9 @@ void KeyParts::add(Fetch const& fetch, SubtreePage page) {
     part->nextPage.clear();
   }
   auto next = std::next(part);
-  // A part that hasn't read anything yet isn't needed if this page goes beyond it.
-  while (next != parts_.end() && next->pages == 0 && !next->isBusy && next->begin <= part->position) next = parts_.erase(next);
+  // A part that hasn't read anything yet isn't needed if this page goes beyond it, or if nothing is there.
+  while (next != parts_.end() && next->pages == 0 && (page.last || (!next->isBusy && next->begin <= part->position)))
+    next = parts_.erase(next);
   bool const reachesNext = next != parts_.end() && (page.last || part->position >= next->begin);
   part->isClosed = page.last || reachesNext;
   fullPage_ = std::max(fullPage_, page.paths.size());
@@ -241,11 +242,12 @@ std::size_t KeyParts::mostAhead(Limits limits) const noexcept {
 }
 
 // Begins another part where the keys up to the next one are likely to be many; the end of the parts if there is no such
-// place, or if requests for what other parts have are more than those for what they don't, but for one each in flight.
+// place, or if too many requests are, or may turn out to be, for what other parts have.
 KeyParts::Parts::iterator KeyParts::split(Limits limits) {
   std::size_t const begun = static_cast<std::size_t>(
       std::count_if(parts_.begin(), parts_.end(), [](Part const& part) { return part.pages == 0; }));
-  if (limits.inFlight < 2 || wasted_ + begun * fullPage_ > kept_ / 2 + limits.inFlight * fullPage_) return parts_.end();
+  std::size_t const mostWasted = kept_ / 2 + std::min(kept_ / 2, limits.inFlight * fullPage_);
+  if (limits.inFlight < 2 || wasted_ + begun * fullPage_ > mostWasted) return parts_.end();
   std::size_t const length = partLength(limits.inFlight);
   for (auto part = parts_.begin(); part != parts_.end(); ++part) {
     if (part->isClosed || part->hasFailed) continue;
