@@ -1,3 +1,5 @@
+#include "foundation/storage/vfs/session/key_parts.hpp"
+
 #include <algorithm>
 #include <functional>
 #include <random>
@@ -6,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "foundation/storage/vfs/session/key_parts.hpp"
+#include "foundation/core/text/bytes.hpp"
 #include "support/text.hpp"
 
 namespace korvan::test {
@@ -16,10 +18,16 @@ namespace vfs = foundation::storage::vfs;
 using vfs::KeyParts;
 using Strings = std::vector<std::string>;
 
-vfs::SubtreePage pageOf(Strings const& keys, std::string const& after, std::size_t size) {
-  auto const first = std::upper_bound(keys.begin(), keys.end(), after);
+using Order = std::function<bool(std::string const&, std::string const&)>;
+
+vfs::SubtreePage pageOf(Strings const& keys, std::string const& after, std::size_t size,
+                        Order const& comesBefore = std::less<>()) {
+  auto const first = std::upper_bound(keys.begin(), keys.end(), after, comesBefore);
   auto const last = first + std::min<std::ptrdiff_t>(static_cast<std::ptrdiff_t>(size), keys.end() - first);
-  return {.paths = Strings(first, last), .last = last == keys.end(), .position = {}};
+  Strings const paths(first, last);
+  if (!std::is_sorted(first, last) || (!paths.empty() && paths.front() <= after))
+    return {.paths = {}, .position = {}, .isOrdered = false};
+  return {.paths = paths, .last = last == keys.end(), .position = {}};
 }
 
 // Reads all keys by parts, in a world where all requests in flight take equally long.
@@ -30,10 +38,13 @@ struct Reading {
   Strings folders{};  // that become known after the first page
   bool isCertain = true;
   std::size_t memory = 1 << 20;
-  std::function<bool()> fails = [] { return false; };              // of a request that is made ahead
-  std::function<bool()> staysInFlight = [] { return false; };      // for longer than others
+  std::function<bool()> fails = [] { return false; };               // of a request that is made ahead
+  std::function<bool()> staysInFlight = [] { return false; };       // for longer than others
   std::function<std::string(std::string)> skips = std::identity();  // what is between this path and the one returned
 
+  Order comesBefore = std::less<>();
+
+  bool isOrdered = true;
   Strings found{};
   std::size_t requests = 0;
   std::size_t rounds = 0;  // how often the reader waited for requests
@@ -50,6 +61,7 @@ struct Reading {
       auto const state = parts.seek(request, isCertain);
       if (state == KeyParts::State::ready) {
         auto const page = parts.take();
+        isOrdered = page.isOrdered;
         found.insert(found.end(), page.paths.begin(), page.paths.end());
         request.page = page.nextPage;
         if (!page.paths.empty()) request.after = page.paths.back();
@@ -81,7 +93,7 @@ struct Reading {
 
   void finish(KeyParts& parts, KeyParts::Fetch const& fetch, bool hasFailed) {
     ++requests;
-    hasFailed ? parts.fail(fetch) : parts.add(fetch, pageOf(keys, fetch.request.after, pageSize));
+    hasFailed ? parts.fail(fetch) : parts.add(fetch, pageOf(keys, fetch.request.after, pageSize, comesBefore));
   }
 };
 
@@ -119,6 +131,43 @@ TEST(KeyParts, HaveEveryKeyOnce) {
   }
 }
 
+// Reading in parts notices what reading page by page would notice.
+TEST(KeyParts, AreNotReadInAnotherOrderThanThatOfBytes) {
+  std::mt19937 random(1);
+  int unnoticed = 0;
+  for (int round = 0; round < 3000; ++round) {
+    Strings keys;
+    while (keys.size() < 60)
+      keys.push_back({"0123456789x"[random() % 11], "0123456789"[random() % 10], "012"[random() % 3]});
+    Order const comesBefore = [](std::string a, std::string b) {
+      for (auto* const text : {&a, &b}) std::replace(text->begin(), text->end(), 'x', '1');
+      return a < b;
+    };
+    std::sort(keys.begin(), keys.end(), comesBefore);
+    keys.erase(std::unique(keys.begin(), keys.end(), [&](auto const& a, auto const& b) { return !comesBefore(a, b); }),
+               keys.end());
+    Reading reading{.keys = keys, .pageSize = 3 + random() % 8};
+    reading.comesBefore = comesBefore;
+    reading.staysInFlight = [&] { return random() % 3 == 0; };
+    reading.run();
+    if (!reading.isOrdered) continue;
+    ++unnoticed;
+    ASSERT_EQ(reading.found, keys) << "round " << round;
+  }
+  EXPECT_LT(unnoticed, 300);
+}
+
+TEST(KeyParts, BeginWherePathsAreText) {
+  Strings keys;
+  for (int i = 0; i < 999; ++i) keys.push_back(numbered("d\xC3\xA9/\xE2\x82\xAC", i, ".bin"));
+  keys.push_back(keys.back() + ".and more");
+  for (double pages = 1; pages < 100; pages += 3) {
+    std::string const point = vfs::KeySpacing(keys).after(keys.back(), pages);
+    EXPECT_GT(point, keys.back());
+    EXPECT_EQ(foundation::core::text::validUtf8Prefix(point), point);
+  }
+}
+
 TEST(KeyParts, AreReadSideBySideWithFewRequestsMore) {
   std::mt19937 random(1);
   Strings inFolders, inOne, hexadecimal, words, folders, wordFolders;
@@ -138,7 +187,8 @@ TEST(KeyParts, AreReadSideBySideWithFewRequestsMore) {
       wordFolders.back() += "abcdefghijklmnopqrstuvwxyz"[random() % 26];
     wordFolders.back() += '/';
     auto const count = random() % 10 == 0 ? random() % 500 : random() % 20;
-    for (std::size_t j = 0; j < count; ++j) words.push_back(wordFolders.back() + numbered("IMG", static_cast<int>(j), ".jpg"));
+    for (std::size_t j = 0; j < count; ++j)
+      words.push_back(wordFolders.back() + numbered("IMG", static_cast<int>(j), ".jpg"));
   }
   for (auto* const each : {&hexadecimal, &words, &wordFolders}) std::sort(each->begin(), each->end());
   struct {
@@ -168,10 +218,9 @@ TEST(KeyParts, AreHeldWithinLimits) {
   for (int i = 0; i < 10'000; ++i) keys.push_back(numbered("", i, ""));
   vfs::Visibility const visibility({});
   vfs::SubtreeRequest const request{vfs::AbsoluteIRI(u"file:///")};
-  for (auto const& [limits, certain, pages] : {std::tuple(KeyParts::Limits{4, 1 << 20}, true, 17),
-                                               std::tuple(KeyParts::Limits{4, 1}, true, 2),
-                                               std::tuple(KeyParts::Limits{0, 1 << 20}, true, 1),
-                                               std::tuple(KeyParts::Limits{4, 1 << 20}, false, 1)}) {
+  for (auto const& [limits, certain, pages] :
+       {std::tuple(KeyParts::Limits{4, 1 << 20}, true, 17), std::tuple(KeyParts::Limits{4, 1}, true, 2),
+        std::tuple(KeyParts::Limits{0, 1 << 20}, true, 1), std::tuple(KeyParts::Limits{4, 1 << 20}, false, 1)}) {
     KeyParts parts(visibility);
     parts.select(request);
     parts.seek(request, certain);

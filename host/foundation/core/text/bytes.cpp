@@ -138,4 +138,18 @@ std::string toBytesLossy(std::u16string_view text) {
   return bytes;
 }
 
+std::string validUtf8Prefix(std::string_view bytes) {
+  // Bytes that aren't UTF-8 become lone low surrogates.
+  std::u16string text = fromBytes(bytes);
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (isHighSurrogate(text[i]))
+      ++i;  // skips a pair
+    else if (isLowSurrogate(text[i]))
+      text.resize(i);
+  }
+  std::string prefix;
+  appendBytes(prefix, text);
+  return prefix;
+}
+
 }  // namespace foundation::core::text

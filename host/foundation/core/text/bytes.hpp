@@ -25,4 +25,7 @@ KORVAN_HOST_EXPORT bool appendBytes(std::string& bytes, std::u16string_view text
 /// The bytes of a text that is shown to a person: as `appendBytes`, with U+FFFD for a surrogate without a byte form.
 KORVAN_HOST_EXPORT std::string toBytesLossy(std::u16string_view text);
 
+/// As many of the first bytes as are valid UTF-8.
+KORVAN_HOST_EXPORT std::string validUtf8Prefix(std::string_view bytes);
+
 }  // namespace foundation::core::text

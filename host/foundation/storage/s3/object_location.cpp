@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "foundation/core/text/bytes.hpp"
-#include "foundation/core/text/utf16.hpp"
 #include "foundation/storage/vfs/conversion.hpp"
 
 namespace foundation::storage::s3 {
@@ -12,7 +11,7 @@ namespace {
 constexpr std::size_t longestKey = 1024;  // bytes; a limit of the S3 interface
 
 bool isValidUtf8(std::string_view bytes) {
-  return validUtf8Prefix(bytes).size() == bytes.size();
+  return core::text::validUtf8Prefix(bytes).size() == bytes.size();
 }
 
 }  // namespace
@@ -55,20 +54,6 @@ std::string_view nameablePrefix(std::string_view key) {
     begin = end + 1;
   }
   return key;
-}
-
-std::string validUtf8Prefix(std::string_view bytes) {
-  // Bytes that aren't UTF-8 become lone low surrogates.
-  std::u16string text = core::text::fromBytes(bytes);
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (core::text::isHighSurrogate(text[i]))
-      ++i;  // skips a pair
-    else if (core::text::isLowSurrogate(text[i]))
-      text.resize(i);
-  }
-  std::string prefix;
-  core::text::appendBytes(prefix, text);
-  return prefix;
 }
 
 }  // namespace foundation::storage::s3

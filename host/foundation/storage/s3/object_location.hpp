@@ -28,8 +28,4 @@ ObjectLocation objectLocationOf(vfs::AbsoluteIRI const& location);
 /// The longest prefix of a key, or of the rest of one below a folder, that a path can name: up to its first element
 /// that is empty, "." or ".." or contains NUL, with the "/" before that element. A final "/" doesn't start an element.
 std::string_view nameablePrefix(std::string_view key);
-
-/// The longest prefix of the bytes that is valid UTF-8, as keys are. Stores reject requests for anything else.
-std::string validUtf8Prefix(std::string_view bytes);
-
 }  // namespace foundation::storage::s3

@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "foundation/core/text/bytes.hpp"
 #include "foundation/storage/vfs/storage_exception.hpp"
 
 namespace foundation::storage::s3 {
@@ -185,7 +186,7 @@ void S3Provider::list(vfs::AbsoluteIRI const& folder, std::string_view namePrefi
   if (target.canExist()) {
     Pages pages(*this,
                 {.bucket = target.bucket,
-                 .prefix = folderPrefix + validUtf8Prefix(namePrefix),
+                 .prefix = folderPrefix + core::text::validUtf8Prefix(namePrefix),
                  .delimited = true,
                  .withFacts = entries.wantsFacts()},
                 folder);
@@ -209,12 +210,13 @@ vfs::SubtreePage S3Provider::subtree(vfs::SubtreeRequest const& request) {
   if (!result.isOrdered) return result;
   std::string const folderPrefix = target.folderPrefix();
   ListRequest list{.bucket = target.bucket,
-                   .prefix = folderPrefix + validUtf8Prefix(request.prefix),
+                   .prefix = folderPrefix + core::text::validUtf8Prefix(request.prefix),
                    .continuationToken = request.page,
                    .delimited = request.isDelimited,
                    .withFacts = request.withFacts};
   // Keys below the folder needn't include its own marker, which isn't a path below it.
-  if (!request.isDelimited || !request.after.empty()) list.startAfter = folderPrefix + validUtf8Prefix(request.after);
+  if (!request.isDelimited || !request.after.empty())
+    list.startAfter = folderPrefix + core::text::validUtf8Prefix(request.after);
   ListPage const page = Pages(*this, std::move(list), request.folder).next();
   result.isOrdered = !isUnordered_;
   if (!result.isOrdered) return result;
@@ -230,7 +232,8 @@ vfs::SubtreePage S3Provider::subtree(vfs::SubtreeRequest const& request) {
   result.last = !page.truncated;
   result.nextPage = page.continuationToken;
   for (auto const* const names : {&page.keys, &page.commonPrefixes})
-    if (!names->empty()) result.position = std::max(result.position, names->back().substr(folderPrefix.size()));
+    if (!names->empty())
+      result.position = std::max({request.after, result.position, names->back().substr(folderPrefix.size())});
   return result;
 }
 

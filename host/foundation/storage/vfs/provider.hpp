@@ -41,7 +41,7 @@ struct SubtreePage {
   /// Whether this is the last page.
   bool last = true;
   /// What the next page begins after, if that isn't the last of `paths`: a page may end with keys that no path can
-  /// name. Empty for the last of `paths`.
+  /// name. Empty for the last of `paths`; never less than `SubtreeRequest::after`.
   std::string position;
   /// What the provider calls the next page; may be empty.
   std::string nextPage{};

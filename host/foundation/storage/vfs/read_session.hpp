@@ -31,8 +31,9 @@ struct Activity {
 /// If a search announces what it is going to read, the session reads ahead: with a window of reads in flight that grows
 /// while the search requests what was predicted, up to what the policy or else the provider says
 /// (`SessionPolicy::readsInFlight`, `Provider::readsInFlight`) for reads that wait, and to the cores that are there for
-/// reads that compute. A search of a few folders starts no thread. The threads block all signals, do nothing but call the provider, and end with the session, whose destructor interrupts
-/// the reads in flight.
+/// reads that compute. Pages of a flat store's keys are read ahead too, in several parts of a listing side by side. A
+/// search of a few folders starts no thread. The threads block all signals, do nothing but call the provider, and end
+/// with the session, whose destructor interrupts the reads in flight.
 class KORVAN_HOST_EXPORT ReadSession {
  public:
   /// The memory bound by default, in bytes.

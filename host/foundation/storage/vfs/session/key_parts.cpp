@@ -36,14 +36,16 @@ std::size_t indexAfter(std::vector<std::string> const& paths, std::string_view p
   return static_cast<std::size_t>(std::upper_bound(paths.begin(), paths.end(), path) - paths.begin());
 }
 
-// Leaves out what the part that begins there has too.
-void trim(SubtreePage& page, std::string const& next) {
+// Leaves out what the part that begins there has too. Returns the first path that it has.
+std::string trim(SubtreePage& page, std::string const& next) {
   std::size_t const count = indexAfter(page.paths, next);
+  std::string rest = count < page.paths.size() ? std::move(page.paths[count]) : std::string();
   page.paths.resize(count);
   page.facts.resize(std::min(page.facts.size(), count));
   page.last = false;
   page.position.clear();
   page.nextPage.clear();
+  return rest;
 }
 
 template <class Values>
@@ -56,6 +58,7 @@ void append(SubtreePage& page, SubtreePage rest) {
   moveTo(page.facts, rest.facts);
   rest.paths = std::move(page.paths);
   rest.facts = std::move(page.facts);
+  rest.folderExists = rest.folderExists || page.folderExists;
   page = std::move(rest);
 }
 
@@ -63,11 +66,12 @@ void append(SubtreePage& page, SubtreePage rest) {
 
 void KeyParts::select(SubtreeRequest const& request) {
   if (isFor(request)) return;
-  listing_ = request;
+  listing_.reset();
+  restart({});
   folders_.clear();
   hasJumped_ = false;
   runBefore_ = shortestRun;
-  restart({});
+  listing_.emplace(request);
 }
 
 void KeyParts::restart(std::string const& after) {
@@ -84,9 +88,13 @@ bool KeyParts::isFor(SubtreeRequest const& request) const {
 
 void KeyParts::addFolders(std::vector<std::string> const& folders) {
   std::size_t const step = 1 + folders.size() / mostFolders;
-  auto const middle = static_cast<std::ptrdiff_t>(folders_.size());
   for (std::size_t i = 0; i < folders.size(); i += step) folders_.push_back(folders[i]);
-  std::inplace_merge(folders_.begin(), folders_.begin() + middle, folders_.end());
+  std::sort(folders_.begin(), folders_.end());
+  folders_.erase(std::unique(folders_.begin(), folders_.end()), folders_.end());
+  if (folders_.size() > mostFolders) {
+    std::size_t index = 0;
+    std::erase_if(folders_, [&](std::string const&) { return index++ % 2 != 0; });
+  }
   isIdle_ = false;
 }
 
@@ -100,11 +108,16 @@ KeyParts::State KeyParts::seek(SubtreeRequest const& request, bool isCertain) {
   for (;;) {
     if (parts_.empty()) insert(parts_.end(), wanted_, request.page);
     Part& front = parts_.front();
-    auto const next = std::next(parts_.begin());
-    bool const hasPage = !front.ready.empty() && !(front.ready.front().isTrimmed && front.ready.front().page.paths.empty());
-    if (hasPage) {
-      bool const awaitsRest = front.ready.front().isTrimmed && next->isBusy && next->ready.empty();
-      return awaitsRest ? State::coming : State::ready;
+    if (!front.ready.empty() && front.ready.front().isTrimmed) {
+      Part const& next = *std::next(parts_.begin());
+      if (next.ready.empty() && next.isBusy) return State::coming;
+      if (!next.ready.empty() && !continues(front.ready.front(), next.ready.front())) {
+        reopenFront();
+        continue;
+      }
+      if (!front.ready.front().page.paths.empty()) return State::ready;
+    } else if (!front.ready.empty()) {
+      return State::ready;
     }
     if (!front.isClosed) {
       if (front.isBusy) return State::coming;
@@ -119,19 +132,51 @@ KeyParts::State KeyParts::seek(SubtreeRequest const& request, bool isCertain) {
   }
 }
 
+// Whether the page that follows the trimmed one begins with what was left out of that. It doesn't if the store changes
+// meanwhile, or lists in another order than that of bytes.
+bool KeyParts::continues(Page const& trimmed, Page const& following) {
+  SubtreePage const& page = following.page;
+  std::string const& first = page.paths.empty() ? following.rest : page.paths.front();
+  return trimmed.rest.empty() || !page.isOrdered || first == trimmed.rest;
+}
+
+// Forgets the parts after the first one, which is read on instead from where its last page was trimmed.
+void KeyParts::reopenFront() {
+  Part& front = parts_.front();
+  Page& trimmed = front.ready.front();
+  front.position = trimmed.page.paths.empty() ? trimmed.begin : trimmed.page.paths.back();
+  front.nextPage.clear();
+  front.isClosed = false;
+  trimmed.isTrimmed = false;
+  if (trimmed.page.paths.empty()) front.ready.pop_front();
+  eraseAfter(parts_.begin());
+}
+
+void KeyParts::eraseAfter(Parts::iterator part) noexcept {
+  for (auto next = std::next(part); next != parts_.end(); next = parts_.erase(next))
+    for (Page const& page : next->ready) memory_ -= page.memory;
+}
+
 SubtreePage KeyParts::take() {
   isIdle_ = false;
   ++taken_;
-  Page taken = takeFront();
-  SubtreePage& page = taken.page;
-  // The reader judges by a page whether it is worth to read on, so it gets full ones.
-  if (auto const next = std::next(parts_.begin()); taken.isTrimmed && !next->ready.empty()) {
-    parts_.pop_front();
-    append(page, takeFront().page);
+  try {
+    Page taken = takeFront();
+    SubtreePage& page = taken.page;
+    // The reader judges by a page whether it is worth to read on, so it gets full ones.
+    if (auto const next = std::next(parts_.begin()); taken.isTrimmed && !next->ready.empty()) {
+      parts_.pop_front();
+      append(page, takeFront().page);
+    }
+    std::string reached = !page.position.empty() ? page.position : page.paths.empty() ? wanted_ : page.paths.back();
+    if (auto past = pastHidden(reached)) reached = *std::move(past);
+    wanted_ = std::move(reached);
+    return std::move(taken.page);
+  } catch (...) {
+    parts_.clear();  // what was taken is lost, and fetched again
+    memory_ = 0;
+    throw;
   }
-  wanted_ = !page.position.empty() ? page.position : page.paths.empty() ? wanted_ : page.paths.back();
-  if (auto past = pastHidden(wanted_)) wanted_ = *std::move(past);
-  return std::move(taken.page);
 }
 
 KeyParts::Page KeyParts::takeFront() {
@@ -178,9 +223,16 @@ void KeyParts::add(Fetch const& fetch, SubtreePage page) {
   if (part == parts_.end()) return;
   isIdle_ = false;
   part->isBusy = false;
+  if (!page.isOrdered) {  // nothing more can be learned by pages
+    eraseAfter(part);
+    part->ready.push_back({std::move(page), 0, false, {}, {}});
+    part->isClosed = true;
+    return;
+  }
   ++part->pages;
   part->nextPage = page.nextPage;
   if (!page.last) part->learnFrom(page.paths);
+  std::string begin = part->position;
   if (!page.paths.empty()) part->position = std::max(part->position, page.paths.back());
   part->position = std::max(part->position, page.position);
   if (auto past = pastHidden(part->position)) {
@@ -192,16 +244,16 @@ void KeyParts::add(Fetch const& fetch, SubtreePage page) {
   while (next != parts_.end() && next->pages == 0 && (page.last || (!next->isBusy && next->begin <= part->position)))
     next = parts_.erase(next);
   bool const reachesNext = next != parts_.end() && (page.last || part->position >= next->begin);
-  part->isClosed = page.last || reachesNext;
+  bool const isClosed = page.last || reachesNext;
   fullPage_ = std::max(fullPage_, page.paths.size());
-  if (reachesNext) {
-    trim(page, next->begin);
-    wasted_ += fullPage_ - page.paths.size();
-  }
-  kept_ += page.paths.size();
-  std::size_t const memory = page.paths.empty() ? 0 : memoryOf(page);
+  std::string rest = reachesNext ? trim(page, next->begin) : std::string();
+  std::size_t const kept = page.paths.size();
+  std::size_t const memory = kept == 0 ? 0 : memoryOf(page);
+  part->ready.push_back({std::move(page), memory, reachesNext, std::move(begin), std::move(rest)});
+  part->isClosed = isClosed;
+  wasted_ += reachesNext ? fullPage_ - kept : 0;
+  kept_ += kept;
   memory_ += memory;
-  part->ready.push_back({std::move(page), memory, reachesNext});
 }
 
 void KeyParts::Part::learnFrom(std::vector<std::string> const& paths) {
@@ -228,10 +280,10 @@ KeyParts::Parts::iterator KeyParts::find(Fetch const& fetch) noexcept {
 }
 
 KeyParts::Fetch KeyParts::fetch(Part& part) {
-  part.isBusy = true;
   Fetch result{part.id, *listing_};
   result.request.after = part.position;
   result.request.page = part.nextPage;
+  part.isBusy = true;
   return result;
 }
 

@@ -49,7 +49,7 @@ class KORVAN_HOST_EXPORT KeyParts {
   /// Whether it is the listing of the request.
   bool isFor(SubtreeRequest const& request) const;
 
-  /// The names of folders, sorted paths that end in "/": likely beginnings of parts.
+  /// Paths of folders, which end in "/": likely beginnings of parts.
   void addFolders(std::vector<std::string> const& folders);
 
   /// The page that begins as the request says is wanted next: usually the one after the page taken last, but it may be
@@ -79,7 +79,9 @@ class KORVAN_HOST_EXPORT KeyParts {
   struct Page {
     SubtreePage page;
     std::size_t memory;
-    bool isTrimmed;  // the rest is the next part's
+    bool isTrimmed;     // the rest is the next part's
+    std::string begin;  // the path that it was requested after
+    std::string rest;   // the first path that was left out; may be empty
   };
   struct Part {
     std::uint64_t id;
@@ -87,7 +89,7 @@ class KORVAN_HOST_EXPORT KeyParts {
     std::string position;
     std::string nextPage;
     std::deque<Page> ready{};
-    std::string first{};   // path of the latest page, as of `last` and `spacing`
+    std::string first{};  // path of the latest page, as of `last` and `spacing`
     std::string last{};
     KeySpacing spacing{};
     std::size_t pages = 0;  // fetched
@@ -103,6 +105,9 @@ class KORVAN_HOST_EXPORT KeyParts {
   Parts::iterator find(Fetch const& fetch) noexcept;
   Fetch fetch(Part& part);
   void restart(std::string const& after);
+  static bool continues(Page const& trimmed, Page const& following);
+  void reopenFront();
+  void eraseAfter(Parts::iterator part) noexcept;
   Page takeFront();
   std::optional<std::string> pastHidden(std::string const& path) const;
   std::size_t mostAhead(Limits limits) const noexcept;
@@ -117,14 +122,14 @@ class KORVAN_HOST_EXPORT KeyParts {
   std::vector<std::string> folders_;
   bool hasJumped_ = false;  // whether another page than the next one was wanted
   std::size_t runBefore_ = 0;
-  std::string wanted_;      // the path after which the wanted page begins
-  std::size_t taken_ = 0;   // pages in a row
+  std::string wanted_;        // the path after which the wanted page begins
+  std::size_t taken_ = 0;     // pages in a row
   std::size_t kept_ = 0;      // paths that were fetched
   std::size_t wasted_ = 0;    // the same, of pages that end in another part: paths that it has too
   std::size_t fullPage_ = 0;  // the paths of the fullest page
-  std::size_t memory_ = 0;  // of those that are ready
+  std::size_t memory_ = 0;    // of those that are ready
   std::uint64_t lastId_ = 0;
-  bool isIdle_ = false;     // nothing more is known to fetch ahead, for now
+  bool isIdle_ = false;  // nothing more is known to fetch ahead, for now
 };
 
 }  // namespace foundation::storage::vfs

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <bitset>
 
+#include "foundation/core/text/bytes.hpp"
+
 namespace foundation::storage::vfs {
 namespace {
 
@@ -17,8 +19,11 @@ using Characters = std::bitset<256>;
 
 Characters charactersAt(std::size_t position, std::vector<std::string> const& paths) {
   Characters present;
-  for (std::size_t i = 0; i < paths.size(); i += 1 + paths.size() / samples)
-    if (position < paths[i].size()) present.set(static_cast<unsigned char>(paths[i][position]));
+  auto const note = [&](std::string const& path) {
+    if (position < path.size()) present.set(static_cast<unsigned char>(path[position]));
+  };
+  for (std::size_t i = 0; i < paths.size(); i += 1 + paths.size() / samples) note(paths[i]);
+  note(paths.back());
   return present;
 }
 
@@ -69,7 +74,8 @@ KeySpacing::KeySpacing(std::vector<std::string> const& paths) {
   for (Position& position : positions_) position.value = value /= static_cast<double>(position.characters.size());
   for (std::size_t i = common; i < std::max(first.size(), last.size()) && value * precision > 1; ++i) {
     Characters const present = charactersAt(i, paths);
-    std::string characters = sorted(i == common ? completed(present, isHexadecimal) : present | ((present & digits).any() ? digits : Characters()));
+    std::string characters = sorted(i == common ? completed(present, isHexadecimal)
+                                                : present | ((present & digits).any() ? digits : Characters()));
     value /= static_cast<double>(characters.size());
     positions_.push_back({std::move(characters), value});
   }
@@ -93,7 +99,7 @@ double KeySpacing::valueOf(std::string_view path) const {
 
 std::string KeySpacing::after(std::string_view path, double pages) const {
   double value = valueOf(path) + pages * page_ - key_ / 2;  // rather a key too early than one too late
-  if (page_ <= 0 || value >= 1) return {};
+  if (!(page_ > 0 && value < 1)) return {};
   std::string result = prefix_;
   for (Position const& position : positions_) {
     auto const index = std::min(static_cast<std::size_t>(value / position.value), position.characters.size() - 1);
@@ -101,7 +107,7 @@ std::string KeySpacing::after(std::string_view path, double pages) const {
     value -= static_cast<double>(index) * position.value;
     if (value < page_ / 64) break;
   }
-  return result;
+  return core::text::validUtf8Prefix(result);
 }
 
 }  // namespace foundation::storage::vfs

@@ -31,7 +31,7 @@ class KORVAN_HOST_EXPORT KeySpacing {
 
   double valueOf(std::string_view path) const;
 
-  std::string prefix_;                // of all paths that it knows something of
+  std::string prefix_;               // of all paths that it knows something of
   std::vector<Position> positions_;  // after the prefix
   double key_ = 0;                   // the distance from one path to the next
   double page_ = 0;                  // the distance from the page to the next

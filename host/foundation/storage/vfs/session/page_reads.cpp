@@ -40,6 +40,7 @@ SubtreePage ReadAhead::page(std::shared_ptr<Provider> const& provider, SubtreeRe
           break;
         case KeyParts::State::missing:
           own = PageRead{listing.parts.fetchWanted(), provider};
+          wakeWorkers();
           break;
       }
     }
@@ -49,6 +50,7 @@ SubtreePage ReadAhead::page(std::shared_ptr<Provider> const& provider, SubtreeRe
     }
     if (!own) continue;
     own->make(measuresNext());
+    own->lackedResources = false;  // not because of the workers alone
     {
       MutexLock const lock(mutex_, spinning);
       finish(*own);
@@ -61,6 +63,7 @@ void ReadAhead::addFolders(SubtreeRequest const& request, std::vector<std::strin
   MutexLock const lock(mutex_, spinning);
   Listing& listing = listings_[request.isDelimited ? 1 : 0];
   if (listing.parts.isFor(request)) listing.parts.addFolders(folders);
+  wakeWorkers();
 }
 
 std::optional<PageRead> ReadAhead::takePage() noexcept {

@@ -70,7 +70,7 @@ class ReadAhead {
   /// fetched side by side from now on, within the window. Throws what the provider throws.
   SubtreePage page(std::shared_ptr<Provider> const& provider, SubtreeRequest const& request, bool isCertain);
 
-  /// The names of folders among the keys of the listing that the request is for: sorted paths that end in "/". A hint
+  /// The names of folders among the keys of the listing that the request is for: paths that end in "/". A hint
   /// where the listing can be divided.
   void addFolders(SubtreeRequest const& request, std::vector<std::string> const& folders);
 

@@ -16,6 +16,9 @@ class KORVAN_HOST_EXPORT ReadWindow {
   /// `cores`: how many the process may use. One of them is the caller's.
   explicit ReadWindow(std::size_t cores) noexcept : coresToSpare_(cores == 0 ? 0 : cores - 1) {}
 
+  /// Measuring costs two system calls, so only one in so many reads is measured.
+  static constexpr std::size_t measureEvery = 16;
+
   /// The number of cores that this process may use.
   static std::size_t availableCores() noexcept;
 
