@@ -39,8 +39,9 @@ TEST(StorePages, AreReadInManyPartsAtATime) {
       {"in many/**/*", 2080, 185, false}, {"in one/*", 2000, 250, true},   {"in many/**", 2081, 250, true},
   };
   auto const thisThread = std::this_thread::get_id();
-  for (auto const& [pattern, matches, requests, failsAhead] : cases) {
+  for (auto const& [pattern, matches, requests, failing] : cases) {
     SCOPED_TRACE(pattern);
+    bool const failsAhead = failing;
     std::atomic<int> inFlight{0};
     std::atomic<int> most{0};
     std::atomic<int> made{0};

@@ -122,7 +122,7 @@ TEST(KeyParts, HaveEveryKeyOnce) {
     Strings expected;
     for (std::string const& key : keys)
       if (!key.starts_with(skipped)) expected.push_back(key);
-    reading.skips = [&](std::string after) { return after.starts_with(skipped) ? skipped + '\xFF' : after; };
+    reading.skips = [&](std::string const& after) { return after.starts_with(skipped) ? skipped + '\xFF' : after; };
     reading.fails = [&] { return upTo(10) == 0; };
     reading.staysInFlight = [&] { return upTo(3) == 0; };
     reading.run();
@@ -161,7 +161,7 @@ TEST(KeyParts, BeginWherePathsAreText) {
   Strings keys;
   for (int i = 0; i < 999; ++i) keys.push_back(numbered("d\xC3\xA9/\xE2\x82\xAC", i, ".bin"));
   keys.push_back(keys.back() + ".and more");
-  for (double pages = 1; pages < 100; pages += 3) {
+  for (int pages = 1; pages < 100; pages += 3) {
     std::string const point = vfs::KeySpacing(keys).after(keys.back(), pages);
     EXPECT_GT(point, keys.back());
     EXPECT_EQ(foundation::core::text::validUtf8Prefix(point), point);

@@ -28,7 +28,7 @@ std::size_t partLength(std::size_t inFlight) {
 
 std::size_t memoryOf(SubtreePage const& page) {
   std::size_t memory = sizeof page + page.facts.capacity() * sizeof(EntryFacts);
-  for (std::string const& path : page.paths) memory += sizeof path + path.capacity();
+  for (std::string const& path : page.paths) memory += sizeof(std::string) + path.capacity();
   return memory;
 }
 
@@ -270,9 +270,8 @@ void KeyParts::fail(Fetch const& fetch) noexcept {
   part->hasFailed = true;
 }
 
-KeyParts::Parts::iterator KeyParts::insert(Parts::iterator next, std::string begin, std::string page) {
-  Part part{.id = ++lastId_, .begin = begin, .position = std::move(begin), .nextPage = std::move(page)};
-  return parts_.insert(next, std::move(part));
+KeyParts::Parts::iterator KeyParts::insert(Parts::iterator next, std::string const& begin, std::string const& page) {
+  return parts_.insert(next, Part{.id = ++lastId_, .begin = begin, .position = begin, .nextPage = page});
 }
 
 KeyParts::Parts::iterator KeyParts::find(Fetch const& fetch) noexcept {
@@ -312,7 +311,7 @@ KeyParts::Parts::iterator KeyParts::split(Limits limits) {
       std::string const last = pointAfter(part, pages + 1);
       if (last.empty() || last >= next->begin || begin >= next->begin) continue;
     }
-    return insert(next, std::move(begin), {});
+    return insert(next, begin, {});
   }
   return parts_.end();
 }

@@ -101,7 +101,7 @@ class KORVAN_HOST_EXPORT KeyParts {
   };
   using Parts = std::list<Part>;
 
-  Parts::iterator insert(Parts::iterator next, std::string begin, std::string page);
+  Parts::iterator insert(Parts::iterator next, std::string const& begin, std::string const& page);
   Parts::iterator find(Fetch const& fetch) noexcept;
   Fetch fetch(Part& part);
   void restart(std::string const& after);

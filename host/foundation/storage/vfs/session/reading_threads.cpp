@@ -62,7 +62,8 @@ void ReadAhead::runWorker() noexcept {
       wakeWorkers();
     }
     bool const isMeasured = made % ReadWindow::measureEvery == 0;
-    work.page ? work.page->make(isMeasured) : work.read->prefetch(visibility_, isMeasured);
+    if (work.page) work.page->make(isMeasured);
+    if (work.read != nullptr) work.read->prefetch(visibility_, isMeasured);
   }
 }
 
@@ -75,7 +76,8 @@ ReadAhead::Work ReadAhead::takeWork() noexcept {
 }
 
 void ReadAhead::finish(Work& work) noexcept {
-  work.page ? finish(*work.page) : finish(*work.read);
+  if (work.page) finish(*work.page);
+  if (work.read != nullptr) finish(*work.read);
   --inFlight_;
 }
 
