@@ -1,15 +1,11 @@
 #include "foundation/storage/vfs/session/key_parts.hpp"
 
 #include <algorithm>
-#include <cmath>
 #include <iterator>
 #include <utility>
 
 namespace foundation::storage::vfs {
 namespace {
-
-// The pages of a part, with a full window: each part costs about half a request more than its pages.
-constexpr std::size_t longestPart = 4;
 
 // The most pages that are ready or coming, for each request in flight: enough for all parts to be read to their ends.
 constexpr std::size_t pagesForEach = 4;
@@ -19,26 +15,16 @@ constexpr std::size_t pagesForEach = 4;
 constexpr std::size_t shortestRun = 2;
 constexpr std::size_t longestRun = 64;
 
-// So many names of folders show well enough where keys are.
-constexpr std::size_t mostFolders = 4096;
-
-std::size_t partLength(std::size_t inFlight) {
-  return std::clamp<std::size_t>(inFlight / 2, 1, longestPart);
-}
-
 std::size_t memoryOf(SubtreePage const& page) {
   std::size_t memory = sizeof page + page.facts.capacity() * sizeof(EntryFacts);
   for (std::string const& path : page.paths) memory += sizeof(std::string) + path.capacity();
   return memory;
 }
 
-std::size_t indexAfter(std::vector<std::string> const& paths, std::string_view path) {
-  return static_cast<std::size_t>(std::upper_bound(paths.begin(), paths.end(), path) - paths.begin());
-}
-
 // Leaves out what the part that begins there has too. Returns the first path that it has.
 std::string trim(SubtreePage& page, std::string const& next) {
-  std::size_t const count = indexAfter(page.paths, next);
+  auto const count =
+      static_cast<std::size_t>(std::upper_bound(page.paths.begin(), page.paths.end(), next) - page.paths.begin());
   std::string rest = count < page.paths.size() ? std::move(page.paths[count]) : std::string();
   page.paths.resize(count);
   page.facts.resize(std::min(page.facts.size(), count));
@@ -76,7 +62,7 @@ void KeyParts::select(SubtreeRequest const& request) {
 
 void KeyParts::restart(std::string const& after) {
   parts_.clear();
-  wanted_ = after;
+  start_ = wanted_ = after;
   taken_ = kept_ = wasted_ = memory_ = 0;
   isIdle_ = false;
 }
@@ -84,18 +70,6 @@ void KeyParts::restart(std::string const& after) {
 bool KeyParts::isFor(SubtreeRequest const& request) const {
   return listing_ && listing_->folder == request.folder && listing_->prefix == request.prefix &&
          listing_->isDelimited == request.isDelimited && listing_->withFacts == request.withFacts;
-}
-
-void KeyParts::addFolders(std::vector<std::string> const& folders) {
-  std::size_t const step = 1 + folders.size() / mostFolders;
-  for (std::size_t i = 0; i < folders.size(); i += step) folders_.push_back(folders[i]);
-  std::sort(folders_.begin(), folders_.end());
-  folders_.erase(std::unique(folders_.begin(), folders_.end()), folders_.end());
-  if (folders_.size() > mostFolders) {
-    std::size_t index = 0;
-    std::erase_if(folders_, [&](std::string const&) { return index++ % 2 != 0; });
-  }
-  isIdle_ = false;
 }
 
 KeyParts::State KeyParts::seek(SubtreeRequest const& request, bool isCertain) {
@@ -198,7 +172,7 @@ KeyParts::Fetch KeyParts::fetchWanted() {
 std::optional<KeyParts::Fetch> KeyParts::fetchAhead(Limits limits) {
   if (!mayFetchAhead(limits)) return std::nullopt;
   auto const isOpen = [&](Part const& part) {
-    return !part.isBusy && !part.isClosed && !part.hasFailed && part.ready.size() < partLength(limits.inFlight);
+    return !part.isBusy && !part.isClosed && !part.hasFailed && part.ready.size() < lengthOfParts(limits);
   };
   auto part = std::find_if(parts_.begin(), parts_.end(), isOpen);
   if (part == parts_.end()) part = split(limits);
@@ -290,48 +264,6 @@ KeyParts::Fetch KeyParts::fetch(Part& part) {
 std::size_t KeyParts::mostAhead(Limits limits) const noexcept {
   std::size_t const most = pagesForEach * limits.inFlight;
   return isCertain_ && !hasJumped_ ? most : std::min(most, taken_ < runBefore_ ? 0 : taken_);
-}
-
-// Begins another part where the keys up to the next one are likely to be many; the end of the parts if there is no such
-// place, or if too many requests are, or may turn out to be, for what other parts have.
-KeyParts::Parts::iterator KeyParts::split(Limits limits) {
-  std::size_t const begun = static_cast<std::size_t>(
-      std::count_if(parts_.begin(), parts_.end(), [](Part const& part) { return part.pages == 0; }));
-  std::size_t const mostWasted = kept_ / 2 + std::min(kept_ / 2, limits.inFlight * fullPage_);
-  if (limits.inFlight < 2 || wasted_ + begun * fullPage_ > mostWasted) return parts_.end();
-  std::size_t const length = partLength(limits.inFlight);
-  for (auto part = parts_.begin(); part != parts_.end(); ++part) {
-    if (part->isClosed || part->hasFailed) continue;
-    auto const next = std::next(part);
-    std::size_t const pages = part->pages < length ? length - part->pages : length;
-    std::string begin = pointAfter(part, pages);
-    if (begin <= part->position) continue;
-    // The next part should be at least a page away.
-    if (next != parts_.end()) {
-      std::string const last = pointAfter(part, pages + 1);
-      if (last.empty() || last >= next->begin || begin >= next->begin) continue;
-    }
-    return insert(next, begin, {});
-  }
-  return parts_.end();
-}
-
-// Where the keys about so many pages after the part's position begin; empty if nothing shows that.
-std::string KeyParts::pointAfter(Parts::const_iterator part, std::size_t pages) const {
-  auto known = part;
-  while (known->last.empty() && known != parts_.begin()) --known;
-  std::string const& from = part->position;
-  std::string point = known->spacing.after(from, static_cast<double>(pages));
-  if (listing_->isDelimited) point.resize(std::min(point.size(), point.find('/')));
-  std::size_t const next = indexAfter(folders_, from);
-  if (next == folders_.size()) return point;
-  auto const inPage = static_cast<double>(indexAfter(folders_, known->last) - indexAfter(folders_, known->first));
-  auto const passed = static_cast<double>(indexAfter(folders_, wanted_));
-  double const foldersInPage = inPage >= 2 ? inPage : passed / static_cast<double>(std::max<std::size_t>(taken_, 1));
-  auto const wanted = std::llround(static_cast<double>(pages) * foldersInPage);
-  if (wanted < 1) return point.empty() ? folders_[next] : std::min(point, folders_[next]);
-  std::size_t const index = next - 1 + static_cast<std::size_t>(wanted);
-  return index < folders_.size() ? folders_[index] : std::string();
 }
 
 }  // namespace foundation::storage::vfs

@@ -70,6 +70,7 @@ class KORVAN_HOST_EXPORT KeyParts {
   /// Whether `fetchAhead` may have one.
   bool mayFetchAhead(Limits limits) const;
 
+  /// The page that was requested. If its part no longer exists, it isn't needed.
   void add(Fetch const& fetch, SubtreePage page);
 
   /// No further page of that part is fetched ahead.
@@ -112,6 +113,8 @@ class KORVAN_HOST_EXPORT KeyParts {
   std::optional<std::string> pastHidden(std::string const& path) const;
   std::size_t mostAhead(Limits limits) const noexcept;
   std::size_t pagesAhead() const noexcept;
+  static std::size_t lengthOfParts(Limits limits) noexcept;
+  static std::size_t indexAfter(std::vector<std::string> const& paths, std::string_view path);
   Parts::iterator split(Limits limits);
   std::string pointAfter(Parts::const_iterator part, std::size_t pages) const;
 
@@ -122,6 +125,7 @@ class KORVAN_HOST_EXPORT KeyParts {
   std::vector<std::string> folders_;
   bool hasJumped_ = false;  // whether another page than the next one was wanted
   std::size_t runBefore_ = 0;
+  std::string start_;         // the path after which the pages in a row begin
   std::string wanted_;        // the path after which the wanted page begins
   std::size_t taken_ = 0;     // pages in a row
   std::size_t kept_ = 0;      // paths that were fetched
