@@ -260,7 +260,8 @@ KeyParts::Fetch KeyParts::fetch(Part& part) {
   return result;
 }
 
-// A listing that may end at any time, or was continued somewhere else, is read only as far ahead as it was read in a row.
+// A listing that may end at any time, or was continued somewhere else, is read only as far ahead as it was read in a
+// row.
 std::size_t KeyParts::mostAhead(Limits limits) const noexcept {
   std::size_t const most = pagesForEach * limits.inFlight;
   return isCertain_ && !hasJumped_ ? most : std::min(most, taken_ < runBefore_ ? 0 : taken_);

@@ -70,7 +70,7 @@ class KORVAN_HOST_EXPORT KeyParts {
   /// Whether `fetchAhead` may have one.
   bool mayFetchAhead(Limits limits) const;
 
-  /// The page that was requested. If its part no longer exists, it isn't needed.
+  /// The page that was requested; ignored if it is no longer needed. May run out of memory: then `fail` must follow.
   void add(Fetch const& fetch, SubtreePage page);
 
   /// No further page of that part is fetched ahead.

@@ -45,7 +45,8 @@ class ReadAhead {
   };
 
   /// Folders are read as `visibility` shows them. What the threads request is counted in `activity`. The answers that
-  /// weren't requested hold about `memoryBound` bytes at most, or that of one folder.
+  /// weren't requested hold about `memoryBound` bytes at most, or those of one folder; so do the pages that were fetched
+  /// ahead of each of the two kinds of listings, flat and delimited.
   ReadAhead(Cache& cache, Visibility const& visibility, Activity& activity, ReadLimit limit, std::size_t memoryBound);
 
   /// Interrupts the reads in flight and waits for them.
@@ -61,7 +62,8 @@ class ReadAhead {
   void enter(FolderSnapshot const& folder, bool lookupsOnly);
 
   /// The answer to a question of kind `entries` or `kind`, read now unless it was read ahead; at most `mostAhead`
-  /// others are then read ahead. Throws what the provider and the cache throw. A lack of descriptors or memory is thrown only where it is met without other threads.
+  /// others are then read ahead. Throws what the provider and the cache throw. A lack of descriptors or memory is
+  /// thrown only where it is met without other threads.
   Answer request(Question question, std::shared_ptr<Provider> const& provider, AbsoluteIRI const& location,
                  std::size_t mostAhead = SIZE_MAX);
 
@@ -70,8 +72,8 @@ class ReadAhead {
   /// fetched side by side from now on, within the window. Throws what the provider throws.
   SubtreePage page(std::shared_ptr<Provider> const& provider, SubtreeRequest const& request, bool isCertain);
 
-  /// The names of folders among the keys of the listing that the request is for: paths that end in "/". A hint
-  /// where the listing can be divided.
+  /// The names of folders among the keys of the listing that the request is for: paths that end in "/". A hint where the
+  /// listing can be divided; without effect if it isn't being read.
   void addFolders(SubtreeRequest const& request, std::vector<std::string> const& folders);
 
  private:

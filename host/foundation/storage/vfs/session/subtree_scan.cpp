@@ -217,7 +217,8 @@ std::shared_ptr<FolderSnapshot> SubtreeScan::list(ProviderPointer const& provide
   return snapshot;
 }
 
-// Adds the folder's entries after that path. Returns whether they could be listed in order.
+// Adds the folder's entries after that path, page by page. Returns whether the store lists them in byte order; if not,
+// they must be listed otherwise.
 bool SubtreeScan::listPages(ProviderPointer const& provider, FolderSnapshot& snapshot, std::string after) {
   bool const isBegun = !after.empty();
   SubtreeRequest request{.folder = snapshot.location,
